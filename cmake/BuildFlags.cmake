@@ -1,0 +1,19 @@
+# Warnings, language level and sanitizers for every target, and where the outputs lie: the build
+# tree has the shape of an installation, so that a program finds its module in both the same way.
+add_library(build_flags INTERFACE)
+target_compile_features(build_flags INTERFACE cxx_std_20)
+target_compile_options(build_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor)
+
+if(SANITIZE)
+  target_compile_options(build_flags INTERFACE
+    -fsanitize=${SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(build_flags INTERFACE -fsanitize=${SANITIZE})
+endif()
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET default)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
+set(GIF89_MODULE_DIRECTORY ${CMAKE_INSTALL_LIBDIR}/gif89) # the module, its resources, the display

@@ -1,0 +1,25 @@
+// Lays a partly opaque pixel over the transparent colour. Internal to the histogram and the
+// diffusion, which must agree on the result to the bit.
+#pragma once
+
+#include "ColorTable.h"
+
+/// below + (color - below) x alpha / 255, rounded to nearest, in unsigned 32-bit arithmetic:
+/// 65793 / 2^24 stands for 1 / 255 and is exact for every product of two bytes.
+constexpr std::uint8_t CompositeChannel(std::uint8_t color, std::uint8_t below,
+                                        std::uint8_t alpha) {
+    const bool raise = color > below;
+    const auto distance = static_cast<std::uint32_t>(raise ? color - below : below - color);
+    const std::uint32_t part = (alpha * distance * 65793 + 8388608) >> 24;
+    return static_cast<std::uint8_t>(raise ? below + part : below - part);
+}
+static_assert(255ULL * 255 * 65793 + 8388608 <= 0xFFFFFFFFULL, "the product fits 32 bits");
+
+/// The colour of a pixel of red, green, blue and alpha over `below`; alpha is at least 1.
+constexpr RGBtuple CompositePixel(const std::uint8_t* pixel, RGBtuple below) {
+    const std::uint8_t alpha = pixel[3];
+    if (alpha == 255) return {0, pixel[0], pixel[1], pixel[2]};
+    return {0, CompositeChannel(pixel[0], below.red, alpha),
+            CompositeChannel(pixel[1], below.green, alpha),
+            CompositeChannel(pixel[2], below.blue, alpha)};
+}

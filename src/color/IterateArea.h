@@ -1,0 +1,52 @@
+// Walks the picture in horizontal bands that the host delivers one at a time.
+#pragma once
+
+#include "ExportRecord.h"
+
+/// Looks at one delivered band.
+///
+/// @param band     the rows and columns delivered; may have no rows
+/// @param rowBytes bytes from one row of `data` to the next
+/// @param data     first byte of the band's top-left pixel; the requested planes are interleaved.
+///                 Belongs to the host and stays valid until the next request
+/// @param refCon   what the caller of IterateArea passed
+/// @return 0 to go on; anything else ends the walk and becomes its result
+using TileProc = short (*)(const Rect* band, std::int32_t rowBytes, void* data,
+                           std::intptr_t refCon);
+
+/// Asks the host for `area` band by band and hands each band to `proc`.
+///
+/// @param record  `memoryBudget`, `imageRows`, `imageColumns` and `advanceProc` are read, the
+///                request fields are written, and the returned fields are read after each request
+/// @param area    top, left, bottom, right, with bottom and right outside; null is the whole
+///                picture. No rows or no columns: 0 without a request
+/// @param loPlane first plane asked for, counted from 0
+/// @param hiPlane last plane asked for, above loPlane; otherwise paramErr without a request
+/// @return 0 when the walk reached the end, else the first nonzero answer of host or procedure,
+///         unchanged
+///
+/// A band covers memoryBudget / (columns x (hiPlane - loPlane)) rows less one, and the next one
+/// begins after that missing row: a row between two bands is never asked for. A budget below one
+/// row repeats the same request until host or procedure answers something else than 0.
+short IterateArea(ExportRecord* record, const Rect* area, short loPlane, short hiPlane,
+                  TileProc proc, std::intptr_t refCon);
+
+/// The reference value under which AsTileProc finds `reference` again.
+inline std::intptr_t TileRefCon(const void* reference) {
+    return reinterpret_cast<std::intptr_t>(reference);
+}
+
+/// Calls a band procedure that takes typed data and a typed reference.
+template <class Reference>
+short CallTypedTile(short (*procedure)(const Rect*, std::int32_t, const std::uint8_t*, Reference*),
+                    const Rect* band, std::int32_t rowBytes, void* data, std::intptr_t refCon) {
+    return procedure(band, rowBytes, static_cast<const std::uint8_t*>(data),
+                     reinterpret_cast<Reference*>(refCon));
+}
+
+/// A TileProc that calls `Procedure` with its reference typed: pass AsTileProc<ExactCount> with
+/// TileRefCon(&info). The type behind the reference value must be the procedure's own.
+template <auto Procedure>
+short AsTileProc(const Rect* band, std::int32_t rowBytes, void* data, std::intptr_t refCon) {
+    return CallTypedTile(Procedure, band, rowBytes, data, refCon);
+}

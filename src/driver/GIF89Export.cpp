@@ -1,0 +1,157 @@
+// The host's calls: making and ending the context, and what every export does at each selector.
+#include "GIF89Export.h"
+
+#include "HostUtilities.h"
+#include "MemoryManager.h"
+#include "WriteGIF89.h"
+
+#include <cstring>
+#include <new>
+#include <type_traits>
+
+namespace {
+
+constexpr std::int16_t kAboutDialog = 16010;
+
+static_assert(std::is_trivially_destructible_v<GIF89RGBExport>,
+              "the context's memory is released without a destructor");
+
+template <class Context> GIF89ExportContext* MakeContext() {
+    Ptr memory = NewPtr(sizeof(Context));
+    return memory ? new (memory) Context : nullptr;
+}
+
+// Null with *code telling why: a mode that cannot be exported, or no memory.
+GIF89ExportContext* MakeContextForMode(const ExportRecord& record, OSErr* code) {
+    *code = memFullErr;
+    if (record.imageMode == kRGBColorMode) return MakeContext<GIF89RGBExport>();
+    *code = kModeNotExported;
+    return nullptr;
+}
+
+} // namespace
+
+void RunSelector(short selector, ExportRecord* record, std::intptr_t* data, short* result) {
+    if (selector == kSelectorAbout) {
+        ShowAbout(kAboutDialog);
+        return;
+    }
+    auto* context = reinterpret_cast<GIF89ExportContext*>(*data);
+    if (!context) {
+        OSErr code = noErr;
+        context = MakeContextForMode(*record, &code);
+        if (!context) {
+            *result = code;
+            return;
+        }
+        *data = reinterpret_cast<std::intptr_t>(context);
+    }
+    context->exportRecord = record;
+    if (context->Dispatch(selector, record, result)) {
+        DisposePtr(reinterpret_cast<Ptr>(context));
+        *data = 0;
+    }
+}
+
+Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short* result) {
+    exportRecord = record;
+    switch (selector) {
+    case kSelectorPrepare:
+        DoPrepare();
+        *result = error;
+        return error != noErr;
+    case kSelectorStart:
+        DoStart();
+        if (error != noErr) DoFinish();
+        *result = error;
+        return error != noErr;
+    case kSelectorContinue:
+        DoContinue();
+        *result = error;
+        return error != noErr;
+    case kSelectorFinish:
+        DoFinish();
+        return true;
+    default:
+        // Deliberate: the code stays in the context and the host's result word keeps its value. A
+        // host that sends a selector from some later agreement is not told of a failed export.
+        error = kUnknownSelector;
+        DoFinish();
+        return true;
+    }
+}
+
+void GIF89ExportContext::DoPrepare() {
+    const std::int32_t total = SizeBuffers(bufferSize);
+    if (!WarnHostHandleProcsAvailable(exportRecord->handleProcs.Get())) {
+        error = kHostLacksHandles;
+        return;
+    }
+    if (exportRecord->memoryBudget < total)
+        error = memFullErr;
+    else
+        exportRecord->memoryBudget = exportRecord->memoryBudget - total;
+}
+
+void GIF89ExportContext::DoStart() {
+    // A host may start without prepare, or twice: sizes are taken from the record as it is now, and
+    // nothing of an earlier start is kept.
+    DeallocateBuffers();
+    SizeBuffers(bufferSize);
+
+    error = AllocateBuffers();
+    if (error != noErr) return;
+    transIndex = -1;
+    FetchComment();
+    if (error == noErr) GetParameters();
+    if (error == noErr) MakeGIFBuffer();
+    if (error == noErr) {
+        Point size = {exportRecord->imageRows, exportRecord->imageColumns};
+        error =
+            WriteGIF89(&outputFile, &size, gifBuffer, gifRowBytes, interlaced, transIndex, &palette,
+                       static_cast<short>(numColors), commentEnabled ? comment : nullptr);
+    }
+    // An empty request tells the host that no more data is wanted.
+    exportRecord->requestRect = {};
+}
+
+// The whole file is written at start.
+void GIF89ExportContext::DoContinue() {}
+
+void GIF89ExportContext::DoFinish() {
+    DeallocateBuffers();
+}
+
+short GIF89ExportContext::AllocateBuffers() {
+    gifBuffer = NewPtr(bufferSize);
+    return gifBuffer ? noErr : memFullErr;
+}
+
+void GIF89ExportContext::DeallocateBuffers() {
+    DisposePtr(gifBuffer);
+    gifBuffer = nullptr;
+    DisposePtr(reinterpret_cast<Ptr>(comment));
+    comment = nullptr;
+}
+
+// Takes the document's comment from the host's property services, if there are any and it has one.
+// A host that cannot tell is one without a comment; only missing memory ends the export.
+void GIF89ExportContext::FetchComment() {
+    const HostPropertyProcs* properties = exportRecord->propertyProcs.Get();
+    const HostHandleProcs* handles = exportRecord->handleProcs.Get();
+    if (!properties || !properties->getProperty || !handles) return;
+    Handle text = nullptr;
+    if (properties->getProperty(kModuleSignature, kCommentProperty, 0, &text) != noErr || !text)
+        return;
+    const std::int32_t length = HostGetHandleSize(handles, text);
+    if (length > 0) {
+        comment = reinterpret_cast<char*>(NewPtr(Size{length} + 1));
+        if (comment) {
+            std::memcpy(comment, *text, static_cast<std::size_t>(length));
+            comment[length] = '\0';
+        } else {
+            error = memFullErr;
+        }
+    }
+    HostDisposeHandle(handles, text);
+}

@@ -1,0 +1,107 @@
+// The RGB export: counts the colours, has the palette built, and maps the pixels band by band.
+#include "GIF89Export.h"
+
+#include "DiffuseColor.h"
+#include "IterateArea.h"
+#include "MemoryManager.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::int32_t kCellCount = 32768;
+// The palette's histogram is counted in the GIF buffer before that holds any pixel, so the buffer
+// is never smaller than one.
+constexpr std::int32_t kHistogramBytes = 131072;
+// Where the transparent colour starts; the options replace it.
+constexpr std::uint8_t kInitialTransparentLevel = 193;
+constexpr short kTooManyColors = 1;
+
+std::uint8_t* FirstRowOf(const Rect& tile, const GIF89RGBExport& context) {
+    return context.gifBuffer + std::ptrdiff_t{tile.top} * context.exportRecord->imageColumns;
+}
+
+short DitherNoTransparency(const Rect* tile, std::int32_t rowBytes, const std::uint8_t* data,
+                           GIF89RGBExport* context) {
+    DiffuseColorNoTransparency(
+        data, FirstRowOf(*tile, *context), static_cast<short>(tile->bottom - tile->top),
+        static_cast<short>(tile->right - tile->left), tile->top, rowBytes,
+        context->exportRecord->imageColumns, &context->palette, context->inverseMap,
+        reinterpret_cast<std::int16_t*>(context->errorBuffer));
+    return 0;
+}
+
+short DitherWithTransparency(const Rect* tile, std::int32_t rowBytes, const std::uint8_t* data,
+                             GIF89RGBExport* context) {
+    DiffuseColorWithTransparency(
+        data, FirstRowOf(*tile, *context), static_cast<short>(tile->bottom - tile->top),
+        static_cast<short>(tile->right - tile->left), tile->top, rowBytes,
+        context->exportRecord->imageColumns, &context->palette, context->inverseMap,
+        reinterpret_cast<std::int16_t*>(context->errorBuffer), PackColor(context->transparentColor),
+        context->transIndex);
+    return 0;
+}
+
+} // namespace
+
+std::int32_t GIF89RGBExport::ErrorBufferBytes() const {
+    return exportRecord->imageColumns * 12 + 24;
+}
+
+std::int32_t GIF89RGBExport::SizeBuffers(std::int32_t& gifBufferSize) {
+    const std::int32_t pixels = exportRecord->imageColumns * exportRecord->imageRows;
+    gifBufferSize = std::max(pixels, kHistogramBytes);
+    return gifBufferSize + ErrorBufferBytes() + 2 * kCellCount;
+}
+
+short GIF89RGBExport::AllocateBuffers() {
+    errorBuffer = NewPtr(ErrorBufferBytes());
+    inverseMap = NewPtr(kCellCount);
+    inverseWork = NewPtr(kCellCount);
+    if (!errorBuffer || !inverseMap || !inverseWork) return memFullErr;
+    return GIF89ExportContext::AllocateBuffers();
+}
+
+void GIF89RGBExport::DeallocateBuffers() {
+    for (std::uint8_t** block : {&errorBuffer, &inverseMap, &inverseWork}) {
+        DisposePtr(*block);
+        *block = nullptr;
+    }
+    GIF89ExportContext::DeallocateBuffers();
+}
+
+void GIF89RGBExport::GetParameters() {
+    ExactStart(&exactInfo);
+    const short counted =
+        IterateArea(exportRecord, nullptr, 0, 2, AsTileProc<ExactCount>, TileRefCon(&exactInfo));
+    if (counted == kTooManyColors) {
+        exactInfo.count = -1;
+    } else if (counted != noErr) {
+        error = counted;
+        return;
+    }
+
+    transparentColor.red = kInitialTransparentLevel;
+    transparentColor.green = kInitialTransparentLevel;
+    transparentColor.blue = kInitialTransparentLevel;
+
+    unsigned char exact = 0, supplied = 0;
+    error = GetRGB24Parameters(&exact, &supplied);
+    if (error != noErr) return;
+    SetupPalette(exact, supplied);
+    if (error == noErr) GetOutputFile();
+}
+
+void GIF89RGBExport::MakeGIFBuffer() {
+    std::memset(errorBuffer, 0, static_cast<std::size_t>(ErrorBufferBytes()));
+    // The histogram may have been counted here, and rows that no band asks for keep index 0.
+    std::memset(gifBuffer, 0, static_cast<std::size_t>(bufferSize));
+    BuildInverse(&palette, inverseMap, inverseWork, static_cast<short>(numColors));
+    error = exportRecord->hasTransparency
+                ? IterateArea(exportRecord, nullptr, 0, 3, AsTileProc<DitherWithTransparency>,
+                              TileRefCon(this))
+                : IterateArea(exportRecord, nullptr, 0, 2, AsTileProc<DitherNoTransparency>,
+                              TileRefCon(this));
+    gifRowBytes = exportRecord->imageColumns;
+}

@@ -1,0 +1,189 @@
+#include "HostUtilities.h"
+
+#include "BigEndian.h"
+#include "FileManager.h"
+#include "ResourceManager.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <span>
+#include <utility>
+
+// When an error is latched the stream is left without room, so that only the slow path asks for it.
+struct FastStream {
+    std::int16_t refNum;
+    OSErr error = noErr;
+    std::uint32_t used = 0;
+    std::uint8_t buffer[65536];
+};
+
+namespace {
+
+constexpr std::int16_t kHandleProcsVersion = 1;
+constexpr std::int16_t kHandleProcsCount = 4;
+constexpr std::uint32_t kBufferBytes = sizeof(FastStream::buffer);
+
+class PrintingResponder : public NoticeResponder {
+  public:
+    void Warn(const std::string& sentence) override {
+        std::fprintf(stderr, "%s\n", sentence.c_str());
+    }
+    void About(const std::vector<std::string>& lines) override {
+        for (const std::string& line : lines) std::fprintf(stderr, "%s\n", line.c_str());
+    }
+};
+
+thread_local NoticeResponder* theResponder = nullptr;
+
+NoticeResponder& Responder() {
+    static PrintingResponder& printing = *new PrintingResponder;
+    return theResponder ? *theResponder : printing;
+}
+
+bool IsComplete(const HostHandleProcs& procs) {
+    return procs.version >= kHandleProcsVersion && procs.count >= kHandleProcsCount &&
+           procs.newHandle && procs.disposeHandle && procs.getHandleSize && procs.setHandleSize;
+}
+
+using Bytes = std::span<const std::uint8_t>;
+
+std::optional<Bytes> ResourceBytes(OSType type, std::int16_t id) {
+    const Handle resource = GetResource(type, id);
+    if (!resource) return std::nullopt;
+    return Bytes(*resource, static_cast<std::size_t>(GetHandleSize(resource)));
+}
+
+// The id of a dialog's item list stands behind its bounds (8), procID (2), visible and goAway
+// with a filler byte each (4), and refCon (4).
+std::optional<std::int16_t> ItemListOf(Bytes dialog) {
+    constexpr std::size_t kItemsIDOffset = 18;
+    if (dialog.size() < kItemsIDOffset + 2) return std::nullopt;
+    return GetBE<std::int16_t>(&dialog[kItemsIDOffset]);
+}
+
+// Texts of the static items of an item list; nothing when the list makes no sense.
+std::optional<std::vector<std::string>> StaticTexts(Bytes list) {
+    constexpr std::size_t kTypeOffset = 12; // behind a placeholder (4) and the bounds (8)
+    constexpr std::size_t kDataOffset = 14; // behind the type and the length of the data
+    constexpr int kTypeMask = 0x7F;         // without the bit of disabled items
+    constexpr int kStaticText = 8;
+    if (list.size() < 2) return std::nullopt;
+    const int count = GetBE<std::int16_t>(list.data()) + 1;
+    if (count < 0) return std::nullopt;
+    list = list.subspan(2);
+    std::vector<std::string> texts;
+    for (int item = 0; item < count; ++item) {
+        if (list.size() < kDataOffset) return std::nullopt;
+        const std::size_t length = list[kDataOffset - 1];
+        if (list.size() < kDataOffset + length) return std::nullopt;
+        const Bytes data = list.subspan(kDataOffset, length);
+        if ((list[kTypeOffset] & kTypeMask) == kStaticText)
+            texts.emplace_back(data.begin(), data.end());
+        // Items start at even offsets; after the last one the padding may be missing.
+        list = list.subspan(std::min(kDataOffset + length + (length & 1), list.size()));
+    }
+    return texts;
+}
+
+void LatchError(FastStream& stream, OSErr error) {
+    stream.error = error;
+    stream.used = kBufferBytes;
+}
+
+void Flush(FastStream& stream) {
+    auto count = static_cast<std::int32_t>(stream.used);
+    stream.used = 0;
+    if (const OSErr error = FSWrite(stream.refNum, &count, stream.buffer))
+        LatchError(stream, error);
+}
+
+OSErr WriteThroughBuffer(FastStream& stream, std::int32_t count, const std::uint8_t* bytes) {
+    if (stream.error == noErr && count < 0) LatchError(stream, paramErr);
+    auto rest = static_cast<std::uint32_t>(count);
+    while (stream.error == noErr && rest > 0) {
+        if (stream.used == kBufferBytes) {
+            Flush(stream);
+            continue;
+        }
+        const std::uint32_t step = std::min(rest, kBufferBytes - stream.used);
+        std::memcpy(stream.buffer + stream.used, bytes, step);
+        stream.used += step;
+        bytes += step;
+        rest -= step;
+    }
+    return stream.error;
+}
+
+} // namespace
+
+bool WarnHostHandleProcsAvailable(const HostHandleProcs* procs) {
+    if (procs && IsComplete(*procs)) return true;
+    Responder().Warn("This application lacks the handle services (version 1, four procedures) that "
+                     "exporting a GIF file needs.");
+    return false;
+}
+
+std::int32_t HostGetHandleSize(const HostHandleProcs* procs, Handle handle) {
+    return handle ? procs->getHandleSize(handle) : 0;
+}
+
+void HostDisposeHandle(const HostHandleProcs* procs, Handle handle) {
+    if (handle) procs->disposeHandle(handle);
+}
+
+NoticeResponder* SetNoticeResponder(NoticeResponder* responder) {
+    return std::exchange(theResponder, responder);
+}
+
+void ShowAbout(std::int16_t dialogID) {
+    const auto dialog = ResourceBytes(FourCC("DLOG"), dialogID);
+    if (!dialog) return;
+    const auto listID = ItemListOf(*dialog);
+    if (!listID) return;
+    const auto list = ResourceBytes(FourCC("DITL"), *listID);
+    if (!list) return;
+    if (const auto texts = StaticTexts(*list)) Responder().About(*texts);
+}
+
+FastStream* FastOpen(std::int16_t refNum, std::int16_t mode) {
+    if (mode != 1) return nullptr;
+    const Ptr block = NewPtr(sizeof(FastStream));
+    if (!block) return nullptr;
+    auto* const stream = new (block) FastStream;
+    stream->refNum = refNum;
+    return stream;
+}
+
+OSErr FastWrite(FastStream* stream, std::int32_t count, const void* bytes) {
+    // Nearly every call brings one byte.
+    if (count != 1 || stream->used == kBufferBytes)
+        return WriteThroughBuffer(*stream, count, static_cast<const std::uint8_t*>(bytes));
+    stream->buffer[stream->used++] = *static_cast<const std::uint8_t*>(bytes);
+    return noErr;
+}
+
+OSErr FastClose(FastStream* stream) {
+    if (stream->error == noErr && stream->used > 0) {
+        Flush(*stream);
+        KeepCloseError(stream->error);
+    }
+    const OSErr error = stream->error;
+    DisposePtr(reinterpret_cast<Ptr>(stream));
+    return error;
+}
+
+void RGB2HSV(const RGBColor* rgb, HSVColor* hsv) {
+    const std::int64_t red = rgb->red, green = rgb->green, blue = rgb->blue;
+    const std::int64_t max = std::max({red, green, blue});
+    const std::int64_t delta = max - std::min({red, green, blue});
+    *hsv = HSVColor{0, 0, static_cast<std::uint16_t>(max)};
+    if (delta == 0) return; // grey, black included: no hue and no saturation
+    std::int64_t sector = red - green + 4 * delta;
+    if (green == max) sector = blue - red + 2 * delta;
+    if (red == max) sector = green - blue + (green < blue ? 6 * delta : 0);
+    hsv->hue = static_cast<std::uint16_t>(sector * 65536 / (6 * delta));
+    hsv->saturation = static_cast<std::uint16_t>(delta * 65535 / max);
+}
