@@ -1,0 +1,285 @@
+#include "ExportHost.h"
+
+#include "FileManager.h"
+#include "Problem.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <vector>
+
+namespace gif89 {
+namespace {
+
+// A request repeated more often than this while the budget does not hold one row is a walk that
+// will never end.
+constexpr int kMostRepeatsWithoutBudget = 3;
+
+Handle NewHostHandle(std::int32_t size) {
+    return NewHandle(size);
+}
+void DisposeHostHandle(Handle handle) {
+    DisposeHandle(handle);
+}
+std::int32_t GetHostHandleSize(Handle handle) {
+    return static_cast<std::int32_t>(GetHandleSize(handle));
+}
+OSErr SetHostHandleSize(Handle handle, std::int32_t size) {
+    return SetHandleSize(handle, size);
+}
+
+bool SameRequest(const Rect& a, short firstA, short lastA, const Rect& b, short firstB,
+                 short lastB) {
+    return a == b && firstA == firstB && lastA == lastB;
+}
+
+/// The record and everything its fields lead to, for one export.
+class ExportSession {
+  public:
+    ExportSession(const ExportModule& theModule, const ExportJob& theJob);
+    ExportSession(const ExportSession&) = delete;
+    ExportSession& operator=(const ExportSession&) = delete;
+    ~ExportSession() { current = outer; }
+
+    void Run();
+
+  private:
+    static OSErr Advance() { return current->Deliver(); }
+    static OSErr GetProperty(OSType signature, OSType key, std::int32_t index, Handle* value);
+
+    void FillRecord();
+    std::int32_t BudgetForOneBand() const;
+    OSErr Deliver();
+    OSErr CheckRequest(const Rect& area, short first, short last);
+    void DeliverInPlace(const Rect& area);
+    OSErr DeliverCopy(const Rect& area, short first, short last);
+    short PlaneCount() const;
+    void Call(short selector);
+
+    // The module's requests carry no reference of their own; an export may run inside another one
+    // (an editor's preview), so the one outside is put back at the end.
+    static thread_local ExportSession* current;
+    ExportSession* outer = current;
+
+    const ExportModule& module;
+    const ExportJob& job;
+    const Picture& picture;
+    ExportRecord record = {};
+    std::intptr_t moduleData = 0;
+    short result = noErr;
+    OSErr deliveryError = noErr; // the first failure of our own, whatever the module made of it
+    std::vector<std::uint8_t> scratch;
+    Rect lastArea = {};
+    short lastFirstPlane = -1, lastLastPlane = -1;
+    int repeats = 0;
+
+    const HostHandleProcs handleProcs = {
+        1, 4, NewHostHandle, DisposeHostHandle, GetHostHandleSize, SetHostHandleSize};
+    const HostPropertyProcs propertyProcs = {1, 1, GetProperty};
+    AddressKey dataKey{static_cast<const void*>(nullptr)};
+    AddressKey handleKey{&handleProcs};
+    AddressKey propertyKey{&propertyProcs};
+    AddressKey advanceKey{&Advance};
+};
+
+thread_local ExportSession* ExportSession::current = nullptr;
+
+ExportSession::ExportSession(const ExportModule& theModule, const ExportJob& theJob)
+    : module(theModule), job(theJob), picture(theJob.picture) {
+    FillRecord();
+    current = this;
+}
+
+short ExportSession::PlaneCount() const {
+    return static_cast<short>(static_cast<std::size_t>(picture.BytesPerPixel()) +
+                              picture.channels.size());
+}
+
+void ExportSession::FillRecord() {
+    const bool indexed = picture.kind == Picture::Kind::indexed;
+    record.imageMode = indexed ? kIndexedColorMode : kRGBColorMode;
+    record.imageRows = static_cast<std::int16_t>(picture.rows);
+    record.imageColumns = static_cast<std::int16_t>(picture.columns);
+    record.planeCount = PlaneCount();
+    record.hasTransparency = picture.kind == Picture::Kind::rgbAlpha;
+    std::copy_n(picture.table.red, 256, record.hostRedTable);
+    std::copy_n(picture.table.green, 256, record.hostGreenTable);
+    std::copy_n(picture.table.blue, 256, record.hostBlueTable);
+    const std::size_t nameLength = std::min<std::size_t>(job.documentName.size(), 255);
+    record.documentName[0] = static_cast<std::uint8_t>(nameLength);
+    std::memcpy(record.documentName + 1, job.documentName.data(), nameLength);
+    record.memoryBudget = BudgetForOneBand();
+    record.returnedData.Set(dataKey);
+    record.handleProcs.Set(handleKey);
+    record.propertyProcs.Set(propertyKey);
+    record.advanceProc.Set(advanceKey);
+}
+
+// What the module takes for itself (an index a pixel, at least 128 KiB, twelve bytes a column and
+// 64 KiB of tables) and, beside it, one row more than the picture at the plane count that the
+// module reckons with.
+std::int32_t ExportSession::BudgetForOneBand() const {
+    const std::int64_t rows = picture.rows, columns = picture.columns;
+    const std::int64_t own =
+        std::max<std::int64_t>(rows * columns, 131072) + columns * 12 + 24 + 65536;
+    const std::int64_t band = job.bandBudget != ExportJob::kWholeImage
+                                  ? job.bandBudget
+                                  : (rows + 1) * columns * std::max(1, PlaneCount() - 1);
+    if (own + band > std::numeric_limits<std::int32_t>::max())
+        throw Problem("a picture of " + std::to_string(columns) + " x " + std::to_string(rows) +
+                      " pixels needs more than the 2 GiB that one export may use");
+    return static_cast<std::int32_t>(own + band);
+}
+
+void ExportSession::Call(short selector) {
+    module.Call(selector, &record, &moduleData, &result);
+    if (result != noErr) throw Problem(DescribeCode(result));
+}
+
+void ExportSession::Run() {
+    TakeCloseError(); // an older export's, if nobody took it
+    Call(kSelectorPrepare);
+    Call(kSelectorStart);
+    // Nothing is left to deliver when the module has emptied its request.
+    while (record.requestRect.top < record.requestRect.bottom && deliveryError == noErr) {
+        deliveryError = Deliver();
+        Call(kSelectorContinue);
+    }
+    Call(kSelectorFinish);
+    if (deliveryError != noErr) throw Problem(DescribeCode(deliveryError));
+    if (const OSErr closing = TakeCloseError(); closing != noErr)
+        throw Problem(DescribeCode(closing));
+}
+
+OSErr ExportSession::Deliver() {
+    const Rect area = {record.requestRect.top, record.requestRect.left, record.requestRect.bottom,
+                       record.requestRect.right};
+    const short first = record.requestFirstPlane, last = record.requestLastPlane;
+    OSErr error = CheckRequest(area, first, last);
+    if (error == noErr) {
+        // An indexed picture's plane may be edited where it lies, so it is always a copy.
+        if (picture.kind != Picture::Kind::indexed && first == 0 && last == PlaneCount() - 1)
+            DeliverInPlace(area);
+        else
+            error = DeliverCopy(area, first, last);
+    }
+    if (deliveryError == noErr) deliveryError = error;
+    return error;
+}
+
+OSErr ExportSession::CheckRequest(const Rect& area, short first, short last) {
+    const bool inside = area.left >= 0 && area.left <= area.right &&
+                        area.right <= picture.columns && area.top >= 0 &&
+                        area.bottom <= picture.rows;
+    if (!inside || first < 0 || first > last || last >= PlaneCount()) return paramErr;
+
+    repeats =
+        SameRequest(area, first, last, lastArea, lastFirstPlane, lastLastPlane) ? repeats + 1 : 0;
+    lastArea = area;
+    lastFirstPlane = first;
+    lastLastPlane = last;
+    const std::int64_t rowCost = std::int64_t{area.right - area.left} * std::max(1, last - first);
+    if (record.memoryBudget < rowCost && repeats >= kMostRepeatsWithoutBudget) return memFullErr;
+    return noErr;
+}
+
+void ExportSession::DeliverInPlace(const Rect& area) {
+    const std::size_t rowBytes = picture.RowBytes();
+    dataKey.Move(picture.pixels.get() + static_cast<std::size_t>(area.top) * rowBytes +
+                 static_cast<std::size_t>(area.left * picture.BytesPerPixel()));
+    record.returnedRowBytes = static_cast<std::int32_t>(rowBytes);
+}
+
+// Interleaves the planes asked for, from the picture's own pixels and its further channels.
+OSErr ExportSession::DeliverCopy(const Rect& area, short first, short last) {
+    const std::size_t rows = static_cast<std::size_t>(std::max(0, area.bottom - area.top));
+    const std::size_t columns = static_cast<std::size_t>(area.right - area.left);
+    const std::size_t planes = static_cast<std::size_t>(last - first + 1);
+    const int own = picture.BytesPerPixel();
+    try {
+        scratch.resize(rows * columns * planes);
+    } catch (const std::bad_alloc&) {
+        return memFullErr;
+    }
+    for (short plane = first; plane <= last; ++plane) {
+        const bool ofPixels = plane < own;
+        const std::uint8_t* source =
+            ofPixels ? picture.pixels.get() + plane
+                     : picture.channels[static_cast<std::size_t>(plane - own)].bytes.get();
+        const std::size_t step = ofPixels ? static_cast<std::size_t>(own) : 1;
+        const std::size_t stride = static_cast<std::size_t>(picture.columns) * step;
+        source += static_cast<std::size_t>(area.top) * stride +
+                  static_cast<std::size_t>(area.left) * step;
+        std::uint8_t* out = scratch.data() + (plane - first);
+        for (std::size_t row = 0; row < rows; ++row, source += stride)
+            for (std::size_t x = 0; x < columns; ++x, out += planes) *out = source[x * step];
+    }
+    dataKey.Move(scratch.data());
+    record.returnedRowBytes = static_cast<std::int32_t>(columns * planes);
+    return noErr;
+}
+
+OSErr ExportSession::GetProperty(OSType signature, OSType key, std::int32_t index, Handle* value) {
+    *value = nullptr;
+    if (signature != kModuleSignature) return noErr;
+    const Picture& picture = current->picture;
+    std::string text;
+    if (key == kCommentProperty && index == 0) {
+        text = picture.comment;
+    } else if (key == kChannelNameProperty) {
+        const int channel = index - picture.BytesPerPixel();
+        if (channel < 0 || static_cast<std::size_t>(channel) >= picture.channels.size())
+            return noErr;
+        text = picture.channels[static_cast<std::size_t>(channel)].name;
+    }
+    if (text.empty()) return noErr;
+    *value = NewHandle(static_cast<Size>(text.size()));
+    if (!*value) return memFullErr;
+    std::memcpy(**value, text.data(), text.size());
+    return noErr;
+}
+
+} // namespace
+
+void ExportPicture(const ExportModule& module, const ExportJob& job) {
+    StandardFileResponder* const before = SetStandardFileResponder(&job.saveTo);
+    struct Restore {
+        StandardFileResponder* responder;
+        ~Restore() { SetStandardFileResponder(responder); }
+    } const restore{before};
+    ExportSession(module, job).Run();
+}
+
+std::string DescribeCode(OSErr code) {
+    static constexpr struct {
+        OSErr code;
+        const char* sentence;
+    } kSentences[] = {
+        {dskFulErr, "the disk is full"},
+        {nsvErr, "there is no such volume"},
+        {ioErr, "the disk could not be written or read"},
+        {bdNamErr, "the file name cannot be used"},
+        {eofErr, "a file ended too early"},
+        {tmfoErr, "too many files are open"},
+        {fnfErr, "the file does not exist"},
+        {wPrErr, "the disk is write-protected"},
+        {fBsyErr, "the file is in use"},
+        {dupFNErr, "a file of that name exists already"},
+        {opWrErr, "the file is open for writing already"},
+        {paramErr, "the module asked for a part of the picture that does not exist"},
+        {permErr, "permission denied"},
+        {memFullErr, "not enough memory"},
+        {dirNFErr, "the folder does not exist"},
+        {userCanceledErr, "cancelled"},
+        {kHostLacksHandles, "the host offers no memory services to the module"},
+        {kUnknownSelector, "the module does not know what was asked of it"},
+        {kModeNotExported, "the module does not export this kind of picture"},
+    };
+    for (const auto& entry : kSentences)
+        if (entry.code == code) return entry.sentence;
+    return "the export failed with code " + std::to_string(code);
+}
+
+} // namespace gif89

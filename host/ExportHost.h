@@ -1,0 +1,34 @@
+// Runs one export the way an image editor does: fills the record, answers the module's requests,
+// and turns result codes into sentences.
+#pragma once
+
+#include "ExportModule.h"
+#include "Picture.h"
+#include "StandardFile.h"
+
+#include <cstdint>
+#include <string>
+
+namespace gif89 {
+
+/// What an export is about.
+struct ExportJob {
+    const Picture& picture;
+    std::string documentName;              ///< the module proposes this name plus its suffix
+    StandardFileResponder& saveTo;         ///< answers the module's save dialog
+    std::int32_t bandBudget = kWholeImage; ///< bytes that one request may deliver
+
+    /// A budget that lets every pass over the picture run in one band. Rows between bands are never
+    /// asked for, so that hosts other than tests want no smaller one.
+    static constexpr std::int32_t kWholeImage = -1;
+};
+
+/// Exports the picture: prepare, start, continue until the module wants no more, finish. Throws
+/// Problem when the picture is too large for one band, or with a sentence for the first code that
+/// the module, the host's own deliveries, or the closing of the file reported.
+void ExportPicture(const ExportModule& module, const ExportJob& job);
+
+/// One sentence for a result code of the module.
+std::string DescribeCode(OSErr code);
+
+} // namespace gif89

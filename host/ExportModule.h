@@ -1,0 +1,36 @@
+// The export module, found, loaded and given its resources at run time.
+#pragma once
+
+#include "ExportRecord.h"
+
+#include <cstdint>
+#include <string>
+
+namespace gif89 {
+
+/// A loaded module. Its resource file lies beside it under the same name with ".rsrc". The module
+/// stays loaded for the life of the process; its resources are freed with this object.
+class ExportModule {
+  public:
+    /// Throws Problem when the module, its entry or its resource file cannot be had.
+    explicit ExportModule(const std::string& path);
+    ExportModule(const ExportModule&) = delete;
+    ExportModule& operator=(const ExportModule&) = delete;
+    ~ExportModule();
+
+    /// One call of the module's entry.
+    void Call(short selector, ExportRecord* record, std::intptr_t* data, short* result) const {
+        entry(selector, record, data, result);
+    }
+
+    /// Where the module lies for the running program, in the build tree and when installed alike.
+    static std::string DefaultPath();
+
+  private:
+    using Entry = void(short, ExportRecord*, std::intptr_t*, short*);
+
+    Entry* entry = nullptr;
+    std::int16_t resources = 0;
+};
+
+} // namespace gif89

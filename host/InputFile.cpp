@@ -1,0 +1,107 @@
+#include "InputFile.h"
+
+#include "Problem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace gif89 {
+
+namespace {
+
+constexpr std::size_t kBufferBytes = 65536;
+
+Problem SystemProblem(const char* what) {
+    return Problem(std::string(what) + ": " + std::strerror(errno));
+}
+
+} // namespace
+
+InputFile InputFile::Open(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0) throw SystemProblem("cannot be opened");
+    InputFile file(descriptor, Ownership::owned);
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) throw SystemProblem("cannot be opened");
+    if (S_ISDIR(status.st_mode)) throw Problem("is a folder, not a picture");
+    return file;
+}
+
+InputFile InputFile::StandardInput() {
+    return {STDIN_FILENO, Ownership::borrowed};
+}
+
+InputFile::InputFile(int fileDescriptor, Ownership fileOwnership)
+    : descriptor(fileDescriptor), ownership(fileOwnership), buffer(kBufferBytes) {}
+
+InputFile::InputFile(InputFile&& other) noexcept
+    : descriptor(std::exchange(other.descriptor, -1)), ownership(other.ownership),
+      atEnd(other.atEnd), buffer(std::move(other.buffer)), next(other.next), filled(other.filled) {}
+
+InputFile::~InputFile() {
+    if (descriptor >= 0 && ownership == Ownership::owned) close(descriptor);
+}
+
+std::span<const std::uint8_t> InputFile::Peek() {
+    while (filled - next < kPeekBytes && Fill()) {
+    }
+    return {buffer.data() + next, std::min(filled - next, kPeekBytes)};
+}
+
+std::size_t InputFile::Read(std::uint8_t* bytes, std::size_t count) {
+    std::size_t done = 0;
+    while (done < count) {
+        const std::size_t wanted = count - done;
+        if (next == filled && wanted >= buffer.size()) { // straight to where it belongs
+            const std::size_t got = ReadFromSystem(bytes + done, wanted);
+            if (got == 0) break;
+            done += got;
+            continue;
+        }
+        if (next == filled && !Fill()) break;
+        const std::size_t held = std::min(wanted, filled - next);
+        std::memcpy(bytes + done, buffer.data() + next, held);
+        next += held;
+        done += held;
+    }
+    return done;
+}
+
+int InputFile::ReadByte() {
+    if (next == filled && !Fill()) return -1;
+    return buffer[next++];
+}
+
+std::span<const std::uint8_t> InputFile::ReadAvailable() {
+    if (next == filled && !Fill()) return {};
+    const std::span<const std::uint8_t> available(buffer.data() + next, filled - next);
+    next = filled;
+    return available;
+}
+
+// Appends to what the buffer holds, as much as one system call brings; false at the end.
+bool InputFile::Fill() {
+    std::memmove(buffer.data(), buffer.data() + next, filled - next);
+    filled -= next;
+    next = 0;
+    const std::size_t got = ReadFromSystem(buffer.data() + filled, buffer.size() - filled);
+    filled += got;
+    return got > 0;
+}
+
+std::size_t InputFile::ReadFromSystem(std::uint8_t* bytes, std::size_t count) {
+    if (atEnd) return 0; // a terminal would ask again
+    ssize_t got = 0;
+    do got = read(descriptor, bytes, count);
+    while (got < 0 && errno == EINTR);
+    if (got < 0) throw SystemProblem("cannot be read");
+    atEnd = got == 0;
+    return static_cast<std::size_t>(got);
+}
+
+} // namespace gif89

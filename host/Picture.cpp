@@ -1,0 +1,92 @@
+#include "Picture.h"
+
+#include "Problem.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace gif89 {
+
+namespace {
+
+std::string SidesText(long long rows, long long columns) {
+    return std::to_string(columns) + " x " + std::to_string(rows) + " pixels";
+}
+
+bool IsOpaque(const Picture& picture) {
+    const std::uint8_t* pixel = picture.pixels.get();
+    for (std::size_t left = picture.PixelBytes() / 4; left > 0; --left, pixel += 4)
+        if (pixel[3] != 255) return false;
+    return true;
+}
+
+} // namespace
+
+Picture MakePicture(Picture::Kind kind, long long rows, long long columns) {
+    if (rows < 1 || columns < 1)
+        throw Problem("is " + SidesText(rows, columns) + "; at least one pixel is needed");
+    if (rows > kLargestSide || columns > kLargestSide)
+        throw Problem("is " + SidesText(rows, columns) + "; sides above " +
+                      std::to_string(kLargestSide) + " cannot be stored");
+    Picture picture;
+    picture.kind = kind;
+    picture.rows = static_cast<int>(rows);
+    picture.columns = static_cast<int>(columns);
+    try {
+        picture.pixels = std::make_unique_for_overwrite<std::uint8_t[]>(picture.PixelBytes());
+    } catch (const std::bad_alloc&) {
+        throw Problem("is " + SidesText(rows, columns) + "; there is not enough memory for its " +
+                      std::to_string(picture.PixelBytes() >> 20) + " megabytes");
+    }
+    return picture;
+}
+
+void SetGreyRamp(Picture& picture, int colors) {
+    const int brightest = colors - 1;
+    picture.table = {};
+    picture.colors = colors;
+    for (int index = 0; index < colors; ++index) {
+        const auto level = static_cast<std::uint8_t>((index * 255 + brightest / 2) / brightest);
+        SetTableEntry(picture.table, index, {0, level, level, level});
+    }
+}
+
+void DropOpaqueAlpha(Picture& picture) {
+    if (picture.kind != Picture::Kind::rgbAlpha || !IsOpaque(picture)) return;
+    const std::size_t pixels = picture.PixelBytes() / 4;
+    // The block keeps its size: a smaller one would need both at once.
+    std::uint8_t* to = picture.pixels.get();
+    const std::uint8_t* from = to;
+    for (std::size_t n = 0; n < pixels; ++n, from += 4) {
+        *to++ = from[0];
+        *to++ = from[1];
+        *to++ = from[2];
+    }
+    picture.kind = Picture::Kind::rgb;
+}
+
+void ExpandToRGB(Picture& picture) {
+    if (picture.kind != Picture::Kind::indexed) return;
+    const auto found =
+        std::find_if(picture.channels.begin(), picture.channels.end(),
+                     [](const Channel& channel) { return channel.name == kTransparencyChannel; });
+    const std::uint8_t* opacity = found == picture.channels.end() ? nullptr : found->bytes.get();
+
+    Picture expanded = MakePicture(opacity ? Picture::Kind::rgbAlpha : Picture::Kind::rgb,
+                                   picture.rows, picture.columns);
+    std::uint8_t* to = expanded.pixels.get();
+    const std::size_t pixels = picture.PixelBytes();
+    for (std::size_t n = 0; n < pixels; ++n) {
+        const RGBtuple color = TableEntry(picture.table, picture.pixels[n]);
+        *to++ = color.red;
+        *to++ = color.green;
+        *to++ = color.blue;
+        if (opacity) *to++ = opacity[n];
+    }
+    expanded.comment = std::move(picture.comment);
+    picture = std::move(expanded);
+}
+
+} // namespace gif89

@@ -1,0 +1,63 @@
+// A picture in memory, in the two shapes that the module exports.
+#pragma once
+
+#include "ColorTable.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace gif89 {
+
+/// The largest side a picture may have; the module counts rows and columns in 16 bits.
+constexpr int kLargestSide = 32767;
+
+/// A further plane of an indexed picture: rows x columns bytes, no padding.
+struct Channel {
+    std::string name;
+    std::unique_ptr<std::uint8_t[]> bytes;
+};
+
+/// Either RGB (3 bytes a pixel: red, green, blue), RGB with opacity (4 bytes; 0 transparent, 255
+/// opaque, colours not multiplied by it) or indexed (1 byte: an entry of `table`).
+struct Picture {
+    enum class Kind : std::uint8_t { rgb, rgbAlpha, indexed };
+
+    Kind kind = Kind::rgb;
+    int rows = 0;                           ///< 1..kLargestSide
+    int columns = 0;                        ///< 1..kLargestSide
+    std::unique_ptr<std::uint8_t[]> pixels; ///< rows x columns pixels, no padding
+    RGBLookUpTable table = {};              ///< indexed only; black from `colors` up
+    int colors = 0;                         ///< indexed only: entries in use, 1..256
+    std::vector<Channel> channels;          ///< indexed only
+    std::string comment;                    ///< the picture's own comment, empty for none
+
+    int BytesPerPixel() const { return kind == Kind::indexed ? 1 : kind == Kind::rgb ? 3 : 4; }
+    std::size_t RowBytes() const {
+        return static_cast<std::size_t>(columns) * static_cast<std::size_t>(BytesPerPixel());
+    }
+    std::size_t PixelBytes() const { return RowBytes() * static_cast<std::size_t>(rows); }
+};
+
+/// Name of the channel that carries the opacity of an indexed picture: 0 transparent, 255 opaque.
+constexpr char kTransparencyChannel[] = "Transparency";
+
+/// An empty picture of that shape, pixels undefined. Throws Problem when a side is not
+/// 1..kLargestSide, before any memory is asked for, and when there is not enough memory. The
+/// pixels are not touched: until a reader stores them they cost addresses only, so a header that
+/// promises more than its file holds is cheap.
+Picture MakePicture(Picture::Kind kind, long long rows, long long columns);
+
+/// Gives an indexed picture a table of `colors` greys, 2..256, evenly from black to white.
+void SetGreyRamp(Picture& picture, int colors);
+
+/// Turns an rgbAlpha picture whose every pixel is opaque into an rgb one, in place; leaves any
+/// other picture alone.
+void DropOpaqueAlpha(Picture& picture);
+
+/// Turns an indexed picture into an RGB one through its table; channel "Transparency", if there,
+/// becomes its opacity and the other channels are dropped. Leaves RGB pictures alone.
+void ExpandToRGB(Picture& picture);
+
+} // namespace gif89

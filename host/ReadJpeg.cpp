@@ -1,0 +1,234 @@
+#include "ReadJpeg.h"
+
+#include "CommentText.h"
+#include "Problem.h"
+
+#include <algorithm>
+#include <csetjmp>
+#include <cstdio>
+#include <exception>
+#include <utility>
+
+#include <jpeglib.h> // wants <cstdio> before
+
+#include <jerror.h>
+
+namespace gif89 {
+
+namespace {
+
+// A progressive picture of a few kilobytes can ask for thousands of walks over a huge picture.
+constexpr int kMostScans = 500;
+
+// Complaints that leave the pixels as they were meant. Cameras are fond of padding.
+constexpr int kHarmlessWarnings[] = {JWRN_ADOBE_XFORM, JWRN_JFIF_MAJOR, JWRN_EXTRANEOUS_DATA,
+                                     JWRN_TOO_MUCH_DATA};
+
+/// One reading. libjpeg reports errors by a jump back into Guard; so whatever owns memory is a
+/// member, and the frames that a jump leaves hold only trivial objects.
+class JpegReader {
+  public:
+    explicit JpegReader(InputFile& file) : input(file) {}
+    ~JpegReader() { jpeg_destroy_decompress(&decoder); } // harmless before it was created
+    JpegReader(const JpegReader&) = delete;
+    JpegReader& operator=(const JpegReader&) = delete;
+
+    Picture Read();
+
+  private:
+    template <typename Step> void Guard(Step step);
+    [[noreturn]] void Fail() const;
+    [[noreturn]] void Jump(const char* why);
+    [[noreturn]] static void OnError(j_common_ptr common);
+    static void OnMessage(j_common_ptr common, int level);
+    static void OnProgress(j_common_ptr common);
+    static boolean OnEmpty(j_decompress_ptr decoder);
+    static void OnSkip(j_decompress_ptr decoder, long count);
+    bool Fetch() noexcept;
+
+    void Create();
+    void ReadHeader();
+    void MakeTarget();
+    void ReadRows();
+    void PlaceInks(std::uint8_t* place) const;
+    std::string Comment() const;
+
+    InputFile& input;
+    jpeg_decompress_struct decoder = {};
+    jpeg_error_mgr errors = {};
+    jpeg_source_mgr source = {};
+    jpeg_progress_mgr progress = {};
+    std::jmp_buf jump = {};
+    char reason[JMSG_LENGTH_MAX] = "";
+    std::exception_ptr inputProblem; // thrown by the file, carried around libjpeg
+
+    Picture picture;
+    std::vector<std::uint8_t> inks; // one row of cyan, magenta, yellow, black
+};
+
+JpegReader& ReaderOf(j_common_ptr common) {
+    return *static_cast<JpegReader*>(common->client_data);
+}
+
+template <typename Step> void JpegReader::Guard(Step step) {
+    if (setjmp(jump) != 0) Fail();
+    step();
+}
+
+void JpegReader::Fail() const {
+    if (inputProblem) std::rethrow_exception(inputProblem);
+    throw Problem("is a damaged JPEG picture: " + std::string(reason));
+}
+
+void JpegReader::Jump(const char* why) {
+    std::snprintf(reason, sizeof reason, "%s", why);
+    std::longjmp(jump, 1);
+}
+
+void JpegReader::OnError(j_common_ptr common) {
+    JpegReader& reader = ReaderOf(common);
+    reader.errors.format_message(common, reader.reason);
+    std::longjmp(reader.jump, 1);
+}
+
+void JpegReader::OnMessage(j_common_ptr common, int level) {
+    if (level >= 0) return; // a trace
+    const int code = common->err->msg_code;
+    if (std::find(std::begin(kHarmlessWarnings), std::end(kHarmlessWarnings), code) ==
+        std::end(kHarmlessWarnings))
+        OnError(common);
+}
+
+void JpegReader::OnProgress(j_common_ptr common) {
+    JpegReader& reader = ReaderOf(common);
+    if (reader.decoder.input_scan_number > kMostScans) reader.Jump("it has more than 500 scans");
+}
+
+boolean JpegReader::OnEmpty(j_decompress_ptr decoder) {
+    JpegReader& reader = ReaderOf(reinterpret_cast<j_common_ptr>(decoder));
+    if (!reader.Fetch()) reader.Jump("the file ends before the picture does");
+    return TRUE;
+}
+
+void JpegReader::OnSkip(j_decompress_ptr decoder, long count) {
+    jpeg_source_mgr& source = *decoder->src;
+    auto left = static_cast<std::size_t>(std::max(count, 0L));
+    while (left > source.bytes_in_buffer) {
+        left -= source.bytes_in_buffer;
+        OnEmpty(decoder);
+    }
+    source.next_input_byte += left;
+    source.bytes_in_buffer -= left;
+}
+
+bool JpegReader::Fetch() noexcept {
+    try {
+        const std::span<const std::uint8_t> bytes = input.ReadAvailable();
+        source.next_input_byte = bytes.data();
+        source.bytes_in_buffer = bytes.size();
+        return !bytes.empty();
+    } catch (...) {
+        inputProblem = std::current_exception();
+        return false;
+    }
+}
+
+Picture JpegReader::Read() {
+    Create();
+    ReadHeader();
+    MakeTarget();
+    ReadRows();
+    picture.comment = Comment(); // forgotten by the next step
+    Guard([this] { jpeg_finish_decompress(&decoder); });
+    return std::move(picture);
+}
+
+void JpegReader::Create() {
+    decoder.err = jpeg_std_error(&errors);
+    decoder.client_data = this;
+    errors.error_exit = OnError;
+    errors.emit_message = OnMessage;
+    Guard([this] { jpeg_create_decompress(&decoder); });
+
+    source.init_source = [](j_decompress_ptr) {};
+    source.fill_input_buffer = OnEmpty;
+    source.skip_input_data = OnSkip;
+    source.resync_to_restart = jpeg_resync_to_restart;
+    source.term_source = [](j_decompress_ptr) {};
+    decoder.src = &source;
+    progress.progress_monitor = OnProgress;
+    decoder.progress = &progress;
+}
+
+void JpegReader::ReadHeader() {
+    Guard([this] {
+        jpeg_save_markers(&decoder, JPEG_COM, 0xFFFF);
+        jpeg_read_header(&decoder, TRUE);
+    });
+    switch (decoder.jpeg_color_space) {
+    case JCS_GRAYSCALE:
+        decoder.out_color_space = JCS_GRAYSCALE;
+        break;
+    case JCS_RGB:
+    case JCS_YCbCr:
+        decoder.out_color_space = JCS_RGB;
+        break;
+    case JCS_CMYK:
+    case JCS_YCCK:
+        decoder.out_color_space = JCS_CMYK;
+        break;
+    default:
+        throw Problem("is a JPEG picture of " + std::to_string(decoder.num_components) +
+                      " components; 1 (grey), 3 (RGB) or 4 (CMYK) are expected");
+    }
+    decoder.dct_method = JDCT_ISLOW;
+    decoder.do_fancy_upsampling = TRUE;
+}
+
+void JpegReader::MakeTarget() {
+    const bool grey = decoder.out_color_space == JCS_GRAYSCALE;
+    picture = MakePicture(grey ? Picture::Kind::indexed : Picture::Kind::rgb, decoder.image_height,
+                          decoder.image_width);
+    if (grey) SetGreyRamp(picture, 256);
+    if (decoder.out_color_space == JCS_CMYK) inks.resize(std::size_t{4} * decoder.image_width);
+}
+
+void JpegReader::ReadRows() {
+    Guard([this] {
+        jpeg_start_decompress(&decoder);
+        while (decoder.output_scanline < decoder.output_height) {
+            std::uint8_t* const place =
+                picture.pixels.get() + picture.RowBytes() * decoder.output_scanline;
+            JSAMPROW row = inks.empty() ? place : inks.data();
+            jpeg_read_scanlines(&decoder, &row, 1);
+            if (!inks.empty()) PlaceInks(place);
+        }
+    });
+}
+
+void JpegReader::PlaceInks(std::uint8_t* place) const {
+    // Pictures with the Adobe marker store the paper that is left, the others the ink.
+    const unsigned flip = decoder.saw_Adobe_marker ? 0 : 255;
+    for (std::size_t n = 0; n < inks.size(); n += 4) {
+        const unsigned black = inks[n + 3] ^ flip;
+        for (std::size_t ink = 0; ink < 3; ++ink)
+            *place++ = static_cast<std::uint8_t>(((inks[n + ink] ^ flip) * black + 127) / 255);
+    }
+}
+
+std::string JpegReader::Comment() const {
+    for (jpeg_saved_marker_ptr marker = decoder.marker_list; marker; marker = marker->next) {
+        std::string text = CommentText(
+            {reinterpret_cast<const char*>(marker->data), std::size_t{marker->data_length}});
+        if (!text.empty()) return text;
+    }
+    return {};
+}
+
+} // namespace
+
+Picture ReadJpeg(InputFile& input) {
+    return JpegReader(input).Read();
+}
+
+} // namespace gif89

@@ -1,0 +1,175 @@
+// The strict decoder: agrees with what was put into a file, and refuses everything else.
+#include "DecodeGif.h"
+
+#include "PlainGif.h"
+#include "Problem.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace {
+
+using gif89::DecodedGif;
+using gif89::DecodeGif;
+using gif89::Problem;
+
+/// The reason for refusing the file; empty when it is decoded.
+std::string Refusal(std::span<const std::uint8_t> file) {
+    try {
+        DecodeGif(file);
+    } catch (const Problem& problem) {
+        return problem.what();
+    }
+    return "";
+}
+
+TEST(DecodeGif, ReturnsWhatTheFileWasMadeOf) {
+    std::mt19937 random(31337);
+    for (const int colors : {2, 3, 16, 200, 256})
+        for (const int runLength : {1, 15, 1000000})
+            for (const bool interlaced : {false, true}) {
+                const int rows = 1 + static_cast<int>(random() % 120);
+                const int columns = 1 + static_cast<int>(random() % 400);
+                PlainImage image = RandomImage(random, rows, columns, colors, runLength);
+                image.interlaced = interlaced;
+                if (runLength != 15) image.transparentIndex = colors - 1;
+                if (runLength != 1) image.comment = std::string(random() % 600, '\0');
+                SCOPED_TRACE(std::to_string(columns) + " x " + std::to_string(rows) + ", " +
+                             std::to_string(colors) + " colours");
+
+                const DecodedGif gif = DecodeGif(PlainGif(image));
+                ASSERT_EQ(gif.rows, rows);
+                ASSERT_EQ(gif.columns, columns);
+                EXPECT_TRUE(
+                    std::equal(image.indices.begin(), image.indices.end(), gif.indices.get()));
+                EXPECT_EQ(gif.interlaced, interlaced);
+                EXPECT_EQ(gif.transparentIndex, image.transparentIndex);
+                EXPECT_EQ(gif.comment, image.comment);
+                EXPECT_TRUE(gif.colors >= colors && gif.colors < 2 * colors) << gif.colors;
+                for (int i = 0; i < 256; ++i)
+                    ASSERT_EQ(PackColor(TableEntry(gif.table, i)),
+                              i < colors ? PackColor(TableEntry(image.table, i)) : 0)
+                        << "entry " << i;
+            }
+}
+
+/// 3 x 5 pixels of 3 colours with every optional block: header 0, table 13, comment 25, graphic
+/// control 31, descriptor 39, minimum code size 49, data 50.
+ByteVector SmallFile() {
+    std::mt19937 random(3);
+    PlainImage image = RandomImage(random, 5, 3, 3, 1);
+    image.interlaced = true;
+    image.transparentIndex = 1;
+    image.comment = "hi";
+    return PlainGif(image);
+}
+
+TEST(DecodeGif, RefusesEveryTruncation) {
+    const ByteVector file = SmallFile();
+    ASSERT_EQ(Refusal(file), "");
+    for (std::size_t length = 0; length < file.size(); ++length)
+        EXPECT_NE(Refusal(std::span(file).first(length)), "") << length << " bytes";
+}
+
+// Which changes pass is of no interest here; what is read or written out of bounds, or by an
+// undefined operation, the sanitizers tell.
+TEST(DecodeGif, SurvivesEveryChangeOfOneByte) {
+    const ByteVector file = SmallFile();
+    int refused = 0;
+    for (std::size_t at = 0; at < file.size(); ++at)
+        for (int value = 0; value < 256; ++value) {
+            ByteVector changed = file;
+            changed[at] = static_cast<std::uint8_t>(value);
+            refused += Refusal(changed) != "";
+        }
+    EXPECT_GT(refused, 0);
+}
+
+/// A file of rows x columns with a table of 4 and these data, sub-blocks included.
+ByteVector FileAround(int rows, int columns, const ByteVector& dataBlocks) {
+    PlainImage image;
+    image.rows = image.columns = 1;
+    image.colors = 4;
+    image.indices = {0};
+    ByteVector file = PlainGif(image);
+    for (const std::size_t at : {6u, 13 + 12 + 5u}) { // screen and image: width, height
+        file[at] = static_cast<std::uint8_t>(columns);
+        file[at + 1] = static_cast<std::uint8_t>(columns >> 8);
+        file[at + 2] = static_cast<std::uint8_t>(rows);
+        file[at + 3] = static_cast<std::uint8_t>(rows >> 8);
+    }
+    file.resize(13 + 12 + 11);
+    file.insert(file.end(), dataBlocks.begin(), dataBlocks.end());
+    file.push_back(0x3B);
+    return file;
+}
+
+TEST(DecodeGif, SaysWhatIsWrongAndWhere) {
+    const ByteVector small = SmallFile();
+    const auto with = [&](std::initializer_list<std::pair<std::size_t, int>> changes) {
+        ByteVector file = small;
+        for (const auto& [at, value] : changes) file[at] = static_cast<std::uint8_t>(value);
+        return file;
+    };
+    const auto inserted = [&](std::size_t at, const ByteVector& bytes) {
+        ByteVector file = small;
+        file.insert(file.begin() + static_cast<long>(at), bytes.begin(), bytes.end());
+        return file;
+    };
+    const auto coded = [](int rows, int columns, const std::vector<PlainCode>& codes) {
+        return FileAround(rows, columns, DataBlocks(PackCodes(codes)));
+    };
+    const struct {
+        ByteVector file;
+        std::string refusal;
+    } cases[] = {
+        {{}, "at byte 0: the file ends inside the signature"},
+        {with({{4, '7'}}), "at byte 0: the signature is not GIF89a"},
+        {with({{6, 0}}), "at byte 6: the screen has 0 x 5 pixels, expected sides of 1 to 32767"},
+        {with({{9, 0x80}}), "at byte 6: the screen has 3 x 32773 pixels, expected sides of 1 to "
+                            "32767"},
+        {with({{10, 0x6F}}), "at byte 10: there is no global colour table"},
+        {with({{26, 0x01}}), "at byte 25: expected a comment, a graphic control extension or an "
+                             "image here"},
+        {with({{39, 0x3B}}), "at byte 39: expected a comment, a graphic control extension or an "
+                             "image here"},
+        {inserted(31, {0x21, 0xFE, 0}), "at byte 33: a second comment, expected one at most"},
+        {inserted(39, {0x21, 0xF9, 4, 1, 0, 0, 1, 0}),
+         "at byte 41: a second graphic control extension"},
+        {with({{34, 9}}), "at byte 34: the graphic control's flags is 9, expected 1"},
+        {with({{37, 4}}), "at byte 37: the transparent index 4 lies past the table of 4"},
+        {with({{40, 1}}), "at byte 40: the image's left edge is 1, expected 0"},
+        {with({{46, 6}}), "at byte 46: the image height is 6, expected 5"},
+        {with({{48, 0xC0}}),
+         "at byte 48: the set of image flags besides interlacing is 128, expected 0"},
+        {with({{49, 3}}), "at byte 49: the minimum code size is 3, expected 2"},
+        {inserted(small.size(), {0, 0}),
+         "at byte " + std::to_string(small.size()) + ": 2 bytes after the trailer"},
+        {coded(1, 2, {{4, 3}, {1, 3}, {5, 3}}),
+         "at byte 39: the end code instead of a pixel for row 0, column 1"},
+        {coded(1, 1, {{4, 3}, {1, 3}, {1, 3}, {5, 3}}),
+         "at byte 39: expected the end code after the last pixel"},
+        {coded(1, 3, {{4, 3}, {1, 3}, {7, 3}, {5, 3}}),
+         "at byte 39: an impossible code for row 0, column 1"},
+        {FileAround(2, 2, {1, 0x0C, 0}),
+         "at byte 39: the image data end early for row 0, column 1"},
+        {FileAround(1, 1, {3, 0x4C, 0x01, 0x00, 0}), "at byte 39: more image data after the end "
+                                                     "code"},
+        {FileAround(32767, 32767, {2, 0x4C, 0x01, 0}),
+         "at byte 36: 2 bytes of data cannot hold 1073676289 pixels"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(Refusal(c.file), c.refusal);
+}
+
+TEST(DecodeGif, RefusesPixelsPastTheTable) {
+    PlainImage image;
+    image.rows = 2;
+    image.columns = 2;
+    image.colors = 2; // coded with two bits all the same
+    image.indices = {0, 1, 2, 0};
+    EXPECT_EQ(Refusal(PlainGif(image)),
+              "at byte 33: index 2 past the table of 2 for row 1, column 0");
+}
+
+} // namespace
