@@ -6,6 +6,7 @@
 #include "Problem.h"
 
 #include <algorithm>
+#include <new>
 
 namespace gif89 {
 
@@ -93,7 +94,7 @@ class CodeReader {
 class StringTable {
   public:
     StringTable() : handle(NewHandle(kLZWStringBytes)) {
-        if (!handle) throw Problem("there is no memory left to decode the picture");
+        if (!handle) throw std::bad_alloc();
     }
     StringTable(const StringTable&) = delete;
     StringTable& operator=(const StringTable&) = delete;

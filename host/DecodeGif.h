@@ -26,7 +26,8 @@ struct DecodedGif {
 /// Decodes a file that holds exactly one image covering the screen, with a global colour table.
 /// Throws Problem, with the byte offset, for anything else: a wrong signature, a block cut short,
 /// an impossible code, too few or too many pixels, an index past the table, bytes after the
-/// trailer.
+/// trailer. Throws std::bad_alloc when there is no memory; a file asks for no more than its data
+/// can fill.
 DecodedGif DecodeGif(std::span<const std::uint8_t> file);
 
 } // namespace gif89

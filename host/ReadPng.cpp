@@ -254,7 +254,7 @@ void PngReader::PlaceRow(int row, const Grid& grid) {
         }
         // Compared before 16 bits are reduced, since neighbouring colours become equal then.
         const bool transparent = keyed && std::equal(samples, samples + form->samples, key);
-        std::uint8_t* const pixel = pixels + column * pixelBytes;
+        std::uint8_t* const pixel = pixels + static_cast<std::ptrdiff_t>(column) * pixelBytes;
         for (int n = 0; n < pixelBytes; ++n) {
             if (form->from[n] < 0) {
                 pixel[n] = transparent ? 0 : 255;

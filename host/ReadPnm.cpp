@@ -86,10 +86,16 @@ std::string ReadLine(InputFile& input) {
 }
 
 std::string_view TakeWord(std::string_view& line) {
-    const auto begin = std::find_if_not(line.begin(), line.end(), IsSpace);
-    const auto end = std::find_if(begin, line.end(), IsSpace);
-    const std::string_view word(begin, end);
-    line = {std::find_if_not(end, line.end(), IsSpace), line.end()};
+    const auto skip = [&line](bool spaces) {
+        std::size_t count = 0;
+        while (count < line.size() && IsSpace(line[count]) == spaces) ++count;
+        const std::string_view skipped = line.substr(0, count);
+        line.remove_prefix(count);
+        return skipped;
+    };
+    skip(true);
+    const std::string_view word = skip(false);
+    skip(true);
     return word;
 }
 

@@ -43,10 +43,13 @@ short ExactCount(const Rect* area, std::int32_t rowBytes, const std::uint8_t* da
     const int rows = area->bottom - area->top;
     const int columns = area->right - area->left;
     auto count = static_cast<std::int16_t>(info->count);
+    std::int32_t previous = kEmptySlot; // equal neighbours need no search
     for (int y = 0; y < rows; ++y) {
         const std::uint8_t* pixel = data + std::ptrdiff_t{y} * rowBytes;
         for (int x = 0; x < columns; ++x, pixel += 3) {
             const std::int32_t color = PackedPixel(pixel);
+            if (color == previous) continue;
+            previous = color;
             const int slot = FindSlot(info->colors, color);
             if (info->colors[slot] == color) continue;
             if (count < kSlots) InsertAt(info->colors, slot + 1, color);

@@ -36,6 +36,8 @@ short IterateArea(ExportRecord* record, const Rect* area, short loPlane, short h
     if (whole.top >= whole.bottom || whole.left >= whole.right) return noErr;
     // One plane would make the bytes of a row 0, and there is no band height to divide them into.
     if (loPlane >= hiPlane) return paramErr;
+    AdvanceProc* const advance = record->advanceProc.Get();
+    if (advance == nullptr) return paramErr;
 
     // Unsigned, because a band height of 0 at row 0 must wrap in `next - 1` and so ask for the
     // whole area; sums of a row and a band height always fit.
@@ -50,7 +52,7 @@ short IterateArea(ExportRecord* record, const Rect* area, short loPlane, short h
                    {static_cast<std::int16_t>(top), whole.left, static_cast<std::int16_t>(bottom),
                     whole.right},
                    loPlane, hiPlane);
-        if (const short code = record->advanceProc.Get()()) return code;
+        if (const short code = advance()) return code;
         const Rect band = RequestedBand(*record);
         if (const short code =
                 proc(&band, record->returnedRowBytes, record->returnedData.Get(), refCon))

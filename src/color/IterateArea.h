@@ -23,7 +23,7 @@ using TileProc = short (*)(const Rect* band, std::int32_t rowBytes, void* data,
 /// @param loPlane first plane asked for, counted from 0
 /// @param hiPlane last plane asked for, above loPlane; otherwise paramErr without a request
 /// @return 0 when the walk reached the end, else the first nonzero answer of host or procedure,
-///         unchanged
+///         unchanged; paramErr without a request when the record has no `advanceProc`
 ///
 /// A band covers memoryBudget / (columns x (hiPlane - loPlane)) rows less one, and the next one
 /// begins after that missing row: a row between two bands is never asked for. A budget below one

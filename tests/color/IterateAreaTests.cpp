@@ -64,7 +64,7 @@ TEST(IterateArea, AsksForBandsThatLeaveOutTheRowBetweenThem) {
         {"top is bottom", 10, 100, kPlenty, Rect{4, 0, 4, 100}, 0, 2, {}},
         {"top below bottom", 10, 100, kPlenty, Rect{5, 0, 4, 100}, 0, 2, {}},
         {"no columns", 10, 100, kPlenty, Rect{0, 7, 10, 7}, 0, 2, {}},
-        {"the widest", 2, 32767, kPlenty, {}, 0, 3, {{0, 2}}},
+        {"a row of 98301 bytes", 2, 32767, 98301, {}, 0, 3, {{0, 0}, {1, 1}}},
         {"the highest", 32767, 1, kPlenty, Rect{32766, 0, 32767, 1}, 0, 1, {{32766, 32767}}},
     };
     for (const auto& c : cases) {
@@ -101,6 +101,7 @@ TEST(IterateArea, AsksForBandsThatLeaveOutTheRowBetweenThem) {
 TEST(IterateArea, RepeatsTheRequestWhenTheBudgetIsBelowOneRow) {
     for (const short top : {short{0}, short{5}}) {
         Host host(10, 100, 199);
+        host.sameRequestLimit = 5;
         Walk walk;
         const Rect area = {top, 0, 10, 100};
         EXPECT_EQ(host.Run(&area, 0, 2, walk), ScriptedHost::kSameRequestTooOften);
@@ -130,10 +131,12 @@ TEST(IterateArea, EndsWithTheFirstAnswerThatIsNotZero) {
     }
 }
 
-TEST(IterateArea, RefusesFewerThanTwoPlanes) {
+TEST(IterateArea, RefusesFewerThanTwoPlanesAndAHostThatCannotDeliver) {
     Host host(10, 100, 800);
     Walk walk;
     EXPECT_EQ(host.Run(nullptr, 1, 1, walk), paramErr);
+    host.record.advanceProc.Clear();
+    EXPECT_EQ(host.Run(nullptr, 0, 2, walk), paramErr);
     EXPECT_TRUE(host.requests.empty());
 }
 

@@ -2,6 +2,7 @@
 // compressor makes.
 #include "LZW.h"
 
+#include "FirstDifference.h"
 #include "MemoryManager.h"
 #include "PlainGif.h"
 
@@ -11,7 +12,7 @@
 
 namespace {
 
-/// A coder with its tables, which prints as code:width pairs.
+/// A coder with its tables.
 struct Coder {
     Coder() {
         lzw.hashTable = NewHandle(kLZWHashBytes);
@@ -69,8 +70,7 @@ struct Expansion {
 };
 
 /// Expands to the end, and a bit further to see that nothing more comes.
-Expansion Expand(int rootSize, bool earlyChange, LZWGetCode getCode, void* source) {
-    Coder coder;
+Expansion Expand(Coder& coder, int rootSize, bool earlyChange, LZWGetCode getCode, void* source) {
     LZWExpandStart(&coder.lzw, static_cast<short>(rootSize), earlyChange, getCode,
                    reinterpret_cast<std::intptr_t>(source));
     Expansion expansion;
@@ -109,14 +109,15 @@ TEST(LZW, CompressesAsThePlainCoderAndExpandsBack) {
             const ByteVector symbols =
                 RandomImage(random, 200, 199, 1 << options.rootSize, runLength).indices;
             const std::vector<PlainCode> codes = PlainLzwCodes(symbols, options);
-            EXPECT_TRUE(Compress(symbols, options, symbols.size()) == codes);
-            EXPECT_TRUE(Compress(symbols, options, 1 + random() % 1000) == codes);
+            EXPECT_EQ(FirstDifference(Compress(symbols, options, symbols.size()), codes), "");
+            EXPECT_EQ(FirstDifference(Compress(symbols, options, 1 + random() % 1000), codes), "");
 
             const ByteVector packed = PackCodes(codes);
             BitSource source{packed};
-            const Expansion expansion =
-                Expand(options.rootSize, options.earlyChange != 0, BitSource::GetCode, &source);
-            EXPECT_TRUE(expansion.symbols == symbols);
+            Coder coder;
+            const Expansion expansion = Expand(coder, options.rootSize, options.earlyChange != 0,
+                                               BitSource::GetCode, &source);
+            EXPECT_EQ(FirstDifference(expansion.symbols, symbols), "");
             EXPECT_EQ(expansion.status, 0);
         }
 }
@@ -134,7 +135,8 @@ TEST(LZW, EndsAtTheWidthThatTheExpanderHasThen) {
             const PlainExpansion expansion = PlainLzwExpand(PackCodes(codes), rootSize);
             ASSERT_TRUE(expansion.complete && expansion.spareBytes == 0)
                 << "root size " << rootSize << ", " << count << " symbols";
-            ASSERT_TRUE(expansion.symbols == symbols) << rootSize << ", " << count << " symbols";
+            ASSERT_EQ(FirstDifference(expansion.symbols, symbols), "")
+                << rootSize << ", " << count << " symbols";
             wider |= codes.back().width > codes[codes.size() - 2].width;
         }
         EXPECT_TRUE(wider) << "no stream ended where the width grows";
@@ -194,59 +196,66 @@ TEST(LZWExpand, StopsAtCodesThatCannotBe) {
     };
     for (const auto& c : cases) {
         CodeList list{c.codes};
-        const Expansion expansion = Expand(2, false, CodeList::GetCode, &list);
+        Coder coder;
+        const Expansion expansion = Expand(coder, 2, false, CodeList::GetCode, &list);
         SCOPED_TRACE(testing::PrintToString(c.codes));
         EXPECT_EQ(expansion.symbols, c.symbols);
         EXPECT_EQ(expansion.status, c.status);
     }
 }
 
-// Codes that are mostly possible lead deep into the tables; the source knows the expander's state.
+TEST(LZWExpand, StopsAtTheCodeAboveAFullTable) {
+    CodeList list{std::vector<short>(5000, 1)};
+    list.codes.push_back(4096);
+    Coder coder;
+    const Expansion expansion = Expand(coder, 2, false, CodeList::GetCode, &list);
+    EXPECT_EQ(expansion.symbols.size(), 5000u);
+    EXPECT_EQ(expansion.status, -1);
+}
+
+// Codes that are mostly possible lead deep into the tables, so the source looks at the expander's
+// state; it gives the end code when `left` codes are given.
 struct RandomCodes {
-    const LZWData* lzw;
+    const LZWData& lzw;
     std::mt19937& random;
     unsigned left;
     std::vector<PlainCode> given = {};
 
     static short GetCode(std::intptr_t refcon, short width) {
         RandomCodes& source = *reinterpret_cast<RandomCodes*>(refcon);
-        if (source.left-- == 0) return -1;
-        const bool wild = source.random() % 3000 == 0;
-        const int limit = source.lzw->prefix == -1 ? source.lzw->clearCode
-                          : wild                   ? 1 << width
-                                                   : source.lzw->nextCode + 1;
-        const int code =
-            static_cast<int>(source.random() % static_cast<unsigned>(limit)) & ((1 << width) - 1);
-        const bool special = code == source.lzw->clearCode || code == source.lzw->endCode;
-        source.given.push_back({special && !wild ? 0 : code, width});
+        source.given.push_back({source.Choose(width), width});
         return static_cast<short>(source.given.back().code);
+    }
+    int Choose(int width) {
+        if (left-- == 0) return lzw.endCode;
+        const auto below = [this](int limit) {
+            return static_cast<int>(random() % static_cast<unsigned>(limit));
+        };
+        if (below(3000) == 0) return below(1 << width);
+        const int limit = lzw.prefix == -1 ? lzw.clearCode : lzw.nextCode + 1;
+        const int code = below(std::min(limit, 1 << width));
+        return code == lzw.clearCode || code == lzw.endCode ? 0 : code;
     }
 };
 
 TEST(LZWExpand, AgreesWithThePlainExpanderOnRandomCodes) {
     std::mt19937 random(99);
-    int full = 0;
+    int full = 0, impossible = 0;
     for (int i = 0; i < 300; ++i) {
+        SCOPED_TRACE("stream " + std::to_string(i));
         const int rootSize = 2 + i % 7;
         Coder coder;
-        RandomCodes source{&coder.lzw, random, static_cast<unsigned>(random() % 6000)};
-        LZWExpandStart(&coder.lzw, static_cast<short>(rootSize), i % 2 != 0, RandomCodes::GetCode,
-                       reinterpret_cast<std::intptr_t>(&source));
-        ByteVector symbols;
-        for (;;) {
-            const short symbol = LZWExpand(&coder.lzw);
-            if (LZWExpandEnded(&coder.lzw)) break;
-            symbols.push_back(static_cast<std::uint8_t>(symbol));
-        }
-        full += coder.lzw.nextCode == kLZWStrings;
+        RandomCodes source{coder.lzw, random, static_cast<unsigned>(random() % 6000)};
+        const Expansion expansion =
+            Expand(coder, rootSize, i % 2 != 0, RandomCodes::GetCode, &source);
         const PlainExpansion plain = PlainLzwExpand(PackCodes(source.given), rootSize, i % 2);
-        // Filling bits may read as one more code where no end code came.
-        ASSERT_EQ(LZWExpandEnd(&coder.lzw), plain.complete ? 0 : -1) << "stream " << i;
-        ASSERT_TRUE(std::equal(symbols.begin(), symbols.end(), plain.symbols.begin(),
-                               plain.symbols.begin() + static_cast<long>(symbols.size())))
-            << "stream " << i;
+        ASSERT_EQ(expansion.status, plain.complete ? 0 : -1);
+        ASSERT_EQ(FirstDifference(expansion.symbols, plain.symbols), "");
+        full += coder.lzw.nextCode == kLZWStrings;
+        impossible += !plain.complete;
     }
     EXPECT_GT(full, 20) << "too few streams filled the table";
+    EXPECT_GT(impossible, 20) << "too few streams held an impossible code";
 }
 
 } // namespace

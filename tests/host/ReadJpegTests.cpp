@@ -153,6 +153,7 @@ TEST(ReadJpeg, CommentIsTheMarkersText) {
                  {std::string("dunes\0more", 10), "dunes"},
                  {"\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9"},
                  {"\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},           // Latin-1
+                 {"\xE0\x9F\xBF", "\xC3\xA0\xC2\x9F\xC2\xBF"}, // overlong
                  {"\xC0\xAF", "\xC3\x80\xC2\xAF"},             // overlong
                  {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"}, // surrogate
                  {"\xF0\x9F\x90\xA2", "\xF0\x9F\x90\xA2"},
@@ -172,9 +173,11 @@ TEST(ReadJpeg, DamageIsRefusedOrHarmless) {
         EXPECT_GT(CountRefusedBitFlips(file), file.size());
 
         Bytes padded = file; // between the pixels and the end, and after it
-        padded.insert(padded.end() - 2, 3, 0x55);
+        padded.insert(padded.end() - 2, 30, 0x55);
         padded.insert(padded.end(), 9, 0x55);
         EXPECT_EQ(PixelsOf(PictureFromBytes(padded)), PixelsOf(PictureFromBytes(file)));
+        padded.resize(file.size() + 20); // all pixels are there, but no end
+        EXPECT_NE(RefusalOf(padded), "");
     }
 }
 

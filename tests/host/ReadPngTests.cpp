@@ -228,9 +228,13 @@ TEST(ReadPng, RefusalsSayWhy) {
     EXPECT_EQ(RefusalOf(MakePng(beyond, {0, 200})),
               "is a damaged PNG picture: a pixel has color 200 of a palette of 2");
 
-    PngForm wide = {.columns = 32768};
-    EXPECT_EQ(RefusalOf(MakePng(wide, std::vector<unsigned>(32768))),
-              "is 32768 x 1 pixels; sides above 32767 cannot be stored");
+    PngForm wide = {};
+    for (const int columns : {32768, 1'500'000}) { // the library itself stops at a million
+        wide.columns = columns;
+        EXPECT_EQ(
+            RefusalOf(MakePng(wide, std::vector<unsigned>(static_cast<std::size_t>(columns)))),
+            "is " + std::to_string(columns) + " x 1 pixels; sides above 32767 cannot be stored");
+    }
     wide.columns = 32767;
     Bytes file = MakePng(wide, std::vector<unsigned>(32767));
     EXPECT_EQ(PictureFromBytes(file).columns, 32767);

@@ -41,7 +41,7 @@ GiflibPicture ReadWithGiflib(const TemporaryFolder& folder, const std::string& n
 std::string ReasonOf(const std::function<void()>& action) {
     try {
         action();
-    } catch (const Problem& problem) {
+    } catch (const std::exception& problem) { // a Problem, or std::bad_alloc
         return problem.what();
     }
     return "done";

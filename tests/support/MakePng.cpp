@@ -47,11 +47,13 @@ Bytes MakePng(const PngForm& form, const std::vector<unsigned>& samples) {
         into.insert(into.end(), bytes, bytes + count);
     };
     png_set_write_fn(png, &file, append, [](png_structp) {});
+    // Tests want pictures that the library would rather not write.
+    png_set_check_for_invalid_index(png, 0);
+    png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_IHDR(png, info, static_cast<png_uint_32>(form.columns),
                  static_cast<png_uint_32>(form.rows), form.depth, form.colorType,
                  form.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_set_check_for_invalid_index(png, 0); // a test wants such a picture
     if (form.gamma > 0) png_set_gAMA(png, info, form.gamma);
     if (!form.palette.empty())
         png_set_PLTE(png, info, form.palette.data(), static_cast<int>(form.palette.size()));

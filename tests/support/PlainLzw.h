@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ostream>
 #include <span>
 #include <vector>
 
@@ -12,6 +13,9 @@ struct PlainCode {
     int code;
     int width;
     bool operator==(const PlainCode&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const PlainCode& item) {
+        return out << item.code << " in " << item.width << " bits";
+    }
 };
 
 struct PlainLzwOptions {

@@ -13,8 +13,8 @@ enum class PictureKind {
     fewColors, ///< blocks of at most 16 colours; opacity 0 or 255
     noise,     ///< every byte random; a quarter of the pixels transparent, a quarter opaque
 };
-constexpr PictureKind kPictureKinds[] = {PictureKind::photo, PictureKind::flat,
-                                         PictureKind::fewColors, PictureKind::noise};
+inline constexpr PictureKind kPictureKinds[] = {PictureKind::photo, PictureKind::flat,
+                                                PictureKind::fewColors, PictureKind::noise};
 
 /// rows x columns pixels without padding; 3 planes are RGB, 4 have opacity behind.
 std::vector<std::uint8_t> RandomPixels(PictureKind kind, int rows, int columns, int planes,

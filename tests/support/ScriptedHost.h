@@ -34,10 +34,10 @@ class ScriptedHost {
     HostHandleProcs handleProcs;
     std::vector<HostRequest> requests;
 
-    int failAt = 0;           ///< the request, from 1, that fails; 0 for none
-    OSErr failCode = ioErr;   ///< what it answers
-    int extraRowBytes = 0;    ///< padding behind each delivered row
-    int sameRequestLimit = 5; ///< equal requests in a row that are served
+    int failAt = 0;             ///< the request, from 1, that fails; 0 for none
+    OSErr failCode = ioErr;     ///< what it answers
+    int extraRowBytes = 0;      ///< padding behind each delivered row
+    int sameRequestLimit = 100; ///< equal requests in a row that are served
 
   private:
     static OSErr Advance();

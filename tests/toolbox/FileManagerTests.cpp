@@ -174,7 +174,7 @@ TEST(FSSpecs, WorkBelowFoldersWhosePathIsTooLongForTheSystem) {
     for (int depth = 0; depth < 30; ++depth) {
         ASSERT_EQ(mkdirat(folders.back(), step.c_str(), 0777), 0);
         folders.push_back(openat(folders.back(), step.c_str(), O_PATH));
-        path += '/' + step;
+        path += std::string(depth == 10 ? 9000 : 1, '/') + step; // many slashes are one
     }
     path += "/deep.gif";
     EXPECT_EQ(PathOf(SpecOf(path)), path);
@@ -193,9 +193,6 @@ TEST(FSSpecs, WorkBelowFoldersWhosePathIsTooLongForTheSystem) {
         EXPECT_EQ(unlinkat(folders[folders.size() - 2], step.c_str(), AT_REMOVEDIR), 0);
     }
     close(folders.front());
-
-    EXPECT_EQ(Create(folder / std::string(9000, '/') + "a"), noErr);
-    EXPECT_TRUE(std::filesystem::exists(folder / "a"));
 }
 
 TEST(FSSpecs, RefuseWhatNoFileCanBeCalled) {
