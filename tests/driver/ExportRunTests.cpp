@@ -18,8 +18,12 @@ struct Subject {
     PictureKind kind;
     int rows, columns, planes;
     std::uint32_t seed;
+    int opacity = -1; // of every pixel; -1 leaves the random one
     std::vector<std::uint8_t> Pixels() const {
-        return RandomPixels(kind, rows, columns, planes, seed);
+        auto pixels = RandomPixels(kind, rows, columns, planes, seed);
+        for (std::size_t i = 3; planes == 4 && opacity >= 0 && i < pixels.size(); i += 4)
+            pixels[i] = static_cast<std::uint8_t>(opacity);
+        return pixels;
     }
 };
 
