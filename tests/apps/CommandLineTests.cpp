@@ -44,7 +44,7 @@ TEST(CommandLine, WritesTheGifBesideItsInputUnderItsName) {
     const DecodedGif gif = Decode(folder.Read("photo.v2.gif"));
     EXPECT_TRUE(gif.interlaced);
     const int expected[] = {2, 0, 1};
-    for (int x = 0; x < 3; ++x) EXPECT_EQ(gif.indices[x], expected[x]) << "column " << x;
+    for (std::size_t x = 0; x < 3; ++x) EXPECT_EQ(gif.indices[x], expected[x]) << "column " << x;
     EXPECT_EQ(TableEntry(gif.table, 1).red, 0xC8);
     EXPECT_EQ(TableEntry(gif.table, 2).blue, 0x1E);
 }

@@ -151,7 +151,7 @@ TEST(DecodeGif, SaysWhatIsWrongAndWhere) {
         {inserted(31, {0x21, 0xFE, 0}), "at byte 33: a second comment, expected one at most"},
         {inserted(39, {0x21, 0xF9, 4, 1, 0, 0, 1, 0}),
          "at byte 41: a second graphic control extension"},
-        {with({{34, 9}}), "at byte 34: the graphic control's flags is 9, expected 1"},
+        {with({{34, 9}}), "at byte 34: the graphic control's flag byte is 9, expected 1"},
         {with({{37, 4}}), "at byte 37: the transparent index 4 lies past the table of 4"},
         {with({{40, 1}}), "at byte 40: the image's left edge is 1, expected 0"},
         {with({{46, 6}}), "at byte 46: the image height is 6, expected 5"},
