@@ -139,7 +139,8 @@ void ReadComment(ByteReader& reader, DecodedGif& gif) {
 void ReadGraphicControl(ByteReader& reader, DecodedGif& gif) {
     if (gif.transparentIndex >= 0) Fail(reader.Offset(), "a second graphic control extension");
     reader.ExpectByte(4, "graphic control's size");
-    reader.ExpectByte(1, "graphic control's flags"); // only ever written for a transparent index
+    reader.ExpectByte(1,
+                      "graphic control's flag byte"); // only ever written for a transparent index
     reader.ExpectWord(0, "delay time");
     gif.transparentIndex = reader.Byte("transparent index");
     if (gif.transparentIndex >= gif.colors)

@@ -122,7 +122,7 @@ TEST(InputFile, SaysWhyAPathCannotBeRead) {
     EXPECT_EQ(OpeningRefusal("/nowhere/at all"), "cannot be opened: No such file or directory");
     EXPECT_EQ(OpeningRefusal("/dev/null"), "is empty");
     // The first page of a process may not be read, not even by itself.
-    EXPECT_EQ(OpeningRefusal("/proc/self/mem"), "cannot be read: Connection reset by peer");
+    EXPECT_EQ(OpeningRefusal("/proc/self/mem"), "cannot be read: Input/output error");
 }
 
 TEST(InputFile, PutsShortReadsTogether) {
