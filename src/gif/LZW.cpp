@@ -6,8 +6,8 @@
 namespace {
 
 constexpr int kMaxCodeSize = 12;
-// The compressor assigns codes up to 4092 and no further, deliberately three short of what 12 bits
-// hold; its streams are known by the clear code coming there.
+// Deliberate: the compressor's last code is 4092, three short of what 12 bits hold. Raising the
+// limit would be valid GIF too, but other files.
 constexpr int kCompressorLimit = 4093;
 constexpr std::int16_t kNone = -1;
 constexpr std::int16_t kEnded = -2; // in outHead, as LZWExpandEnded asks
@@ -42,7 +42,8 @@ void LZWInit(LZWData* lzw, std::uint16_t rootSize) {
 short SearchLZWTable(LZWData* lzw, unsigned char symbol) {
     std::uint16_t* const slots = HashSlots(lzw);
     const LZWString* const strings = Strings(lzw);
-    // Half of the slots stay empty, and a step of prefix + 1 comes to each of them: the search ends.
+    // Half of the slots stay empty, and a step of prefix + 1 comes to each of them: the search
+    // ends.
     for (int h = (symbol << 5) + lzw->prefix;; h += lzw->prefix) {
         ++h;
         while (h >= kLZWHashSlots) h -= kLZWHashSlots;
