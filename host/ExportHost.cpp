@@ -36,12 +36,12 @@ bool SameRequest(const Rect& a, short firstA, short lastA, const Rect& b, short 
 }
 
 /// The record and everything its fields lead to, for one export.
-class ExportSession {
+class ExportHost {
   public:
-    ExportSession(const ExportModule& theModule, const ExportJob& theJob);
-    ExportSession(const ExportSession&) = delete;
-    ExportSession& operator=(const ExportSession&) = delete;
-    ~ExportSession() { current = outer; }
+    ExportHost(const ExportModule& theModule, const ExportJob& theJob);
+    ExportHost(const ExportHost&) = delete;
+    ExportHost& operator=(const ExportHost&) = delete;
+    ~ExportHost() { current = outer; }
 
     void Run();
 
@@ -60,8 +60,8 @@ class ExportSession {
 
     // The module's requests carry no reference of their own; an export may run inside another one
     // (an editor's preview), so the one outside is put back at the end.
-    static thread_local ExportSession* current;
-    ExportSession* outer = current;
+    static thread_local ExportHost* current;
+    ExportHost* outer = current;
 
     const ExportModule& module;
     const ExportJob& job;
@@ -84,20 +84,20 @@ class ExportSession {
     AddressKey advanceKey{&Advance};
 };
 
-thread_local ExportSession* ExportSession::current = nullptr;
+thread_local ExportHost* ExportHost::current = nullptr;
 
-ExportSession::ExportSession(const ExportModule& theModule, const ExportJob& theJob)
+ExportHost::ExportHost(const ExportModule& theModule, const ExportJob& theJob)
     : module(theModule), job(theJob), picture(theJob.picture) {
     FillRecord();
     current = this;
 }
 
-short ExportSession::PlaneCount() const {
+short ExportHost::PlaneCount() const {
     return static_cast<short>(static_cast<std::size_t>(picture.BytesPerPixel()) +
                               picture.channels.size());
 }
 
-void ExportSession::FillRecord() {
+void ExportHost::FillRecord() {
     const bool indexed = picture.kind == Picture::Kind::indexed;
     record.imageMode = indexed ? kIndexedColorMode : kRGBColorMode;
     record.imageRows = static_cast<std::int16_t>(picture.rows);
@@ -120,7 +120,7 @@ void ExportSession::FillRecord() {
 // What the module takes for itself (an index a pixel, at least 128 KiB, twelve bytes a column and
 // 64 KiB of tables) and, beside it, one row more than the picture at the plane count that the
 // module reckons with.
-std::int32_t ExportSession::BudgetForOneBand() const {
+std::int32_t ExportHost::BudgetForOneBand() const {
     const std::int64_t rows = picture.rows, columns = picture.columns;
     const std::int64_t own =
         std::max<std::int64_t>(rows * columns, 131072) + columns * 12 + 24 + 65536;
@@ -133,12 +133,12 @@ std::int32_t ExportSession::BudgetForOneBand() const {
     return static_cast<std::int32_t>(own + band);
 }
 
-void ExportSession::Call(short selector) {
+void ExportHost::Call(short selector) {
     module.Call(selector, &record, &moduleData, &result);
     if (result != noErr) throw Problem(DescribeCode(result));
 }
 
-void ExportSession::Run() {
+void ExportHost::Run() {
     TakeCloseError(); // an older export's, if nobody took it
     Call(kSelectorPrepare);
     Call(kSelectorStart);
@@ -153,7 +153,7 @@ void ExportSession::Run() {
         throw Problem(DescribeCode(closing));
 }
 
-OSErr ExportSession::Deliver() {
+OSErr ExportHost::Deliver() {
     const Rect area = {record.requestRect.top, record.requestRect.left, record.requestRect.bottom,
                        record.requestRect.right};
     const short first = record.requestFirstPlane, last = record.requestLastPlane;
@@ -169,7 +169,7 @@ OSErr ExportSession::Deliver() {
     return error;
 }
 
-OSErr ExportSession::CheckRequest(const Rect& area, short first, short last) {
+OSErr ExportHost::CheckRequest(const Rect& area, short first, short last) {
     const bool inside = area.left >= 0 && area.left <= area.right &&
                         area.right <= picture.columns && area.top >= 0 &&
                         area.bottom <= picture.rows;
@@ -185,7 +185,7 @@ OSErr ExportSession::CheckRequest(const Rect& area, short first, short last) {
     return noErr;
 }
 
-void ExportSession::DeliverInPlace(const Rect& area) {
+void ExportHost::DeliverInPlace(const Rect& area) {
     const std::size_t rowBytes = picture.RowBytes();
     dataKey.Move(picture.pixels.get() + static_cast<std::size_t>(area.top) * rowBytes +
                  static_cast<std::size_t>(area.left * picture.BytesPerPixel()));
@@ -193,7 +193,7 @@ void ExportSession::DeliverInPlace(const Rect& area) {
 }
 
 // Interleaves the planes asked for, from the picture's own pixels and its further channels.
-OSErr ExportSession::DeliverCopy(const Rect& area, short first, short last) {
+OSErr ExportHost::DeliverCopy(const Rect& area, short first, short last) {
     const std::size_t rows = static_cast<std::size_t>(std::max(0, area.bottom - area.top));
     const std::size_t columns = static_cast<std::size_t>(area.right - area.left);
     const std::size_t planes = static_cast<std::size_t>(last - first + 1);
@@ -221,7 +221,7 @@ OSErr ExportSession::DeliverCopy(const Rect& area, short first, short last) {
     return noErr;
 }
 
-OSErr ExportSession::GetProperty(OSType signature, OSType key, std::int32_t index, Handle* value) {
+OSErr ExportHost::GetProperty(OSType signature, OSType key, std::int32_t index, Handle* value) {
     *value = nullptr;
     if (signature != kModuleSignature) return noErr;
     const Picture& picture = current->picture;
@@ -249,7 +249,7 @@ void ExportPicture(const ExportModule& module, const ExportJob& job) {
         StandardFileResponder* responder;
         ~Restore() { SetStandardFileResponder(responder); }
     } const restore{before};
-    ExportSession(module, job).Run();
+    ExportHost(module, job).Run();
 }
 
 std::string DescribeCode(OSErr code) {
