@@ -188,7 +188,7 @@ OSErr ExportHost::CheckRequest(const Rect& area, short first, short last) {
 void ExportHost::DeliverInPlace(const Rect& area) {
     const std::size_t rowBytes = picture.RowBytes();
     dataKey.Move(picture.pixels.get() + static_cast<std::size_t>(area.top) * rowBytes +
-                 static_cast<std::size_t>(area.left * picture.BytesPerPixel()));
+                 static_cast<std::ptrdiff_t>(area.left) * picture.BytesPerPixel());
     record.returnedRowBytes = static_cast<std::int32_t>(rowBytes);
 }
 

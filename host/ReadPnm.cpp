@@ -125,7 +125,8 @@ Header ReadPamHeader(InputFile& input) {
         if (word == "ENDHDR") break;
         if (word.empty() || word[0] == '#') continue;
         if (word == "TUPLTYPE") { // several of them make one name of several words
-            type += (type.empty() ? "" : " ") + std::string(TakeWord(rest));
+            if (!type.empty()) type += ' ';
+            type += TakeWord(rest);
             continue;
         }
         auto* const field = std::find_if(std::begin(fields), std::end(fields),

@@ -68,8 +68,8 @@ std::string FollowLinks(const std::string& path) {
 
 } // namespace
 
-StagedFile::StagedFile(const std::string& path, Existing whatExists)
-    : target(FollowLinks(path)), existing(whatExists) {
+StagedFile::StagedFile(const std::string& targetPath, Existing whatExists)
+    : target(FollowLinks(targetPath)), existing(whatExists) {
     const std::size_t slash = target.rfind('/');
     const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
     struct stat status;

@@ -15,7 +15,7 @@ class StagedFile {
     /// Chooses the staging path; nothing is created yet. A target that is a symbolic link stands
     /// for the file it leads to. Throws Problem when the target is a folder, its folder does not
     /// exist, or it exists and must be kept.
-    StagedFile(const std::string& target, Existing existing);
+    StagedFile(const std::string& targetPath, Existing whatExists);
     StagedFile(const StagedFile&) = delete;
     StagedFile& operator=(const StagedFile&) = delete;
     ~StagedFile();
