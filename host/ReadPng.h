@@ -14,7 +14,7 @@ namespace gif89 {
 /// channel of an indexed picture or the opacity of an RGB one, and is left out when every pixel is
 /// opaque. The comment is the text "Comment", else "Description". Throws Problem for input that
 /// is damaged anywhere, text and other lesser parts included; nothing after the end is read.
-/// Source: PNG specification, second edition.
+/// Source: ISO/IEC 15948 (PNG).
 Picture ReadPng(InputFile& input);
 
 } // namespace gif89
