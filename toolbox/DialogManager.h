@@ -1,0 +1,130 @@
+// Dialogs, their windows and their items as plain data. Items count from 1.
+#pragma once
+
+#include "ControlManager.h"
+#include "MenuManager.h"
+#include "QuickDraw.h"
+
+#include <string>
+#include <vector>
+
+struct DialogRecord;
+using DialogPtr = DialogRecord*;
+using WindowPtr = DialogRecord*;
+
+/// Kinds of items; kItemDisabled is added to one that cannot be used.
+enum : std::int16_t {
+    kUserItem = 0,
+    kButtonItem = 4,
+    kCheckBoxItem = 5,
+    kResourceControlItem = 7, ///< a control of a resource; here always a pop-up
+    kStaticTextItem = 8,
+    kEditTextItem = 16,
+    kPictureItem = 64,
+    kItemDisabled = 128,
+};
+
+/// Draws one user item; the port is the dialog.
+using UserItemProc = void (*)(DialogPtr dialog, short item);
+
+struct DialogItem {
+    std::int16_t kind = 0;
+    Rect rect; ///< local coordinates
+    ControlHandle control = nullptr;
+    MenuHandle menu = nullptr;   ///< of a pop-up
+    UserItemProc draw = nullptr; ///< of a user item
+    std::string text;            ///< title, static text as in the resource, or edit text; UTF-8
+    std::int16_t picture = 0;    ///< resource id of a picture item
+    bool isGroup = false;        ///< an outline, not a target of presses
+    bool invalid = true;         ///< is to be drawn
+
+    std::int16_t BaseKind() const { return static_cast<std::int16_t>(kind & ~kItemDisabled); }
+    bool IsDisabled() const { return (kind & kItemDisabled) != 0; }
+};
+
+/// An open dialog: a port with items. Modules reach it through the calls below; displays read it.
+struct DialogRecord : GrafPort {
+    std::vector<DialogItem> items;
+    std::string title;
+    std::intptr_t refCon = 0;
+    std::int16_t resourceID = 0;
+    std::int16_t defaultItem = 0; ///< 0 for none
+    std::int16_t cancelItem = 0;  ///< 0 for none
+    std::int16_t editItem = 0;    ///< the edit text that takes keys, 0 for none
+    bool editActive = true;       ///< false while its text edit is deactivated
+    bool tracksCursor = false;
+    bool visible = false;
+
+    /// The item of that number, or null.
+    DialogItem* Item(short number) {
+        return number >= 1 && static_cast<std::size_t>(number) <= items.size()
+                   ? &items[static_cast<std::size_t>(number) - 1]
+                   : nullptr;
+    }
+};
+
+// Dialogs
+
+/// Makes a dialog from its DLOG and DITL resources, invisible, in front of all others. Null when a
+/// resource is missing or malformed or there is no memory. `storage` and `behind` are not used.
+DialogPtr GetNewDialog(short id, void* storage, WindowPtr behind);
+void DisposeDialog(DialogPtr dialog);
+void ShowWindow(WindowPtr window);
+void SetWRefCon(WindowPtr window, std::intptr_t value);
+std::intptr_t GetWRefCon(WindowPtr window);
+
+void SetDialogDefaultItem(DialogPtr dialog, short item); ///< Return and Enter press it
+void SetDialogCancelItem(DialogPtr dialog, short item);  ///< Escape, Command-period, closing
+void SetDialogTracksCursor(DialogPtr dialog, Boolean tracks);
+
+/// The texts that replace ^0 to ^3 in static texts and alerts whenever they are drawn.
+void ParamText(ConstStr255Param text0, ConstStr255Param text1, ConstStr255Param text2,
+               ConstStr255Param text3);
+/// A text with ^0 to ^3 replaced.
+std::string SubstituteParamText(const std::string& text);
+
+// Items; a number that is not there reads as kind 0 and an empty rectangle, and writes nothing
+
+/// `handle` is the control of a control item, the draw procedure of a user item, else null.
+void GetDialogItem(DialogPtr dialog, short item, short* kind, Handle* handle, Rect* rect);
+/// Writing back what was read changes nothing; a changed kind reaches the native widget.
+void SetDialogItem(DialogPtr dialog, short item, short kind, Handle handle, const Rect* rect);
+void InvalItem(DialogPtr dialog, short item); ///< draws it before the next event is taken
+/// Item number less one of the first item, in their order, that holds the local point; -1 for
+/// none. Outline groups hold no points, disabled items do.
+short FindDialogItem(DialogPtr dialog, Point local);
+/// Platform calls for push buttons: leave kind 132 and 4.
+void DisableControl(DialogPtr dialog, short item);
+void EnableControl(DialogPtr dialog, short item);
+
+/// A user item's draw procedure as SetDialogItem takes it, and back.
+inline Handle ProcToHandle(UserItemProc procedure) {
+    return reinterpret_cast<Handle>(procedure);
+}
+
+/// The dialog's text edit: activating gives the edit item keys and a caret.
+using TEHandle = DialogPtr;
+inline TEHandle GetDialogTextEditHandle(DialogPtr dialog) {
+    return dialog;
+}
+void TEActivate(TEHandle text);
+void TEDeactivate(TEHandle text);
+
+// Older names
+inline void GetDItem(DialogPtr dialog, short item, short* kind, Handle* handle, Rect* rect) {
+    GetDialogItem(dialog, item, kind, handle, rect);
+}
+inline void SetDItem(DialogPtr dialog, short item, short kind, Handle handle, const Rect* rect) {
+    SetDialogItem(dialog, item, kind, handle, rect);
+}
+
+// Windows
+
+constexpr short inContent = 3;
+
+/// What lies at a global point: inContent with the dialog there, or 0 with null, also while a
+/// pop-up list or another modal window covers it.
+short FindWindow(Point global, WindowPtr* window);
+
+/// Every open dialog, the one in front first.
+const std::vector<DialogPtr>& OpenDialogs();

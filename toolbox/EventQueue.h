@@ -1,0 +1,25 @@
+// What waits to be served on this thread: events, and hits that native widgets report, in the
+// order in which they came.
+#pragma once
+
+#include "DialogManager.h"
+#include "EventManager.h"
+
+#include <optional>
+
+/// An event, or with an item number a hit.
+struct QueueEntry {
+    EventRecord event;
+    DialogPtr dialog = nullptr; ///< of a hit
+    short item = 0;
+    bool byFilter = false; ///< reported whether the item is enabled or not
+};
+
+void AppendToQueue(const QueueEntry& entry);
+/// Takes the first event, or hit in `dialog`; hits in other dialogs go on waiting for theirs.
+std::optional<QueueEntry> TakeFromQueue(DialogPtr dialog);
+/// Takes the first event of the mask's kinds without looking for new ones.
+std::optional<EventRecord> TakeQueuedEvent(short mask);
+/// Forgets the hits of a dialog that goes.
+void ForgetHits(DialogPtr dialog);
+void EmptyQueue();

@@ -1,0 +1,48 @@
+#include "EventSource.h"
+
+#include "EventQueue.h"
+#include "PascalStrings.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+thread_local EventSource* theSource = nullptr;
+
+} // namespace
+
+EventSource* SetEventSource(EventSource* source) {
+    // What the one before still had to say is not meant for the dialogs of the new one.
+    if (source != theSource) EmptyQueue();
+    return std::exchange(theSource, source);
+}
+
+EventSource* CurrentEventSource() {
+    return theSource;
+}
+
+void PostItemHit(DialogPtr dialog, short item) {
+    const DialogItem* const used = dialog->Item(item);
+    if (used && !used->IsDisabled()) AppendToQueue({{}, dialog, item, false});
+}
+
+bool ChoosePopUpEntry(DialogPtr dialog, short item, short entry) {
+    const DialogItem* const popUp = dialog->Item(item);
+    if (!popUp || !popUp->menu || popUp->IsDisabled()) return false;
+    if (!(*popUp->menu)->CanChoose(entry)) return false;
+    // A menu may have grown since its control was made.
+    if (GetControlMaximum(popUp->control) < entry) SetControlMaximum(popUp->control, entry);
+    SetControlValue(popUp->control, entry);
+    PostItemHit(dialog, item);
+    return true;
+}
+
+void EditTextChanged(DialogPtr dialog, short item, const std::string& text) {
+    DialogItem* const edited = dialog->Item(item);
+    if (!edited || edited->BaseKind() != kEditTextItem || edited->IsDisabled()) return;
+    dialog->editItem = item;
+    edited->text = CutText(text);
+    if (edited->text != text && theSource) theSource->ItemChanged(dialog, item, ItemChange::text);
+    PostItemHit(dialog, item);
+}

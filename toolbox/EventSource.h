@@ -1,0 +1,77 @@
+// The seam between dialogs as data and whoever shows and operates them: a script or a display.
+#pragma once
+
+#include "DialogManager.h"
+#include "EventManager.h"
+
+#include <string>
+
+/// What of an item has changed.
+enum class ItemChange : std::uint8_t {
+    look,  ///< static text or picture is to be drawn again
+    state, ///< enabled or not, highlight
+    value, ///< a control's value, minimum or maximum
+    title, ///< a control's title
+    text,  ///< an edit text's content
+    menu,  ///< a pop-up's entries
+    rect,  ///< where it lies
+    focus, ///< an edit text is to be selected whole and get the keys, or its activation changed
+};
+
+/// Operates the dialogs of one thread. The toolbox calls it; it calls the functions below.
+class EventSource {
+  public:
+    virtual ~EventSource() = default;
+
+    // Dialogs come and go
+    virtual void DialogOpened(DialogPtr dialog) = 0; ///< still invisible; sets dialog->surface
+    virtual void DialogShown(DialogPtr dialog) = 0;
+    virtual void DialogClosed(DialogPtr dialog) = 0; ///< the record is gone after this call
+    virtual void ItemChanged(DialogPtr dialog, short item, ItemChange change) = 0;
+
+    // Input
+    /// Waits up to so long for something to happen, posts it with the functions below, and returns
+    /// as soon as something was posted. The only call that waits.
+    virtual void Pump(int milliseconds) = 0;
+    virtual bool ButtonDown() = 0;
+    virtual Point MousePosition() = 0; ///< global
+    virtual void ReadKeys(KeyMap keys) = 0;
+    virtual std::uint32_t Ticks() = 0;
+    virtual std::uint32_t DoubleClickTicks() = 0;
+    /// The dialog at a global point, or null when something else lies there.
+    virtual DialogPtr DialogAt(Point global) = 0;
+    /// True once the source cannot go on: dialogs then end as if cancelled.
+    virtual bool Failed() = 0;
+
+    // Questions
+    virtual void ShowCursor(const Cursor* cursor) = 0; ///< null is the arrow
+    virtual bool PickColor(Point where, const std::string& prompt, const RGBColor& start,
+                           RGBColor* picked) = 0;
+    /// Shows a sentence with one button; `kind` tells how grave it is.
+    enum class AlertKind : std::uint8_t { note, caution, stop };
+    virtual void Alert(AlertKind kind, const std::string& sentence) = 0;
+    /// Shows the lines of an about box until it is dismissed.
+    virtual void About(const std::vector<std::string>& lines) = 0;
+};
+
+/// Makes `source` operate this thread's dialogs and returns the one before; null has every dialog
+/// cancelled at once. The caller keeps ownership.
+EventSource* SetEventSource(EventSource* source);
+EventSource* CurrentEventSource();
+
+// For sources
+
+/// Puts an event behind the waiting ones.
+void PostEvent(const EventRecord& event);
+/// Offers an event that a native widget is about to handle to the filter of the modal loop around
+/// it; true when the filter took it and the widget must not.
+bool OfferEvent(DialogPtr dialog, const EventRecord& event);
+/// Tells the modal loop that an enabled item was used.
+void PostItemHit(DialogPtr dialog, short item);
+/// Draws every invalid item of every visible dialog.
+void DrawInvalidItems();
+/// An entry was chosen in a pop-up: sets its value and posts the hit. False when item or entry is
+/// missing, disabled or a separator.
+bool ChoosePopUpEntry(DialogPtr dialog, short item, short entry);
+/// The user has changed an edit text: keeps the text and posts the hit.
+void EditTextChanged(DialogPtr dialog, short item, const std::string& text);

@@ -1,0 +1,59 @@
+// The host's calls for plug-in dialogs: the modal loop, numbers and texts in items, check boxes,
+// pop-ups, alerts, the colour picker.
+#pragma once
+
+#include "DialogManager.h"
+#include "EventManager.h"
+
+/// Sees every event before the dialog does. Nonzero takes the event; *item, when set, is reported.
+using ModalFilterProc = Boolean (*)(DialogPtr dialog, EventRecord* event, short* item);
+/// Serves events that are not the dialog's.
+using ModalEventProc = void(const void* event);
+
+/// Runs the dialog until one item is hit. Null events come about thirty times a second. *item is 0
+/// when the filter took an event without naming an item; it is the cancel item when no source
+/// operates the dialog or the source has failed.
+void MoveableModalDialog(DialogPtr dialog, ModalEventProc* eventProc, ModalFilterProc filter,
+                         short* item);
+inline std::intptr_t GetMoveableWRefCon(DialogPtr dialog) {
+    return GetWRefCon(dialog);
+}
+
+/// Where the dialog of a DLOG resource comes up: in the middle of the screen.
+void CenterDialog(Handle dialogResource);
+
+/// Reads an edit text as a whole number. False after telling the user, with the text selected,
+/// when it is none or lies outside the range.
+Boolean FetchNumber(DialogPtr dialog, short item, std::int32_t minimum, std::int32_t maximum,
+                    std::int32_t* number);
+void StuffNumber(DialogPtr dialog, short item, std::int32_t number);
+void FetchText(DialogPtr dialog, short item, StringPtr text);
+void StuffText(DialogPtr dialog, short item, ConstStr255Param text);
+void SelectTextItem(DialogPtr dialog, short item); ///< selects all of it and gives it the keys
+/// The item becomes a frame around others; presses go to what lies inside.
+void SetOutlineGroup(DialogPtr dialog, short item);
+
+void SetCheckBoxState(DialogPtr dialog, short item, Boolean checked);
+Boolean GetCheckBoxState(DialogPtr dialog, short item);
+short GetPopUpMenuValue(DialogPtr dialog, short item);
+
+/// Shows the alert of that resource id with the texts of ParamText.
+void ShowAlert(short id);
+
+/// Digits with an optional sign; anything else ends the number. No digits give 0.
+void StringToNumber(ConstStr255Param text, std::int32_t* number);
+void NumberToString(std::int32_t number, StringPtr text);
+inline void StringToNum(ConstStr255Param text, std::int32_t* number) {
+    StringToNumber(text, number);
+}
+inline void NumToString(std::int32_t number, StringPtr text) {
+    NumberToString(number, text);
+}
+
+/// The toolbox's colour picker: true when a colour was chosen.
+Boolean GetColor(Point where, ConstStr255Param prompt, const RGBColor* start, RGBColor* picked);
+
+/// Cursor animations that this system does not have: each prints a notice and does nothing.
+void InitCursorCtl(Handle cursors);
+void RotateCursor(std::int32_t counter);
+void SpinCursor(short increment);

@@ -1,0 +1,95 @@
+#include "ScriptSource.h"
+
+#include <utility>
+
+namespace {
+
+Act MakeAct(Act::Kind kind) {
+    Act act;
+    act.kind = kind;
+    return act;
+}
+Act MakeItemAct(Act::Kind kind, short item) {
+    Act act = MakeAct(kind);
+    act.item = item;
+    return act;
+}
+Act MakePointAct(Act::Kind kind, std::vector<Point> points) {
+    Act act = MakeAct(kind);
+    act.points = std::move(points);
+    return act;
+}
+Act MakeTextAct(Act::Kind kind, const std::string& text) {
+    Act act = MakeAct(kind);
+    act.text = text;
+    return act;
+}
+Act MakeKeyAct(Act::Kind kind, short key) {
+    Act act = MakeAct(kind);
+    act.key = key;
+    return act;
+}
+
+} // namespace
+
+Act PressItem(short item) {
+    return MakeItemAct(Act::Kind::pressItem, item);
+}
+Act PressAt(Point local) {
+    return MakePointAct(Act::Kind::pressAt, {local});
+}
+Act Drag(std::vector<Point> points) {
+    return MakePointAct(Act::Kind::drag, std::move(points));
+}
+Act MoveMouse(Point local) {
+    return MakePointAct(Act::Kind::moveTo, {local});
+}
+Act TypeText(const std::string& text) {
+    return MakeTextAct(Act::Kind::type, text);
+}
+Act SetText(short item, const std::string& text) {
+    Act act = MakeItemAct(Act::Kind::setText, item);
+    act.text = text;
+    return act;
+}
+Act HoldKey(short key) {
+    return MakeKeyAct(Act::Kind::holdKey, key);
+}
+Act ReleaseKey(short key) {
+    return MakeKeyAct(Act::Kind::releaseKey, key);
+}
+Act PressKey(short key) {
+    return MakeKeyAct(Act::Kind::pressKey, key);
+}
+Act ChooseEntry(short item, short entry) {
+    Act act = MakeItemAct(Act::Kind::chooseEntry, item);
+    act.entry = entry;
+    return act;
+}
+Act ChooseEntry(short item, const std::string& text) {
+    Act act = MakeItemAct(Act::Kind::chooseEntry, item);
+    act.text = text;
+    return act;
+}
+Act Idle(int ticks) {
+    Act act = MakeAct(Act::Kind::idle);
+    act.ticks = ticks;
+    return act;
+}
+Act PickFile(const std::string& path) {
+    return MakeTextAct(Act::Kind::pickFile, path);
+}
+Act CancelFile() {
+    return MakeAct(Act::Kind::cancelFile);
+}
+Act PickColor(RGBColor color) {
+    Act act = MakeAct(Act::Kind::pickColor);
+    act.color = color;
+    return act;
+}
+Act CancelColor() {
+    return MakeAct(Act::Kind::cancelColor);
+}
+Act FailScript(const std::string& reason) {
+    return MakeTextAct(Act::Kind::fail, reason);
+}
