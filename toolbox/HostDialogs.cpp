@@ -5,6 +5,7 @@
 #include "EventSource.h"
 #include "MemoryManager.h"
 #include "PascalStrings.h"
+#include "ResourceManager.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -165,6 +166,21 @@ void ShowAlert(short id) {
         return (item.kind & ~kItemDisabled) == kStaticTextItem;
     });
     if (text != items->end()) TellUser(SubstituteParamText(text->text));
+}
+
+void ShowNoticeDialog(short id) {
+    constexpr short kDismiss = 1;
+    const Handle resource = GetResource(FourCC("DLOG"), id);
+    if (!resource) return;
+    CenterDialog(resource);
+    const DialogPtr dialog = GetNewDialog(id, nullptr, nullptr);
+    if (!dialog) return;
+    SetDialogDefaultItem(dialog, kDismiss);
+    SetDialogCancelItem(dialog, kDismiss);
+    ShowWindow(dialog);
+    short item = 0;
+    while (item != kDismiss) MoveableModalDialog(dialog, nullptr, nullptr, &item);
+    DisposeDialog(dialog);
 }
 
 void StringToNumber(ConstStr255Param text, std::int32_t* number) {

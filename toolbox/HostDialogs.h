@@ -40,6 +40,10 @@ short GetPopUpMenuValue(DialogPtr dialog, short item);
 /// Shows the alert of that resource id with the texts of ParamText.
 void ShowAlert(short id);
 
+/// Shows the dialog of that resource id, which only tells something: item 1 is its default item,
+/// its cancel item and the only way out. A missing resource shows nothing.
+void ShowNoticeDialog(short id);
+
 /// Digits with an optional sign; anything else ends the number. No digits give 0.
 void StringToNumber(ConstStr255Param text, std::int32_t* number);
 void NumberToString(std::int32_t number, StringPtr text);

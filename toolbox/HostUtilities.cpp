@@ -1,7 +1,9 @@
 #include "HostUtilities.h"
 
 #include "BigEndian.h"
+#include "EventSource.h"
 #include "FileManager.h"
+#include "HostDialogs.h"
 #include "ResourceManager.h"
 
 #include <algorithm>
@@ -141,6 +143,7 @@ NoticeResponder* SetNoticeResponder(NoticeResponder* responder) {
 }
 
 void ShowAbout(std::int16_t dialogID) {
+    if (!theResponder && CurrentEventSource()) return ShowNoticeDialog(dialogID);
     const auto dialog = ResourceBytes(FourCC("DLOG"), dialogID);
     if (!dialog) return;
     const auto listID = ItemListOf(*dialog);

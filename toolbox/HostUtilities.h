@@ -51,8 +51,9 @@ class NoticeResponder {
 /// error. The caller keeps ownership.
 NoticeResponder* SetNoticeResponder(NoticeResponder* responder);
 
-/// Shows the about box whose dialog has this resource id: the texts of its static items, in order
-/// of their item numbers. Nothing is shown when the resource is missing.
+/// Shows the about box whose dialog has this resource id: in its dialog when a source operates
+/// dialogs and no responder is set, else as the texts of its static items, in order of their item
+/// numbers. Nothing is shown when the resource is missing.
 void ShowAbout(std::int16_t dialogID);
 
 /// A buffered output stream over a file that is open for writing.

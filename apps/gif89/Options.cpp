@@ -34,6 +34,10 @@ constexpr Option kOptions[] = {
      [](Options& o, const char*) { o.quiet = true; }},
     {'h', "help", nullptr, "show this help", [](Options& o, const char*) { o.help = true; }},
     {0, "version", nullptr, "show the version", [](Options& o, const char*) { o.version = true; }},
+    {0, "about", nullptr, "say what this is; with --window in a window",
+     [](Options& o, const char*) { o.about = true; }},
+    {0, "window", nullptr, "show dialogs on the display",
+     [](Options& o, const char*) { o.window = true; }},
 };
 
 std::string DescribeRefused(int answer, char** argv) {
@@ -73,7 +77,7 @@ Options ParseOptions(int argc, char** argv) {
                 entry.apply(options, optarg);
     }
     options.inputs.assign(argv + optind, argv + argc);
-    if (options.help || options.version) return options;
+    if (options.help || options.version || options.about) return options;
 
     if (options.inputs.empty()) throw Problem("no input given; see --help", kUsage);
     if (!options.output.empty() && !options.outputFolder.empty())

@@ -13,6 +13,8 @@ struct Options {
     bool quiet = false;
     bool help = false;
     bool version = false;
+    bool about = false;
+    bool window = false; ///< show dialogs in windows
     std::vector<std::string> inputs; ///< "-" is standard input
 };
 

@@ -1,6 +1,9 @@
 // gif89: saves pictures as GIF89a files through the export module.
+#include "EventSource.h"
 #include "ExportModule.h"
+#include "HostUtilities.h"
 #include "InputFile.h"
+#include "OpenDisplay.h"
 #include "Options.h"
 #include "Problem.h"
 #include "ReadPicture.h"
@@ -90,6 +93,35 @@ class Converter {
     std::set<std::filesystem::path> written;
 };
 
+/// Prints an about box as text.
+class AboutPrinter final : public NoticeResponder {
+  public:
+    AboutPrinter() : outer(SetNoticeResponder(this)) {}
+    ~AboutPrinter() override { SetNoticeResponder(outer); }
+    void Warn(const std::string& sentence) override {
+        std::fprintf(stderr, "gif89: %s\n", sentence.c_str());
+    }
+    void About(const std::vector<std::string>& lines) override {
+        for (const std::string& line : lines) std::puts(line.c_str());
+    }
+
+  private:
+    NoticeResponder* outer;
+};
+
+// The module's own about box: on the display, or its texts.
+void ShowAboutBox(bool inWindow) {
+    const ExportModule module(ExportModule::DefaultPath());
+    const auto ask = [&module] { module.Call(kSelectorAbout, nullptr, nullptr, nullptr); };
+    if (inWindow) {
+        SetEventSource(OpenDisplay().events);
+        ask();
+    } else {
+        const AboutPrinter printer;
+        ask();
+    }
+}
+
 ExitCode ConvertAll(const Options& options) {
     Converter converter(options);
     ExitCode worst = kDone;
@@ -124,6 +156,10 @@ int main(int argc, char** argv) {
         }
         if (options.version) {
             std::puts("gif89 " GIF89_VERSION);
+            return kDone;
+        }
+        if (options.about) {
+            ShowAboutBox(options.window);
             return kDone;
         }
         HandleSignalsWhileSaving();

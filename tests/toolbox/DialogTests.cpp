@@ -1,0 +1,459 @@
+// Dialogs, controls and menus as data, out of whole and damaged resources, and the calls on items.
+#include "BigEndian.h"
+#include "FaultInjection.h"
+#include "HostDialogs.h"
+#include "PlainSource.h"
+#include "RecordingSurface.h"
+#include "ResourceManager.h"
+#include "TestDialog.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+struct PascalText {
+    Str255 text = {};
+    PascalText(const std::string& source) {
+        text[0] = static_cast<std::uint8_t>(source.size());
+        std::copy(source.begin(), source.end(), text + 1);
+    }
+    operator ConstStr255Param() const { return text; }
+};
+
+std::string ToString(ConstStr255Param text) {
+    return std::string(text + 1, text + 1 + text[0]);
+}
+
+class Dialogs : public testing::Test {
+  protected:
+    Dialogs() : before(LiveMemoryBlocks()) { SetEventSource(&source); }
+    ~Dialogs() override {
+        ClearFaults();
+        DisposeDialog(dialog);
+        SetEventSource(nullptr);
+        EXPECT_EQ(LiveMemoryBlocks(), before) << "blocks were left over";
+        EXPECT_TRUE(OpenDialogs().empty());
+    }
+    void Open() {
+        dialog = GetNewDialog(kTestDialog, nullptr, nullptr);
+        ASSERT_NE(dialog, nullptr);
+        source.changes.clear();
+    }
+    short KindOf(short item) {
+        short kind;
+        Handle handle;
+        Rect rect;
+        GetDialogItem(dialog, item, &kind, &handle, &rect);
+        return kind;
+    }
+    ControlHandle ControlOf(short item) {
+        short kind;
+        Handle handle;
+        Rect rect;
+        GetDialogItem(dialog, item, &kind, &handle, &rect);
+        return reinterpret_cast<ControlHandle>(handle);
+    }
+    void WriteKind(short item, short kind) {
+        short old;
+        Handle handle;
+        Rect rect;
+        GetDialogItem(dialog, item, &old, &handle, &rect);
+        SetDialogItem(dialog, item, kind, handle, &rect);
+    }
+    /// The menu as a module reaches it.
+    MenuHandle MenuOf(short item) {
+        return *reinterpret_cast<MenuHandle*>(*(*ControlOf(item))->contrlData);
+    }
+    Lines EntriesOf(short item) {
+        Lines entries;
+        for (short entry = 1; entry <= CountMenuItems(MenuOf(item)); ++entry) {
+            Str255 text;
+            GetMenuItemText(MenuOf(item), entry, text);
+            entries.push_back(ToString(text) + ((*MenuOf(item))->CanChoose(entry) ? "" : " off"));
+        }
+        return entries;
+    }
+
+    TestDialogResources resources;
+    long before;
+    PlainSource source;
+    DialogPtr dialog = nullptr;
+};
+
+TEST_F(Dialogs, HoldWhatTheirResourcesSay) {
+    const Handle resource = GetResource(FourCC("DLOG"), kTestDialog);
+    CenterDialog(resource);
+    Open();
+    EXPECT_EQ(dialog->origin, (Point{(768 - 320) / 2, (1024 - 380) / 2}));
+    EXPECT_EQ(dialog->portRect, (Rect{0, 0, 320, 380}));
+    EXPECT_EQ(dialog->title, "Test dialog");
+    const std::vector<short> want = {4, 4, 5, 7, 16, 8, 0, 0, 0, 0, 8, 5, 0, 133};
+    for (short item = 1; item <= 14; ++item)
+        EXPECT_EQ(KindOf(item), want[static_cast<std::size_t>(item) - 1]) << "item " << item;
+    EXPECT_EQ(dialog->Item(kTestCells)->rect, (Rect{180, 20, 217, 309}));
+    EXPECT_EQ(dialog->Item(kTestScale)->text, "^0:^1");
+    EXPECT_EQ(dialog->editItem, kTestNumber);
+    Str255 title;
+    GetControlTitle(ControlOf(kTestCancel), title);
+    EXPECT_EQ(ToString(title), "Cancel");
+    EXPECT_EQ((*ControlOf(kTestUnavailable))->contrlHilite, kControlInactive);
+    EXPECT_EQ((*ControlOf(kTestOK))->contrlData, nullptr);
+    EXPECT_EQ(EntriesOf(kTestColours), (Lines{"Two", "Four", "- off", "Eight off", "Sixteen"}));
+    EXPECT_EQ(GetControlMinimum(ControlOf(kTestColours)), 1);
+    EXPECT_EQ(GetControlMaximum(ControlOf(kTestColours)), 5);
+    EXPECT_EQ(GetPopUpMenuValue(dialog, kTestColours), 1);
+    EXPECT_EQ(KindOf(15), 0);
+    EXPECT_EQ(ControlOf(0), nullptr);
+    EXPECT_EQ(GetNewDialog(1, nullptr, nullptr), nullptr);
+}
+
+constexpr struct {
+    const char* name;
+    OSType type;
+    short id;
+    Size filler; ///< bytes at the end that may be missing
+} kParts[] = {{"DLOG", FourCC("DLOG"), kTestDialog, 0},
+              {"DITL", FourCC("DITL"), kTestDialog, 1},
+              {"CNTL", FourCC("CNTL"), 9001, 0},
+              {"MENU", FourCC("MENU"), 9001, 0}};
+
+TEST_F(Dialogs, AreNotMadeOfResourcesThatEndTooSoon) {
+    for (const auto& part : kParts) {
+        const Handle handle = GetResource(part.type, part.id);
+        const std::string whole(*handle, *handle + GetHandleSize(handle));
+        const auto length = static_cast<Size>(whole.size());
+        for (Size size = length - 1; size >= 0; --size) {
+            ASSERT_EQ(SetHandleSize(handle, size), noErr);
+            const DialogPtr made = GetNewDialog(kTestDialog, nullptr, nullptr);
+            EXPECT_EQ(made != nullptr, size >= length - part.filler)
+                << part.name << " of " << size << " bytes";
+            DisposeDialog(made);
+        }
+        ASSERT_EQ(SetHandleSize(handle, length), noErr);
+        std::copy(whole.begin(), whole.end(), *handle);
+    }
+    Open();
+}
+
+TEST_F(Dialogs, SurviveAnyBytesInTheirResources) {
+    constexpr unsigned kSeed = 20030;
+    std::mt19937 random(kSeed);
+    int made = 0;
+    for (int round = 0; round < 4000; ++round) {
+        const auto& part = kParts[random() % std::size(kParts)];
+        const Handle handle = GetResource(part.type, part.id);
+        const std::string whole(*handle, *handle + GetHandleSize(handle));
+        for (unsigned flips = 1 + random() % 3; flips > 0; --flips)
+            (*handle)[random() % whole.size()] = static_cast<std::uint8_t>(random());
+        const DialogPtr damaged = GetNewDialog(kTestDialog, nullptr, nullptr);
+        if (damaged) {
+            ++made;
+            ShowWindow(damaged);
+            DrawInvalidItems();
+            for (short item = 1; item <= 14; ++item) FindDialogItem(damaged, CellPoint(item, 1));
+        }
+        DisposeDialog(damaged);
+        std::copy(whole.begin(), whole.end(), *handle);
+        EXPECT_EQ(LiveMemoryBlocks(), before + 0) << "seed " << kSeed << " round " << round;
+    }
+    EXPECT_GT(made, 1000);
+    EXPECT_LT(made, 3900);
+}
+
+TEST_F(Dialogs, GiveEverythingBackWhenMemoryOrAResourceFails) {
+    for (const FaultPoint point : {FaultPoint::allocate, FaultPoint::loadResource}) {
+        int failures = 0;
+        for (DialogPtr made = nullptr; !made; ++failures) {
+            FailNthCall(point, failures + 1, memFullErr);
+            made = GetNewDialog(kTestDialog, nullptr, nullptr);
+            ClearFaults();
+            if (!made) EXPECT_EQ(LiveMemoryBlocks(), before) << "failure " << failures;
+            DisposeDialog(made);
+            if (made) break;
+        }
+        // A dialog, six controls, one of them with a menu and data; four resources.
+        EXPECT_EQ(failures, point == FaultPoint::allocate ? 1 + 6 + 2 : 4);
+    }
+}
+
+TEST_F(Dialogs, ShowOneStateOfAnItemThroughKindHighlightAndSource) {
+    Open();
+    enum class Call { disableControl, enableControl, writeDisabled, writeEnabled, dim, undim };
+    const struct {
+        short item;
+        Call call;
+        short kind;
+        bool changes;
+    } steps[] = {
+        {kTestOK, Call::enableControl, 4, false},
+        {kTestOK, Call::disableControl, 132, true},
+        {kTestOK, Call::disableControl, 132, false},
+        {kTestOK, Call::writeDisabled, 132, false},
+        {kTestOK, Call::enableControl, 4, true},
+        {kTestOK, Call::writeDisabled, 132, true},
+        {kTestOK, Call::undim, 4, true},
+        {kTestAutomatic, Call::dim, 133, true},
+        {kTestAutomatic, Call::writeEnabled, 5, true},
+        {kTestColours, Call::writeDisabled, 135, true},
+        {kTestNumber, Call::writeDisabled, 144, true},
+        {kTestNumber, Call::writeDisabled, 144, false},
+        {kTestCanvas, Call::writeDisabled, 128, true},
+        {kTestCanvas, Call::enableControl, 128, false},
+        {kTestCanvas, Call::writeEnabled, 0, true},
+        {kTestLabel, Call::writeDisabled, 136, true},
+        {99, Call::writeDisabled, 0, false},
+    };
+    for (const auto& step : steps) {
+        source.changes.clear();
+        const short kind = KindOf(step.item);
+        switch (step.call) {
+        case Call::disableControl:
+            DisableControl(dialog, step.item);
+            break;
+        case Call::enableControl:
+            EnableControl(dialog, step.item);
+            break;
+        case Call::writeDisabled:
+            WriteKind(step.item, static_cast<short>(kind | kItemDisabled));
+            break;
+        case Call::writeEnabled:
+            WriteKind(step.item, static_cast<short>(kind & 0xFF7F));
+            break;
+        case Call::dim:
+            HiliteControl(ControlOf(step.item), 255);
+            break;
+        case Call::undim:
+            HiliteControl(ControlOf(step.item), 0);
+            break;
+        }
+        const std::string name = "step " + std::to_string(&step - steps);
+        EXPECT_EQ(KindOf(step.item), step.kind) << name;
+        const Lines want = step.changes ? Lines{std::to_string(step.item) + " state"} : Lines{};
+        EXPECT_EQ(source.changes, want) << name;
+        if (const ControlHandle control = ControlOf(step.item); control && KindOf(step.item) > 0)
+            EXPECT_EQ((*control)->contrlHilite == 255, step.kind >= 128) << name;
+    }
+}
+
+TEST_F(Dialogs, KeepControlValuesInRangeAndTellEachChangeOnce) {
+    Open();
+    const ControlHandle popUp = ControlOf(kTestColours);
+    SetControlValue(popUp, 9);
+    EXPECT_EQ(GetControlValue(popUp), 5);
+    SetControlMaximum(popUp, 9);
+    SetControlValue(popUp, 9);
+    EXPECT_EQ(GetControlValue(popUp), 9);
+    SetControlValue(popUp, 9);
+    SetControlMaximum(popUp, 4);
+    EXPECT_EQ(GetControlValue(popUp), 4);
+    SetControlValue(popUp, -3);
+    EXPECT_EQ(GetControlValue(popUp), 1);
+    SetCheckBoxState(dialog, kTestAutomatic, 200);
+    EXPECT_EQ(GetControlValue(ControlOf(kTestAutomatic)), 1);
+    SetControlTitle(ControlOf(kTestCancel), PascalText("Reset"));
+    SetControlTitle(ControlOf(kTestCancel), PascalText("Reset"));
+    EXPECT_EQ(dialog->Item(kTestCancel)->text, "Reset");
+    EXPECT_EQ(source.changes,
+              (Lines{"4 value", "4 value", "4 value", "4 value", "4 value", "3 value", "2 title"}));
+    SetControlValue(nullptr, 1);
+    HiliteControl(nullptr, 1);
+    EXPECT_EQ(GetControlValue(nullptr), 0);
+}
+
+TEST_F(Dialogs, LetMenusGrowAndChange) {
+    Open();
+    const MenuHandle menu = MenuOf(kTestColours);
+    InsertMenuItem(menu, PascalText("(-"), 0);
+    InsertMenuItem(menu, PascalText("First/F;<B"), 0);
+    InsertMenuItem(menu, PascalText("Last"), 1000);
+    SetMenuItemText(menu, 3, PascalText("Deux"));
+    DisableItem(menu, 4);
+    EnableItem(menu, 6);
+    const Lines want = {"First/F;<B", "- off", "Deux",    "Four off",
+                        "- off",      "Eight", "Sixteen", "Last"};
+    EXPECT_EQ(EntriesOf(kTestColours), want);
+    EXPECT_EQ(source.changes, Lines(6, "4 menu"));
+    // None of these changes anything.
+    SetMenuItemText(menu, 9, PascalText("?"));
+    EnableItem(menu, 9);
+    EnableItem(menu, -1);
+    EnableItem(nullptr, 0);
+    DisableItem(nullptr, 1);
+    InsertMenuItem(nullptr, PascalText("?"), 0);
+    EXPECT_EQ(EntriesOf(kTestColours), want);
+    EXPECT_EQ(CountMenuItems(nullptr), 0);
+
+    EXPECT_FALSE(ChoosePopUpEntry(dialog, kTestColours, 4)) << "disabled";
+    EXPECT_FALSE(ChoosePopUpEntry(dialog, kTestColours, 2)) << "a line";
+    EXPECT_FALSE(ChoosePopUpEntry(dialog, kTestColours, 9)) << "missing";
+    EXPECT_FALSE(ChoosePopUpEntry(dialog, kTestOK, 1)) << "no pop-up";
+    EXPECT_TRUE(ChoosePopUpEntry(dialog, kTestColours, 8));
+    EXPECT_EQ(GetPopUpMenuValue(dialog, kTestColours), 8) << "past the control's old maximum";
+    DisableItem(menu, 0);
+    EXPECT_FALSE(ChoosePopUpEntry(dialog, kTestColours, 1)) << "the whole menu is disabled";
+    EnableItem(menu, 0);
+    EXPECT_EQ(EntriesOf(kTestColours), want) << "entries keep their own state";
+    WriteKind(kTestColours, kResourceControlItem | kItemDisabled);
+    EXPECT_FALSE(ChoosePopUpEntry(dialog, kTestColours, 1));
+}
+
+TEST_F(Dialogs, FindTheFirstItemAtAPoint) {
+    Open();
+    SetOutlineGroup(dialog, kTestGroup);
+    // The canvas now covers the tools behind it in order, but not the check boxes before it.
+    short kind;
+    Handle handle;
+    Rect rect;
+    GetDialogItem(dialog, kTestCanvas, &kind, &handle, &rect);
+    const Rect wide = {0, 0, 250, 380};
+    SetDialogItem(dialog, kTestCanvas, kind, handle, &wide);
+    EXPECT_EQ(source.changes, Lines{"7 rect"});
+    const struct {
+        Point point;
+        short item;
+    } cases[] = {{{25, 225}, kTestAutomatic},
+                 {{150, 130}, kTestCanvas},
+                 {{130, 215}, kTestCanvas},
+                 {{289, 285}, kTestOK},
+                 {{304, 359}, 0},
+                 {{303, 359}, kTestOK},
+                 {{303, 360}, 0},
+                 {{-1, 5}, 0}};
+    for (const auto& c : cases)
+        EXPECT_EQ(FindDialogItem(dialog, c.point) + 1, c.item) << c.point.v << ' ' << c.point.h;
+    SetDialogItem(dialog, kTestCanvas, kind, handle, &rect);
+    EXPECT_EQ(FindDialogItem(dialog, {130, 215}), -1) << "inside the outline, beside its items";
+    WriteKind(kTestAutomatic, kCheckBoxItem | kItemDisabled);
+    EXPECT_EQ(FindDialogItem(dialog, {25, 225}) + 1, kTestAutomatic) << "disabled";
+}
+
+void DrawWildly(DialogPtr drawn, short item) {
+    const Rect rect = drawn->Item(item)->rect;
+    PenPat(&kGrayPattern);
+    MoveTo(1, 2);
+    TextSize(20);
+    PaintRect(&rect);
+}
+
+TEST_F(Dialogs, DrawWhatIsInvalidOnceAndLeavePortAndPenAlone) {
+    RecordingSurface surface;
+    source.surface = &surface;
+    Open();
+    SetOutlineGroup(dialog, kTestGroup);
+    Rect rect = dialog->Item(kTestCells)->rect;
+    SetDialogItem(dialog, kTestCells, 0, ProcToHandle(DrawWildly), &rect);
+    GrafPort other;
+    SetPort(&other);
+    DrawInvalidItems();
+    EXPECT_TRUE(surface.calls.empty()) << "the dialog is not yet shown";
+    ShowWindow(dialog);
+    DrawInvalidItems();
+    const std::size_t all = surface.calls.size();
+    EXPECT_GT(all, 1U) << "cells and the outline";
+    EXPECT_EQ(source.changes, (Lines{"6 look", "11 look"}));
+    DrawInvalidItems();
+    EXPECT_EQ(surface.calls.size(), all) << "nothing is invalid any more";
+    InvalItem(dialog, kTestCells);
+    InvalItem(dialog, kTestScale);
+    InvalItem(dialog, 99);
+    DrawInvalidItems();
+    EXPECT_EQ(surface.calls.size(), all + 1);
+    EXPECT_EQ(source.changes.back(), "6 look");
+    GrafPtr port;
+    GetPort(&port);
+    EXPECT_EQ(port, &other);
+    EXPECT_EQ(dialog->pen.pnPat, kBlackPattern);
+    EXPECT_EQ(dialog->pen.pnLoc, Point());
+    EXPECT_EQ(dialog->txSize, 0);
+    SetPort(dialog);
+    DisposeDialog(dialog);
+    dialog = nullptr;
+    GetPort(&port);
+    EXPECT_EQ(port, nullptr) << "a port that is gone";
+}
+
+TEST_F(Dialogs, ReadWholeNumbersInRangeAndNothingElse) {
+    Open();
+    const std::pair<const char*, int> good[] = {
+        {"2", 2}, {"256", 256}, {" +7\t", 7}, {"007", 7}, {"00000000000000000000256", 256}};
+    for (const auto& [text, want] : good) {
+        std::int32_t number = -1;
+        StuffText(dialog, kTestNumber, PascalText(text));
+        EXPECT_TRUE(FetchNumber(dialog, kTestNumber, 2, 256, &number)) << text;
+        EXPECT_EQ(number, want) << text;
+    }
+    EXPECT_TRUE(source.alerts.empty());
+    for (const char* text : {"", " ", "1", "257", "-2", "+", "-", "2.0", "2 3", "0x10", "- 5",
+                             "1e2", "4294967298", "18446744073709551618"}) {
+        std::int32_t number = -1;
+        StuffText(dialog, kTestNumber, PascalText(text));
+        source.changes.clear();
+        source.alerts.clear();
+        EXPECT_FALSE(FetchNumber(dialog, kTestNumber, 2, 256, &number)) << text;
+        EXPECT_EQ(number, -1) << text;
+        EXPECT_EQ(source.alerts, Lines{"Please enter a whole number from 2 to 256."}) << text;
+        EXPECT_EQ(source.changes, Lines{"5 focus"}) << text;
+    }
+    StuffNumber(dialog, kTestNumber, -2147483647 - 1);
+    std::int32_t least = 0;
+    EXPECT_TRUE(FetchNumber(dialog, kTestNumber, -2147483647 - 1, 0, &least));
+    EXPECT_EQ(least, -2147483647 - 1);
+}
+
+TEST_F(Dialogs, TakeLeadingDigitsOfATextAsItsNumber) {
+    const std::pair<const char*, std::int32_t> cases[] = {{"12", 12}, {"-12 colours", -12},
+                                                          {"+3", 3},  {"x", 0},
+                                                          {"", 0},    {"99999999999", 2147483647}};
+    for (const auto& [text, want] : cases) {
+        std::int32_t number = -1;
+        StringToNumber(PascalText(text), &number);
+        EXPECT_EQ(number, want) << text;
+    }
+}
+
+TEST_F(Dialogs, CutTextsWithoutSplittingACharacter) {
+    Open();
+    std::string long_(254, 'a');
+    EditTextChanged(dialog, kTestNumber, long_ + "\xC3\xA9" + "b");
+    Str255 text;
+    FetchText(dialog, kTestNumber, text);
+    EXPECT_EQ(ToString(text), long_);
+    EXPECT_EQ(source.changes, Lines{"5 text"}) << "the widget must show what was kept";
+    source.changes.clear();
+    EditTextChanged(dialog, kTestNumber, std::string(253, 'a') + "\xC3\xA9");
+    FetchText(dialog, kTestNumber, text);
+    EXPECT_EQ(text[0], 255);
+    EXPECT_TRUE(source.changes.empty());
+}
+
+TEST_F(Dialogs, PutParamTextsIntoStaticTextsAndAlerts) {
+    ParamText(PascalText("^1"), PascalText("two"), nullptr, PascalText(""));
+    const std::pair<const char*, const char*> cases[] = {
+        {"^0:^1", "^1:two"}, {"^2^3^1", "two"}, {"^", "^"}, {"^4 ^x ^^1", "^4 ^x ^two"}};
+    for (const auto& [text, want] : cases) EXPECT_EQ(SubstituteParamText(text), want);
+    ParamText(PascalText("B"), PascalText("A"), nullptr, nullptr);
+    ShowAlert(kTestAlert);
+    ShowAlert(1);
+    EXPECT_EQ(source.alerts, Lines{"A comes after B."});
+    SetEventSource(nullptr);
+    testing::internal::CaptureStderr();
+    ShowAlert(kTestAlert);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "A comes after B.\n");
+}
+
+TEST_F(Dialogs, SayThatCursorAnimationsAreNotImplemented) {
+    testing::internal::CaptureStderr();
+    InitCursorCtl(nullptr);
+    RotateCursor(3);
+    SpinCursor(-1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "InitCursorCtl is not implemented.\n"
+                                                      "RotateCursor is not implemented.\n"
+                                                      "SpinCursor is not implemented.\n");
+}
+
+} // namespace

@@ -1,0 +1,296 @@
+// The modal loop: who gets an event first, what counts as a hit, and what happens in between.
+#include "HostDialogs.h"
+#include "MemoryManager.h"
+#include "PlainSource.h"
+#include "TestDialog.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Hits = std::vector<short>;
+
+EventRecord Press(Point local) {
+    EventRecord event;
+    event.what = mouseDown;
+    event.where = local; // dialogs that are not centred lie at the origin
+    return event;
+}
+
+EventRecord Release(Point local) {
+    EventRecord event = Press(local);
+    event.what = mouseUp;
+    return event;
+}
+
+EventRecord Key(short code, char character, int modifiers = 0) {
+    EventRecord event;
+    event.what = keyDown;
+    event.message = code << 8 | character;
+    event.modifiers = static_cast<std::int16_t>(modifiers);
+    return event;
+}
+
+// What the filter sees and answers.
+std::vector<std::int16_t> seen;
+std::function<Boolean(EventRecord*, short*)> answer;
+
+Boolean NotingFilter(DialogPtr, EventRecord* event, short* item) {
+    seen.push_back(event->what);
+    EXPECT_EQ(*item, 0);
+    return answer ? answer(event, item) : Boolean{0};
+}
+
+int foreignEvents = 0;
+void NoteForeign(const void* event) {
+    foreignEvents += static_cast<const EventRecord*>(event)->what == mouseDown;
+}
+
+constexpr Point kOnOK = {290, 290}, kOnCancel = {290, 200}, kOnCanvas = {30, 30};
+
+class ModalDialogs : public testing::Test {
+  protected:
+    ModalDialogs() {
+        SetEventSource(&source);
+        dialog = GetNewDialog(kTestDialog, nullptr, nullptr);
+        SetDialogDefaultItem(dialog, kTestOK);
+        SetDialogCancelItem(dialog, kTestCancel);
+        ShowWindow(dialog);
+        seen.clear();
+        answer = nullptr;
+        foreignEvents = 0;
+    }
+    ~ModalDialogs() override {
+        DisposeDialog(dialog);
+        SetEventSource(nullptr);
+    }
+    short Run(ModalFilterProc filter = nullptr) {
+        short item = -1;
+        MoveableModalDialog(dialog, NoteForeign, filter, &item);
+        return item;
+    }
+    /// Hits until the source has nothing more to do; the cancel item ends the list.
+    Hits RunAll(ModalFilterProc filter = nullptr) {
+        Hits hits;
+        do hits.push_back(Run(filter));
+        while (!source.hasFailed);
+        return hits;
+    }
+
+    TestDialogResources resources;
+    PlainSource source;
+    DialogPtr dialog;
+};
+
+TEST_F(ModalDialogs, MapKeysToTheDefaultAndCancelItemsWhileTheseAreEnabled) {
+    const struct {
+        EventRecord key;
+        short item; ///< 0: no hit
+    } cases[] = {{Key(kKeyReturn, '\r'), kTestOK},
+                 {Key(kKeyEnter, 3), kTestOK},
+                 {Key(kKeyEscape, 27), kTestCancel},
+                 {Key(0, '.', cmdKey), kTestCancel},
+                 {Key(0, '.'), 0},
+                 {Key(kKeySpace, ' '), 0},
+                 {Key(0, 'a', cmdKey), 0}};
+    for (const auto& c : cases) {
+        const std::string name = "key " + std::to_string(c.key.message);
+        for (const bool enabled : {true, false}) {
+            (enabled ? EnableControl : DisableControl)(dialog, kTestOK);
+            (enabled ? EnableControl : DisableControl)(dialog, kTestCancel);
+            source.actions = {[&] { PostEvent(c.key); },
+                              [&] { PostItemHit(dialog, kTestStayOpen); }};
+            const bool hits = enabled && c.item != 0;
+            EXPECT_EQ(Run(), hits ? c.item : kTestStayOpen) << name << " enabled " << enabled;
+        }
+    }
+}
+
+TEST_F(ModalDialogs, ReportEventsAndHitsInTheirOrderAndNoDisabledItems) {
+    source.actions = {[&] {
+        PostItemHit(dialog, kTestAutomatic);
+        PostEvent(Press(kOnCanvas));
+        PostItemHit(dialog, kTestUnavailable);
+        PostItemHit(dialog, 99);
+        PostItemHit(dialog, kTestOK);
+        PostItemHit(dialog, kTestStayOpen);
+        PostEvent(Press({236, 60})); // Unavailable
+        PostItemHit(dialog, kTestCells);
+    }};
+    Hits hits;
+    for (int i = 0; i < 2; ++i) hits.push_back(Run());
+    DisableControl(dialog, kTestOK); // its hit waits already
+    for (const short hit : RunAll()) hits.push_back(hit);
+    EXPECT_EQ(hits, (Hits{kTestAutomatic, kTestCanvas, kTestStayOpen, kTestCells, kTestCancel}));
+}
+
+TEST_F(ModalDialogs, TrackPressesOnControlsToTheirRelease) {
+    const struct {
+        const char* name;
+        Point press, release;
+        short hit; ///< 0 for none
+    } cases[] = {{"button", kOnOK, {300, 350}, kTestOK},
+                 {"released beside it", kOnOK, kOnCancel, 0},
+                 {"check box", {25, 225}, {25, 300}, kTestAutomatic},
+                 {"pop-up", {50, 230}, {50, 230}, 0},
+                 {"edit text", {80, 310}, {80, 310}, 0},
+                 {"disabled", {236, 60}, {236, 60}, 0},
+                 {"static text", {84, 230}, {0, 0}, kTestLabel},
+                 {"user item", kOnCanvas, {0, 0}, kTestCanvas},
+                 {"no item", {270, 10}, kOnOK, 0}};
+    for (const auto& c : cases) {
+        source.hasFailed = false;
+        source.actions = {[&] {
+                              source.buttonIsDown = true;
+                              PostEvent(Press(c.press));
+                          },
+                          [] {},
+                          [&] {
+                              source.buttonIsDown = false;
+                              PostEvent(Release(c.release));
+                          }};
+        const Hits want = c.hit != 0 ? Hits{c.hit, kTestCancel} : Hits{kTestCancel};
+        EXPECT_EQ(RunAll(), want) << c.name;
+    }
+    source.hasFailed = false;
+    source.actions = {[&] {
+        source.buttonIsDown = true;
+        PostEvent(Press(kOnOK));
+    }};
+    EXPECT_EQ(Run(), kTestCancel) << "the source failed before the release";
+}
+
+TEST_F(ModalDialogs, ShowEverythingToTheFilterFirst) {
+    source.actions = {[] {}, [&] { PostEvent(Press(kOnCanvas)); },
+                      [&] { PostEvent(Key(kKeyReturn, '\r')); },
+                      [&] { PostItemHit(dialog, kTestStayOpen); }, [] {}};
+    answer = [](EventRecord* event, short* item) {
+        // An item that is named without taking the event counts for nothing.
+        *item = event->what == mouseDown ? kTestUnavailable : kTestCells;
+        return static_cast<Boolean>(event->what == mouseDown);
+    };
+    EXPECT_EQ(RunAll(NotingFilter), (Hits{kTestUnavailable, kTestOK, kTestStayOpen, kTestCancel}));
+    EXPECT_EQ(seen, (std::vector<std::int16_t>{nullEvent, mouseDown, keyDown, nullEvent}));
+
+    source.hasFailed = false;
+    source.actions = {[] {}, [] {}};
+    answer = [](EventRecord*, short*) { return Boolean{1}; };
+    EXPECT_EQ(RunAll(NotingFilter), (Hits{0, 0, kTestCancel})) << "taken without an item";
+}
+
+TEST_F(ModalDialogs, LetNativeWidgetsOfferTheirEvents) {
+    answer = [](EventRecord* event, short* item) {
+        if (event->what == keyDown) *item = kTestUnavailable;
+        return static_cast<Boolean>(event->what == keyDown || event->what == mouseUp);
+    };
+    source.actions = {[&] { EXPECT_FALSE(OfferEvent(dialog, Press(kOnOK))); },
+                      [&] { EXPECT_TRUE(OfferEvent(dialog, Release(kOnOK))); },
+                      [&] {
+                          EXPECT_TRUE(OfferEvent(dialog, Key(0, 'x')));
+                          PostItemHit(dialog, kTestOK);
+                      }};
+    EXPECT_EQ(RunAll(NotingFilter), (Hits{kTestUnavailable, kTestOK, kTestCancel}));
+    EXPECT_FALSE(OfferEvent(dialog, Key(0, 'x'))) << "no loop runs";
+}
+
+// A filter that follows a drag is not entered again by keys typed meanwhile.
+TEST_F(ModalDialogs, OfferNothingToAFilterThatIsAtWork) {
+    int depth = 0, keys = 0;
+    answer = [&](EventRecord* event, short*) {
+        EXPECT_EQ(depth++, 0);
+        while (event->what == mouseDown && StillDown()) {
+        }
+        keys += event->what == keyDown;
+        --depth;
+        return static_cast<Boolean>(event->what == mouseDown);
+    };
+    source.actions = {[&] {
+                          source.buttonIsDown = true;
+                          PostEvent(Press(kOnCanvas));
+                      },
+                      [&] { EXPECT_TRUE(OfferEvent(dialog, Key(0, 'x'))); },
+                      [&] {
+                          source.buttonIsDown = false;
+                          PostEvent(Release(kOnCanvas));
+                      },
+                      [] {}};
+    EXPECT_EQ(RunAll(NotingFilter), (Hits{0, kTestCancel}));
+    EXPECT_EQ(keys, 1);
+}
+
+TEST_F(ModalDialogs, RunInsideEachOtherAndKeepTheirHitsApart) {
+    DialogPtr inner = nullptr;
+    Hits innerHits;
+    answer = [&](EventRecord* event, short*) {
+        if (event->what != mouseDown) return Boolean{0};
+        inner = GetNewDialog(kTestDialog, nullptr, nullptr);
+        ShowWindow(inner);
+        for (short item = 0; item != kTestOK; innerHits.push_back(item))
+            MoveableModalDialog(inner, nullptr, nullptr, &item);
+        PostItemHit(inner, kTestCancel);
+        DisposeDialog(inner);
+        return Boolean{0};
+    };
+    source.actions = {[&] { PostEvent(Press(kOnCanvas)); },
+                      [&] {
+                          PostItemHit(dialog, kTestStayOpen);
+                          PostItemHit(inner, kTestLabel);
+                          EXPECT_FALSE(OfferEvent(inner, Key(0, 'x'))) << "it has no filter";
+                      },
+                      [&] { PostItemHit(inner, kTestOK); }};
+    EXPECT_EQ(RunAll(NotingFilter), (Hits{kTestCanvas, kTestStayOpen, kTestCancel}));
+    EXPECT_EQ(innerHits, (Hits{kTestLabel, kTestOK}));
+}
+
+TEST_F(ModalDialogs, HandPressesElsewhereToTheEventProcedure) {
+    const DialogPtr other = GetNewDialog(kTestDialog, nullptr, nullptr); // DialogAt's answer
+    source.actions = {[&] { PostEvent(Press(kOnOK)); }};
+    EXPECT_EQ(RunAll(), Hits{kTestCancel});
+    EXPECT_EQ(foreignEvents, 1);
+    DisposeDialog(other);
+}
+
+TEST_F(ModalDialogs, EndWithCancelWithoutAWorkingSource) {
+    source.hasFailed = true;
+    source.buttonIsDown = true;
+    EXPECT_EQ(Run(), kTestCancel);
+    EXPECT_FALSE(StillDown());
+    KeyMap keys;
+    GetKeys(keys);
+    EXPECT_EQ(keys[kKeyOption >> 3], 0);
+    SetEventSource(nullptr);
+    EXPECT_EQ(Run(), kTestCancel);
+    SetDialogCancelItem(dialog, 0);
+    EXPECT_EQ(Run(), 1);
+    EXPECT_FALSE(StillDown());
+    EventRecord event;
+    EXPECT_FALSE(GetNextEvent(-1, &event));
+    WindowPtr window = dialog;
+    EXPECT_EQ(FindWindow({10, 10}, &window), 0);
+    EXPECT_EQ(window, nullptr);
+    EXPECT_EQ(GetNewDialog(1, nullptr, nullptr), nullptr);
+}
+
+TEST_F(ModalDialogs, FollowThePressOfTheButtonUntilItsReleaseWaits) {
+    EventRecord event;
+    source.buttonIsDown = true;
+    const auto down = [&](const std::function<void()>& meanwhile) {
+        source.actions = {meanwhile};
+        return StillDown() != 0;
+    };
+    EXPECT_TRUE(down([] {}));
+    EXPECT_TRUE(down([&] { PostItemHit(dialog, kTestOK); })) << "hits do not end a press";
+    EXPECT_FALSE(down([] { PostEvent(Release({7, 8})); }));
+    const int pumps = source.pumps;
+    EXPECT_FALSE(StillDown());
+    EXPECT_EQ(source.pumps, pumps) << "nothing to wait for";
+    PostEvent(Key(0, 'x'));
+    EXPECT_TRUE(GetNextEvent(mUpMask, &event));
+    EXPECT_EQ(event.where, (Point{7, 8}));
+    EXPECT_FALSE(GetNextEvent(mUpMask, &event)) << "the key stays";
+    EXPECT_EQ(event.what, nullEvent);
+    EXPECT_FALSE(down([] { PostEvent(Press({1, 1})); })) << "a second press";
+    EXPECT_TRUE(GetNextEvent(1 << keyDown, &event));
+}
+
+} // namespace

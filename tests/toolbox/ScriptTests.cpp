@@ -1,0 +1,247 @@
+// A script in the place of a user: the session of the test dialog, every refusal, time and answers.
+#include "HostDialogs.h"
+#include "MemoryManager.h"
+#include "ScriptSource.h"
+#include "TemporaryFolder.h"
+#include "TestDialog.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Scripts : public testing::Test {
+  protected:
+    Scripts() : before(LiveMemoryBlocks()) {}
+    ~Scripts() override {
+        SetEventSource(nullptr);
+        SetStandardFileResponder(nullptr);
+        EXPECT_EQ(LiveMemoryBlocks(), before) << "blocks were left over";
+    }
+    TestDialogLog Run(ScriptSource& script) {
+        SetEventSource(&script);
+        return RunTestDialog();
+    }
+    TestDialogResources resources;
+    long before;
+};
+
+TEST_F(Scripts, PlayTheWholeSessionTheSameEachTime) {
+    for (int round = 0; round < 2; ++round) {
+        ScriptSource script(TestSession());
+        EXPECT_EQ(Run(script), TestSessionLog()) << "round " << round;
+        EXPECT_EQ(script.Failure(), "");
+    }
+}
+
+TEST_F(Scripts, EndTheDialogWithOneSentenceWhenAnActCannotBe) {
+    const std::pair<Act, const char*> cases[] = {
+        {PressItem(99), "press item 99 in dialog 9000: there is no such item."},
+        {PressItem(0), "press item 0 in dialog 9000: there is no such item."},
+        {PressItem(kTestUnavailable), "press item 14 in dialog 9000: it is disabled."},
+        {PressItem(kTestGroup), "press item 13 in dialog 9000: no point of it can be pressed."},
+        {SetText(kTestOK, "x"), "set the text of item 1 in dialog 9000: it is no edit text."},
+        {SetText(kTestUnavailable, "x"), "set the text of item 14 in dialog 9000: it is disabled."},
+        {ChooseEntry(kTestOK, 1), "choose entry 1 in item 1 in dialog 9000: it is no pop-up."},
+        {ChooseEntry(kTestColours, 4), "choose entry 4 in item 4 in dialog 9000: its menu has no "
+                                       "such entry that can be chosen."},
+        {ChooseEntry(kTestColours, "Three"),
+         "choose \"Three\" in item 4 in dialog 9000: its menu has no such entry that can be "
+         "chosen."},
+        {Drag({}), "drag in dialog 9000: no point is given."},
+        {HoldKey(128), "hold key 128 in dialog 9000: keys are numbered from 0 to 127."},
+        {PickFile("/tmp/x"), "pick the file /tmp/x in dialog 9000: nothing asks for it."},
+        {CancelColor(), "cancel a colour dialog in dialog 9000: nothing asks for it."}};
+    for (const auto& [act, reason] : cases) {
+        // Option is held: a dialog that only resets on Cancel would never end.
+        ScriptSource script({HoldKey(kKeyOption), act, PressItem(kTestStayOpen)});
+        EXPECT_EQ(Run(script), (TestDialogLog{"hit 2", "cancelled"}));
+        EXPECT_EQ(script.Failure(), std::string("The script cannot ") + reason);
+    }
+    ScriptSource quitter({FailScript("Enough.")});
+    Run(quitter);
+    EXPECT_EQ(quitter.Failure(), "Enough.");
+    ScriptSource empty(std::vector<Act>{});
+    Run(empty);
+    EXPECT_EQ(empty.Failure(), "The script ran out of acts while dialog 9000 was waiting.");
+    ScriptSource endless([](DialogPtr) { return Idle(1); });
+    EXPECT_EQ(Run(endless), (TestDialogLog{"hit 2", "cancelled"}));
+    EXPECT_EQ(endless.Failure(), "The script played 100000 acts in dialog 9000 without ending it.");
+}
+
+// An act that ends the script begins in the middle of a drag only when the module asks for it: a
+// question during a press is answered by an act that does not fit.
+TEST_F(Scripts, AskForTheNextActOnlyWhenTheDialogHasRested) {
+    int asked = 0;
+    std::vector<std::string> titles;
+    const std::vector<Act> acts = {HoldKey(kKeyOption), PressItem(kTestStayOpen),
+                                   ReleaseKey(kKeyOption), PressItem(kTestOK)};
+    ScriptSource script([&](DialogPtr dialog) {
+        titles.push_back(dialog->Item(kTestCancel)->text);
+        return acts[static_cast<std::size_t>(asked++)];
+    });
+    EXPECT_EQ(Run(script), (TestDialogLog{"hit 12", "off", "hit 1", "number 16"}));
+    // The filter sets the title at null events.
+    EXPECT_EQ(titles, (std::vector<std::string>{"Cancel", "Reset", "Reset", "Cancel"}));
+}
+
+TEST_F(Scripts, ShowTheCursorOfThePlaceWhereTheMouseRests) {
+    std::vector<bool> shown;
+    ScriptSource* source = nullptr;
+    int asked = 0;
+    ScriptSource script([&](DialogPtr) {
+        shown.push_back(source->ShownCursor() != nullptr);
+        const Act acts[] = {Idle(1), MoveMouse(CanvasPoint(5, 5)), PressKey(kKeyEscape)};
+        return acts[asked++];
+    });
+    source = &script;
+    Run(script);
+    EXPECT_EQ(shown, (std::vector<bool>{false, false, true}));
+}
+
+// Notes the ticks of every press.
+std::vector<std::uint32_t> pressTicks;
+Boolean NotePress(DialogPtr, EventRecord* event, short*) {
+    if (event->what == mouseDown) pressTicks.push_back(event->when);
+    return 0;
+}
+
+TEST_F(Scripts, PressTwiceInTheTimeOfADoubleClickUnlessTheyIdle) {
+    ScriptSource script({PressAt({160, 130}), PressAt({160, 130}), Idle(40), PressAt({160, 130})});
+    SetEventSource(&script);
+    const DialogPtr dialog = GetNewDialog(kTestDialog, nullptr, nullptr);
+    ShowWindow(dialog);
+    pressTicks.clear();
+    for (short item = 0; script.Failure().empty();)
+        MoveableModalDialog(dialog, nullptr, NotePress, &item);
+    DisposeDialog(dialog);
+    ASSERT_EQ(pressTicks.size(), 3U);
+    EXPECT_LT(pressTicks[1], pressTicks[0] + GetDblTime());
+    EXPECT_GT(pressTicks[2], pressTicks[1] + GetDblTime());
+    ScriptSource next(std::vector<Act>{});
+    SetEventSource(&next);
+    EXPECT_GT(TickCount(), pressTicks[2] + GetDblTime()) << "a new script is no second click";
+}
+
+TEST_F(Scripts, TypeIntoTheEditTextThatTakesKeys) {
+    const struct {
+        std::vector<Act> acts;
+        const char* text;
+    } cases[] = {
+        {{TypeText("9")}, "9"}, // the text of a new dialog is selected
+        {{PressItem(kTestNumber), TypeText("9")}, "169"},
+        {{PressItem(kTestNumber), PressKey(kKeyDelete), PressKey(kKeySpace)}, "1 "},
+        {{PressKey(kKeyDelete), PressKey(kKeyDelete), TypeText("\xC3\xA9x\xE2\x82\xAC\b\bz")},
+         "\xC3\xA9z"},
+        {{TypeText("4"), PressItem(kTestLabel), TypeText("5")}, "5"},
+        {{SetText(kTestNumber, "1"), TypeText("2")}, "12"},
+        {{HoldKey(kKeyCommand), TypeText("x"), ReleaseKey(kKeyCommand)}, "16"},
+    };
+    for (const auto& c : cases) {
+        std::vector<Act> acts = c.acts;
+        std::string text;
+        ScriptSource script([&](DialogPtr dialog) {
+            text = dialog->Item(kTestNumber)->text;
+            if (acts.empty()) return PressKey(kKeyEscape);
+            const Act act = acts.front();
+            acts.erase(acts.begin());
+            return act;
+        });
+        Run(script);
+        EXPECT_EQ(text, c.text) << "case " << &c - cases;
+        EXPECT_EQ(script.Failure(), "");
+    }
+    ScriptSource ending({PressItem(kTestStayOpen), TypeText("33\r")});
+    EXPECT_EQ(Run(ending).back(), "number 33");
+    ScriptSource command({HoldKey(kKeyCommand), TypeText(".")});
+    EXPECT_EQ(Run(command).back(), "cancelled");
+}
+
+TEST_F(Scripts, GoOnInTheNextDialogWithTheActsThatAreLeft) {
+    ScriptSource script({PressItem(kTestStayOpen), SetText(kTestNumber, "1"), PressKey(kKeyReturn),
+                         TypeText("44"), PressKey(kKeyReturn), PressItem(kTestCancel)});
+    EXPECT_EQ(Run(script),
+              (TestDialogLog{"hit 12", "off", "hit 5", "text 1", "hit 1", "refused", "hit 5",
+                             "text 4", "hit 5", "text 44", "hit 1", "number 44"}));
+    EXPECT_EQ(script.Alerts(),
+              std::vector<std::string>{"Please enter a whole number from 2 to 256."});
+    EXPECT_EQ(RunTestDialog(), (TestDialogLog{"hit 2", "cancelled"}));
+    EXPECT_EQ(script.Failure(), "");
+}
+
+TEST_F(Scripts, PressAnItemWhereNothingLiesOverIt) {
+    ScriptSource script({PressItem(kTestStayOpen), PressItem(kTestOK)});
+    SetEventSource(&script);
+    const DialogPtr dialog = GetNewDialog(kTestDialog, nullptr, nullptr);
+    // OK covers all of "Stay open" but its right column, then all of it.
+    Rect cover = dialog->Item(kTestStayOpen)->rect;
+    --cover.right;
+    SetDialogItem(dialog, kTestOK, kButtonItem,
+                  reinterpret_cast<Handle>(dialog->Item(kTestOK)->control), &cover);
+    ShowWindow(dialog);
+    short item = 0;
+    MoveableModalDialog(dialog, nullptr, nullptr, &item);
+    EXPECT_EQ(item, kTestStayOpen);
+    MoveableModalDialog(dialog, nullptr, nullptr, &item);
+    EXPECT_EQ(item, kTestOK);
+    DisposeDialog(dialog);
+}
+
+Boolean HideText(ParamBlockRec* file) {
+    return file->fdType != FourCC("Q7CT");
+}
+
+TEST_F(Scripts, AnswerFileAndColourDialogs) {
+    const TemporaryFolder folder;
+    const std::string table = folder.Write("a.zct", "x"), text = folder.Write("b.txt", "x");
+    const struct {
+        Act act;
+        bool put;
+        int good; ///< 1 chosen, 2 replacing, 0 cancelled, -1 the script fails
+    } cases[] = {{PickFile(table), true, 2},
+                 {PickFile(folder.Path("new")), true, 1},
+                 {PickFile(folder.Path("no/new")), true, -1},
+                 {CancelFile(), true, 0},
+                 {PickFile(table), false, 1},
+                 {PickFile(text), false, -1},
+                 {PickFile(folder.Path("none")), false, -1},
+                 {PickFile(folder.Path()), false, -1},
+                 {CancelFile(), false, 0},
+                 {CancelColor(), false, -1},
+                 {PressItem(1), true, -1},
+                 {FailScript("Enough."), true, -1}};
+    for (const auto& c : cases) {
+        const std::string name = "case " + std::to_string(&c - cases);
+        ScriptSource script({c.act});
+        SetStandardFileResponder(&script);
+        StandardFileReply reply;
+        const Str255 none = {0};
+        if (c.put)
+            StandardPutFile(none, none, &reply);
+        else
+            StandardGetFile(HideText, -1, nullptr, &reply);
+        EXPECT_EQ(reply.sfGood ? 1 + reply.sfReplacing : 0, std::max(0, c.good)) << name;
+        EXPECT_EQ(script.Failed(), c.good < 0) << name << ' ' << script.Failure();
+        std::string path;
+        if (reply.sfGood) {
+            EXPECT_EQ(FSSpecToPath(&reply.sfFile, &path), noErr) << name;
+            EXPECT_EQ(path, c.act.text) << name;
+            EXPECT_EQ(reply.sfType, c.put ? 0 : FourCC("Q7CT")) << name;
+        }
+    }
+    const RGBColor start = {1, 2, 3};
+    const std::pair<Act, RGBColor> colors[] = {{PickColor({7, 8, 9}), {7, 8, 9}},
+                                               {CancelColor(), start}};
+    for (const auto& [act, want] : colors) {
+        ScriptSource script({act, Idle(1)});
+        SetEventSource(&script);
+        RGBColor picked;
+        const Str255 prompt = {0};
+        EXPECT_EQ(GetColor({}, prompt, &start, &picked), act.kind == Act::Kind::pickColor);
+        EXPECT_EQ(picked.red, want.red);
+        EXPECT_FALSE(GetColor({}, prompt, &start, &picked)) << "no answer";
+        EXPECT_EQ(script.Failure(), "The script cannot wait while a colour dialog is open, "
+                                    "expected an answer to it.");
+    }
+}
+
+} // namespace

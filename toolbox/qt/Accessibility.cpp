@@ -1,0 +1,77 @@
+#include "Accessibility.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+/// A label further away than this, in points, belongs to something else.
+constexpr int kLabelReach = 40;
+
+QString OwnText(const DialogItem& item) {
+    switch (item.BaseKind()) {
+    case kButtonItem:
+    case kCheckBoxItem:
+    case kStaticTextItem:
+        return QString::fromStdString(SubstituteParamText(item.text));
+    case kResourceControlItem:
+        return item.menu ? QString::fromStdString((*item.menu)->title) : QString();
+    default:
+        return QString();
+    }
+}
+
+bool Overlap(int start1, int end1, int start2, int end2) {
+    return start1 < end2 && start2 < end1;
+}
+
+// How far a label's near edge is to the left of an item or above it; the largest number when it is
+// elsewhere.
+int LabelDistance(const Rect& label, const Rect& item) {
+    constexpr int kSlack = 4;
+    const bool sameRow = Overlap(label.top, label.bottom, item.top, item.bottom);
+    if (sameRow && label.left < item.left) return std::max(0, item.left - label.right);
+    const bool sameColumn = Overlap(label.left, label.right, item.left, item.right);
+    if (sameColumn && label.bottom <= item.top + kSlack) return std::max(0, item.top - label.bottom);
+    return std::numeric_limits<int>::max();
+}
+
+QString LabelNear(const DialogRecord& dialog, const DialogItem& item) {
+    const DialogItem* nearest = nullptr;
+    int distance = kLabelReach;
+    for (const DialogItem& label : dialog.items) {
+        if (label.BaseKind() != kStaticTextItem || label.text.empty()) continue;
+        const int away = LabelDistance(label.rect, item.rect);
+        if (away >= distance) continue;
+        nearest = &label;
+        distance = away;
+    }
+    return nearest ? OwnText(*nearest) : QString();
+}
+
+QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
+    auto* drawn = dynamic_cast<DrawnItem*>(object);
+    return drawn ? new QAccessibleWidget(drawn, QAccessible::Graphic, drawn->accessibleName())
+                 : nullptr;
+}
+
+} // namespace
+
+QString AccessibleNameOf(const DialogRecord& dialog, short number) {
+    const DialogItem& item = dialog.items[static_cast<std::size_t>(number) - 1];
+    QString name = OwnText(item);
+    if (name.isEmpty()) name = LabelNear(dialog, item);
+    if (name.endsWith(QLatin1Char(':'))) name.chop(1);
+    return name.isEmpty() ? QStringLiteral("Item %1").arg(number) : name;
+}
+
+DrawnItem::DrawnItem(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void InstallDrawnItemAccessibility() {
+    QAccessible::installFactory(MakeInterface);
+}
