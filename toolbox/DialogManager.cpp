@@ -149,6 +149,18 @@ std::vector<DialogPtr>& TheDialogs() {
     return dialogs;
 }
 
+DialogPtr BuildInFront(short id) {
+    try {
+        OwnedDialog built = BuildDialog(id);
+        TheDialogs().insert(TheDialogs().begin(), built.get());
+        return built.release();
+    } catch (const CannotBuild&) {
+        return nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void TellSource(DialogPtr dialog, short item, ItemChange change) {
     if (EventSource* const source = CurrentEventSource()) source->ItemChanged(dialog, item, change);
 }
@@ -185,17 +197,10 @@ ParamTexts& TheParamTexts() {
 } // namespace
 
 DialogPtr GetNewDialog(short id, void*, WindowPtr) {
-    try {
-        OwnedDialog built = BuildDialog(id);
-        TheDialogs().insert(TheDialogs().begin(), built.get());
-        const DialogPtr dialog = built.release();
-        if (EventSource* const source = CurrentEventSource()) source->DialogOpened(dialog);
-        return dialog;
-    } catch (const CannotBuild&) {
-        return nullptr;
-    } catch (const std::bad_alloc&) {
-        return nullptr;
-    }
+    const DialogPtr dialog = BuildInFront(id);
+    EventSource* const source = CurrentEventSource();
+    if (dialog && source) source->DialogOpened(dialog);
+    return dialog;
 }
 
 void DisposeDialog(DialogPtr dialog) {
@@ -271,10 +276,7 @@ void GetDialogItem(DialogPtr dialog, short number, short* kind, Handle* handle, 
 void SetDialogItem(DialogPtr dialog, short number, short kind, Handle handle, const Rect* rect) {
     DialogItem* const item = dialog->Item(number);
     if (!item) return;
-    if (item->BaseKind() == kUserItem && item->draw != reinterpret_cast<UserItemProc>(handle)) {
-        item->draw = reinterpret_cast<UserItemProc>(handle);
-        item->invalid = true;
-    }
+    if (item->BaseKind() == kUserItem) item->draw = reinterpret_cast<UserItemProc>(handle);
     SetItemRect(dialog, number, *rect);
     SetItemEnabled(dialog, number, (kind & kItemDisabled) == 0);
 }

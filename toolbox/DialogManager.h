@@ -87,7 +87,8 @@ std::string SubstituteParamText(const std::string& text);
 
 /// `handle` is the control of a control item, the draw procedure of a user item, else null.
 void GetDialogItem(DialogPtr dialog, short item, short* kind, Handle* handle, Rect* rect);
-/// Writing back what was read changes nothing; a changed kind reaches the native widget.
+/// Writing back what was read changes nothing. Of the kind only kItemDisabled can be changed, and
+/// reaches the native widget; of the handle only a user item's draw procedure.
 void SetDialogItem(DialogPtr dialog, short item, short kind, Handle handle, const Rect* rect);
 void InvalItem(DialogPtr dialog, short item); ///< draws it before the next event is taken
 /// Item number less one of the first item, in their order, that holds the local point; -1 for

@@ -23,8 +23,8 @@ EventSource* CurrentEventSource() {
 }
 
 void PostItemHit(DialogPtr dialog, short item) {
-    const DialogItem* const used = dialog->Item(item);
-    if (used && !used->IsDisabled()) AppendToQueue({{}, dialog, item, false});
+    // The modal loop looks whether the item is enabled, when the hit's turn comes.
+    if (dialog->Item(item)) AppendToQueue({{}, dialog, item, false});
 }
 
 bool ChoosePopUpEntry(DialogPtr dialog, short item, short entry) {

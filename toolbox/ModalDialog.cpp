@@ -36,9 +36,7 @@ class RunningLoop {
 
 using Hit = std::optional<short>;
 
-/// Sets `item`, to 0 when the filter names none.
 bool CallFilter(ModalLoop& loop, EventRecord event, short* item) {
-    *item = 0;
     if (!loop.filter) return false;
     loop.inFilter = true;
     const bool taken = loop.filter(loop.dialog, &event, item) != 0;

@@ -11,13 +11,17 @@ inline std::string FromPascal(ConstStr255Param text) {
     return text ? std::string(text + 1, text + 1 + text[0]) : std::string();
 }
 
+/// False for the bytes of a UTF-8 character behind its first.
+constexpr bool StartsCharacter(char byte) {
+    return (static_cast<std::uint8_t>(byte) & 0xC0) != 0x80;
+}
+
 /// The text, or as much of its start as fits 255 bytes without splitting a UTF-8 character.
 inline std::string CutText(const std::string& text) {
     constexpr std::size_t kMost = 255;
-    const auto continues = [](char c) { return (static_cast<std::uint8_t>(c) & 0xC0) == 0x80; };
     if (text.size() <= kMost) return text;
     std::size_t end = kMost;
-    while (end > 0 && continues(text[end])) --end;
+    while (end > 0 && !StartsCharacter(text[end])) --end;
     return text.substr(0, end);
 }
 

@@ -93,3 +93,45 @@ Act CancelColor() {
 Act FailScript(const std::string& reason) {
     return MakeTextAct(Act::Kind::fail, reason);
 }
+
+std::string DescribeAct(const Act& act) {
+    const std::string key = "key " + std::to_string(act.key);
+    const std::string item = "item " + std::to_string(act.item);
+    const std::string entry =
+        act.entry != 0 ? "entry " + std::to_string(act.entry) : "\"" + act.text + "\"";
+    switch (act.kind) {
+    case Act::Kind::pressItem:
+        return "press " + item;
+    case Act::Kind::pressAt:
+        return "press at a point";
+    case Act::Kind::drag:
+        return "drag";
+    case Act::Kind::moveTo:
+        return "move the mouse";
+    case Act::Kind::type:
+        return "type \"" + act.text + "\"";
+    case Act::Kind::setText:
+        return "set the text of " + item;
+    case Act::Kind::holdKey:
+        return "hold " + key;
+    case Act::Kind::releaseKey:
+        return "release " + key;
+    case Act::Kind::pressKey:
+        return "press " + key;
+    case Act::Kind::chooseEntry:
+        return "choose " + entry + " in " + item;
+    case Act::Kind::idle:
+        return "wait";
+    case Act::Kind::pickFile:
+        return "pick the file " + act.text;
+    case Act::Kind::cancelFile:
+        return "cancel a file dialog";
+    case Act::Kind::pickColor:
+        return "pick a colour";
+    case Act::Kind::cancelColor:
+        return "cancel a colour dialog";
+    case Act::Kind::fail:
+        return "fail";
+    }
+    return {};
+}

@@ -59,6 +59,9 @@ Act PickColor(RGBColor color);
 Act CancelColor();
 Act FailScript(const std::string& reason);
 
+/// What an act does, as in "press item 7".
+std::string DescribeAct(const Act& act);
+
 /// Plays acts. Time is the script's own: two ticks pass whenever the toolbox looks for events, so
 /// that runs repeat exactly. The mouse goes to its place before it presses, and a null event lies
 /// between acts, so that the dialog can follow it with cursor and tools. A press is played while
@@ -121,8 +124,8 @@ class ScriptSource : public EventSource, public StandardFileResponder {
         Kind kind;
         DialogPtr dialog = nullptr;
         Point where;
-        short number = 0;      ///< a key, or an item
-        short entry = 0;       ///< of a pop-up
+        short number = 0; ///< a key; an item; of a press, the edit text that it sets the caret in
+        short entry = 0;  ///< of a pop-up
         std::string text = {}; ///< one character, or an edit text's content
         int ticks = 0;
     };
@@ -131,8 +134,9 @@ class ScriptSource : public EventSource, public StandardFileResponder {
         bool textIsSelected = true; ///< the edit text; what is typed next replaces it
     };
 
+    static DialogPtr DialogInFront();
     Act NextAct(DialogPtr dialog);
-    Act NextAnswer(const char* question);
+    Act NextAnswer(const char* question, Act::Kind pick, Act::Kind cancel);
     bool BeginAct();
     void Expand(DialogPtr dialog, const Act& act);
     void ExpandPress(DialogPtr dialog, Point local);
@@ -140,8 +144,8 @@ class ScriptSource : public EventSource, public StandardFileResponder {
     void ExpandKey(DialogPtr dialog, short key);
     void ExpandTyping(DialogPtr dialog, const std::string& text);
     void ExpandChoice(DialogPtr dialog, const Act& act);
-    void ExpandMove(DialogPtr dialog, Point local);
     Step PointerStep(Step::Kind kind, DialogPtr dialog, Point local) const;
+    Step PressStep(DialogPtr dialog, Point local) const;
     bool FindPressPoint(DialogPtr dialog, const Act& act, Point* local);
     DialogItem* RequireItem(DialogPtr dialog, const Act& act);
     void Play(const Step& step);

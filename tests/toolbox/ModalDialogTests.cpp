@@ -101,7 +101,8 @@ TEST_F(ModalDialogs, MapKeysToTheDefaultAndCancelItemsWhileTheseAreEnabled) {
             source.actions = {[&] { PostEvent(c.key); },
                               [&] { PostItemHit(dialog, kTestStayOpen); }};
             const bool hits = enabled && c.item != 0;
-            EXPECT_EQ(Run(), hits ? c.item : kTestStayOpen) << name << " enabled " << enabled;
+            EXPECT_EQ(Run(), hits ? c.item : short{kTestStayOpen})
+                << name << " enabled " << enabled;
         }
     }
 }
@@ -137,7 +138,11 @@ TEST_F(ModalDialogs, TrackPressesOnControlsToTheirRelease) {
                  {"disabled", {236, 60}, {236, 60}, 0},
                  {"static text", {84, 230}, {0, 0}, kTestLabel},
                  {"user item", kOnCanvas, {0, 0}, kTestCanvas},
+                 {"disabled user item", {200, 30}, {0, 0}, 0},
                  {"no item", {270, 10}, kOnOK, 0}};
+    const Rect cells = dialog->Item(kTestCells)->rect;
+    SetDialogItem(dialog, kTestCells, kItemDisabled, nullptr, &cells);
+    dialog->editItem = 0;
     for (const auto& c : cases) {
         source.hasFailed = false;
         source.actions = {[&] {
@@ -152,6 +157,7 @@ TEST_F(ModalDialogs, TrackPressesOnControlsToTheirRelease) {
         const Hits want = c.hit != 0 ? Hits{c.hit, kTestCancel} : Hits{kTestCancel};
         EXPECT_EQ(RunAll(), want) << c.name;
     }
+    EXPECT_EQ(dialog->editItem, kTestNumber) << "the press gave it the keys";
     source.hasFailed = false;
     source.actions = {[&] {
         source.buttonIsDown = true;
@@ -278,7 +284,11 @@ TEST_F(ModalDialogs, FollowThePressOfTheButtonUntilItsReleaseWaits) {
         source.actions = {meanwhile};
         return StillDown() != 0;
     };
+    DrawInvalidItems();
+    source.changes.clear();
+    InvalItem(dialog, kTestScale);
     EXPECT_TRUE(down([] {}));
+    EXPECT_EQ(source.changes, std::vector<std::string>{"6 look"}) << "drawn while it is held";
     EXPECT_TRUE(down([&] { PostItemHit(dialog, kTestOK); })) << "hits do not end a press";
     EXPECT_FALSE(down([] { PostEvent(Release({7, 8})); }));
     const int pumps = source.pumps;
@@ -290,7 +300,8 @@ TEST_F(ModalDialogs, FollowThePressOfTheButtonUntilItsReleaseWaits) {
     EXPECT_FALSE(GetNextEvent(mUpMask, &event)) << "the key stays";
     EXPECT_EQ(event.what, nullEvent);
     EXPECT_FALSE(down([] { PostEvent(Press({1, 1})); })) << "a second press";
-    EXPECT_TRUE(GetNextEvent(1 << keyDown, &event));
+    EXPECT_TRUE(GetNextEvent(-1, &event));
+    EXPECT_EQ(event.what, keyDown) << "not the hit, which waits before it";
 }
 
 } // namespace

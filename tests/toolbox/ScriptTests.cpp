@@ -60,16 +60,22 @@ TEST_F(Scripts, EndTheDialogWithOneSentenceWhenAnActCannotBe) {
     ScriptSource quitter({FailScript("Enough.")});
     Run(quitter);
     EXPECT_EQ(quitter.Failure(), "Enough.");
+    ScriptSource silent([](DialogPtr) { return FailScript(""); });
+    Run(silent);
+    EXPECT_EQ(silent.Failure(), "The script failed.");
     ScriptSource empty(std::vector<Act>{});
     Run(empty);
     EXPECT_EQ(empty.Failure(), "The script ran out of acts while dialog 9000 was waiting.");
-    ScriptSource endless([](DialogPtr) { return Idle(1); });
+    int asked = 0;
+    ScriptSource endless([&](DialogPtr) {
+        ++asked;
+        return Idle(1);
+    });
     EXPECT_EQ(Run(endless), (TestDialogLog{"hit 2", "cancelled"}));
+    EXPECT_EQ(asked, 100000);
     EXPECT_EQ(endless.Failure(), "The script played 100000 acts in dialog 9000 without ending it.");
 }
 
-// An act that ends the script begins in the middle of a drag only when the module asks for it: a
-// question during a press is answered by an act that does not fit.
 TEST_F(Scripts, AskForTheNextActOnlyWhenTheDialogHasRested) {
     int asked = 0;
     std::vector<std::string> titles;
@@ -98,28 +104,80 @@ TEST_F(Scripts, ShowTheCursorOfThePlaceWhereTheMouseRests) {
     EXPECT_EQ(shown, (std::vector<bool>{false, false, true}));
 }
 
-// Notes the ticks of every press.
-std::vector<std::uint32_t> pressTicks;
-Boolean NotePress(DialogPtr, EventRecord* event, short*) {
-    if (event->what == mouseDown) pressTicks.push_back(event->when);
+// What a filter sees that looks for more events by itself.
+struct Watch {
+    bool isInFilter = false;
+    int nullEvents = 0; ///< since the last act
+    Point nullPlace;    ///< of the last null event
+    std::vector<EventRecord> presses, releases;
+} watch;
+
+Boolean WatchingFilter(DialogPtr, EventRecord* event, short*) {
+    watch.isInFilter = true;
+    EventRecord taken;
+    if (event->what == mouseDown) {
+        watch.presses.push_back(*event);
+        EXPECT_EQ(watch.nullPlace, event->where) << "the mouse rested where it pressed";
+    }
+    if (event->what == mouseUp) watch.releases.push_back(*event);
+    watch.nullEvents += event->what == nullEvent;
+    if (event->what == nullEvent) watch.nullPlace = event->where;
+    if (event->what != mouseDown) GetNextEvent(1 << autoKey, &taken);
+    watch.isInFilter = false;
     return 0;
 }
 
-TEST_F(Scripts, PressTwiceInTheTimeOfADoubleClickUnlessTheyIdle) {
-    ScriptSource script({PressAt({160, 130}), PressAt({160, 130}), Idle(40), PressAt({160, 130})});
-    SetEventSource(&script);
+/// Until that item is hit or the script fails.
+void RunWatched(const ScriptSource& script, short item) {
     const DialogPtr dialog = GetNewDialog(kTestDialog, nullptr, nullptr);
     ShowWindow(dialog);
-    pressTicks.clear();
-    for (short item = 0; script.Failure().empty();)
-        MoveableModalDialog(dialog, nullptr, NotePress, &item);
+    for (short hit = -1; hit != item && script.Failure().empty();)
+        MoveableModalDialog(dialog, nullptr, WatchingFilter, &hit);
     DisposeDialog(dialog);
-    ASSERT_EQ(pressTicks.size(), 3U);
-    EXPECT_LT(pressTicks[1], pressTicks[0] + GetDblTime());
-    EXPECT_GT(pressTicks[2], pressTicks[1] + GetDblTime());
+}
+
+TEST_F(Scripts, BeginActsOutsideOfFiltersAndAfterANullEvent) {
+    watch = {};
+    const std::vector<Act> acts = {PressAt(CanvasPoint(1, 1)), PressAt(CellPoint(1, 1)),
+                                   HoldKey(kKeyShift), TypeText("12"), PressKey(kKeyEscape)};
+    std::size_t asked = 0;
+    ScriptSource script([&](DialogPtr) {
+        EXPECT_FALSE(watch.isInFilter) << "act " << asked;
+        EXPECT_GT(watch.nullEvents, 0) << "act " << asked;
+        watch.nullEvents = 0;
+        return asked < acts.size() ? acts[asked++] : FailScript("done");
+    });
+    SetEventSource(&script);
+    RunWatched(script, kTestOK);
+    EXPECT_EQ(asked, acts.size());
+    EXPECT_EQ(watch.presses.size(), 2U);
+    EXPECT_EQ(watch.releases.size(), 2U);
+}
+
+TEST_F(Scripts, LetGoOfTheButtonWhenTheDialogCloses) {
+    watch = {};
+    ScriptSource script({PressAt(CellPoint(1, 1)), PressAt(CanvasPoint(1, 1))});
+    SetEventSource(&script);
+    RunWatched(script, kTestCells); // closes on the press
+    EXPECT_FALSE(script.ButtonDown());
+    RunWatched(script, kTestCanvas);
+    EXPECT_EQ(watch.presses.size(), 2U);
+    EXPECT_EQ(watch.releases.size(), 0U);
+    EXPECT_EQ(script.Failure(), "");
+}
+
+TEST_F(Scripts, PressTwiceInTheTimeOfADoubleClickUnlessTheyIdle) {
+    watch = {};
+    ScriptSource script({PressAt({160, 130}), PressAt({160, 130}), Idle(40), PressAt({160, 130})});
+    SetEventSource(&script);
+    RunWatched(script, kTestOK);
+    ASSERT_EQ(watch.presses.size(), 3U);
+    EXPECT_LT(watch.presses[1].when, watch.presses[0].when + GetDblTime());
+    EXPECT_GT(watch.presses[2].when, watch.presses[1].when + GetDblTime());
     ScriptSource next(std::vector<Act>{});
     SetEventSource(&next);
-    EXPECT_GT(TickCount(), pressTicks[2] + GetDblTime()) << "a new script is no second click";
+    EXPECT_GT(TickCount(), watch.presses[2].when + GetDblTime())
+        << "a new script is no second click";
 }
 
 TEST_F(Scripts, TypeIntoTheEditTextThatTakesKeys) {
@@ -218,7 +276,7 @@ TEST_F(Scripts, AnswerFileAndColourDialogs) {
         if (c.put)
             StandardPutFile(none, none, &reply);
         else
-            StandardGetFile(HideText, -1, nullptr, &reply);
+            StandardGetFile(c.act.text == folder.Path() ? nullptr : HideText, -1, nullptr, &reply);
         EXPECT_EQ(reply.sfGood ? 1 + reply.sfReplacing : 0, std::max(0, c.good)) << name;
         EXPECT_EQ(script.Failed(), c.good < 0) << name << ' ' << script.Failure();
         std::string path;

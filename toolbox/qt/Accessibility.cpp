@@ -24,6 +24,12 @@ QString OwnText(const DialogItem& item) {
     }
 }
 
+// A text with parameters in it shows a value and names nothing.
+bool IsLabel(const DialogItem& item) {
+    return item.BaseKind() == kStaticTextItem && !item.text.empty() &&
+           item.text.find('^') == std::string::npos;
+}
+
 bool Overlap(int start1, int end1, int start2, int end2) {
     return start1 < end2 && start2 < end1;
 }
@@ -43,7 +49,7 @@ QString LabelNear(const DialogRecord& dialog, const DialogItem& item) {
     const DialogItem* nearest = nullptr;
     int distance = kLabelReach;
     for (const DialogItem& label : dialog.items) {
-        if (label.BaseKind() != kStaticTextItem || label.text.empty()) continue;
+        if (!IsLabel(label)) continue;
         const int away = LabelDistance(label.rect, item.rect);
         if (away >= distance) continue;
         nearest = &label;

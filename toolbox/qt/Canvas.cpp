@@ -64,7 +64,6 @@ Canvas::Canvas(QWidget* parent, QSize size, std::function<void()> drawAgainProc)
     resize(size);
     MakeBacking();
     setMouseTracking(true);
-    setFocusPolicy(Qt::ClickFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
 }
 

@@ -189,6 +189,8 @@ bool QtDisplay::FilterMouse(DialogWindow& window, QWidget& receiver, const QMous
     if (buttonDown && ofWidget) return OfferPress(window, receiver, record);
     if (ofWidget && !modulePress && !offering) return false; // ends the widget's own press
     modulePress = buttonDown;
+    // Here and not by focus policy: a press on a button would give the canvas below it the keys.
+    if (buttonDown) receiver.setFocus(Qt::MouseFocusReason);
     postings.Event(record);
     return true;
 }
