@@ -244,11 +244,14 @@ OSErr ExportHost::GetProperty(OSType signature, OSType key, std::int32_t index, 
 } // namespace
 
 void ExportPicture(const ExportModule& module, const ExportJob& job) {
-    StandardFileResponder* const before = SetStandardFileResponder(&job.saveTo);
     struct Restore {
-        StandardFileResponder* responder;
-        ~Restore() { SetStandardFileResponder(responder); }
-    } const restore{before};
+        StandardFileResponder* files;
+        EventSource* events;
+        ~Restore() {
+            SetStandardFileResponder(files);
+            SetEventSource(events);
+        }
+    } const restore{SetStandardFileResponder(&job.files), SetEventSource(job.events)};
     ExportHost(module, job).Run();
 }
 
@@ -273,6 +276,7 @@ std::string DescribeCode(OSErr code) {
         {memFullErr, "not enough memory"},
         {dirNFErr, "the folder does not exist"},
         {userCanceledErr, "cancelled"},
+        {kDialogNotMade, "the options dialog cannot be opened"},
         {kHostLacksHandles, "the host offers no memory services to the module"},
         {kUnknownSelector, "the module does not know what was asked of it"},
         {kModeNotExported, "the module does not export this kind of picture"},

@@ -2,6 +2,7 @@
 // and turns result codes into sentences.
 #pragma once
 
+#include "EventSource.h"
 #include "ExportModule.h"
 #include "Picture.h"
 #include "StandardFile.h"
@@ -15,7 +16,8 @@ namespace gif89 {
 struct ExportJob {
     const Picture& picture;
     std::string documentName;              ///< the module proposes this name plus its suffix
-    StandardFileResponder& saveTo;         ///< answers the module's save dialog
+    StandardFileResponder& files;          ///< answers the module's file dialogs
+    EventSource* events = nullptr;         ///< operates its other dialogs; null cancels them
     std::int32_t bandBudget = kWholeImage; ///< bytes that one request may deliver
 
     /// A budget that lets every pass over the picture run in one band. Rows between bands are never

@@ -13,7 +13,8 @@ DisplayParts OpenDisplay() {
     const std::filesystem::path module = ExportModule::DefaultPath();
     const std::string path = module.parent_path() / kDisplayLibrary;
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library) throw Problem(std::string("cannot load the part that opens windows: ") + dlerror());
+    if (!library)
+        throw Problem(std::string("cannot load the part that opens windows: ") + dlerror());
     auto* open = reinterpret_cast<OpenDisplayProc*>(dlsym(library, kOpenDisplaySymbol));
     if (!open) throw Problem(path + " cannot open a display");
 

@@ -67,6 +67,37 @@ void DropOpaqueAlpha(Picture& picture) {
     picture.kind = Picture::Kind::rgb;
 }
 
+void FlattenAlpha(Picture& picture, RGBtuple below) {
+    if (picture.kind != Picture::Kind::rgbAlpha) return;
+    const int background[] = {below.red, below.green, below.blue};
+    const std::size_t pixels = picture.PixelBytes() / 4;
+    std::uint8_t* to = picture.pixels.get();
+    const std::uint8_t* from = to;
+    for (std::size_t n = 0; n < pixels; ++n, from += 4) {
+        const int opacity = from[3];
+        for (int c = 0; c < 3; ++c)
+            *to++ = static_cast<std::uint8_t>(
+                (from[c] * opacity + background[c] * (255 - opacity) + 127) / 255);
+    }
+    picture.kind = Picture::Kind::rgb;
+}
+
+std::unique_ptr<std::uint8_t[]> TakeGreyLevels(const Picture& picture) {
+    const std::size_t pixels =
+        static_cast<std::size_t>(picture.rows) * static_cast<std::size_t>(picture.columns);
+    auto levels = std::make_unique_for_overwrite<std::uint8_t[]>(pixels);
+    const int step = picture.BytesPerPixel();
+    const std::uint8_t* pixel = picture.pixels.get();
+    for (std::size_t n = 0; n < pixels; ++n, pixel += step) {
+        const RGBtuple color = step == 1 ? TableEntry(picture.table, *pixel)
+                                         : RGBtuple{0, pixel[0], pixel[1], pixel[2]};
+        if (color.red != color.green || color.red != color.blue)
+            throw Problem("is no grey picture; one is expected for a channel");
+        levels[n] = color.red;
+    }
+    return levels;
+}
+
 void ExpandToRGB(Picture& picture) {
     if (picture.kind != Picture::Kind::indexed) return;
     const auto found =

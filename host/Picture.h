@@ -56,6 +56,14 @@ void SetGreyRamp(Picture& picture, int colors);
 /// other picture alone.
 void DropOpaqueAlpha(Picture& picture);
 
+/// Takes the transparency out of a picture: lays an rgbAlpha picture over a colour and makes it an
+/// rgb one, in place. Leaves any other picture alone.
+void FlattenAlpha(Picture& picture, RGBtuple below);
+
+/// The levels of a grey picture, indexed or with equal channels: rows x columns bytes. Throws
+/// Problem when it has a pixel that is not grey.
+std::unique_ptr<std::uint8_t[]> TakeGreyLevels(const Picture& picture);
+
 /// Turns an indexed picture into an RGB one through its table; channel "Transparency", if there,
 /// becomes its opacity and the other channels are dropped. Leaves RGB pictures alone.
 void ExpandToRGB(Picture& picture);

@@ -21,11 +21,13 @@
 namespace gif89 {
 namespace {
 
-/// Answers the module's save dialog with a staging file beside the target.
+/// Answers the module's save dialog with a staging file beside the target, and hands on the
+/// question for a file to open.
 class SaveDialog final : public StandardFileResponder {
   public:
-    SaveDialog(const Destination& destination, const std::function<void(const std::string&)>& check)
-        : where(destination), mayWrite(check) {}
+    SaveDialog(const Destination& destination, StandardFileResponder* openDialog,
+               const std::function<void(const std::string&)>& check)
+        : where(destination), opener(openDialog), mayWrite(check) {}
 
     void PutFile(ConstStr255Param, ConstStr255Param defaultName,
                  StandardFileReply* reply) override {
@@ -43,14 +45,16 @@ class SaveDialog final : public StandardFileResponder {
             refusal = problem; // the module only hears "cancelled"
         }
     }
-    // An export asks for no file to open.
-    void GetFile(FileFilterProc, StandardFileReply*) override {}
+    void GetFile(FileFilterProc filter, StandardFileReply* reply) override {
+        if (opener) opener->GetFile(filter, reply);
+    }
 
     std::optional<StagedFile> file;
     std::optional<Problem> refusal;
 
   private:
     const Destination& where;
+    StandardFileResponder* opener;
     const std::function<void(const std::string&)> mayWrite;
 };
 
@@ -109,9 +113,9 @@ bool IsStream(const std::string& path) {
 
 // Runs the export; a refusal of the save dialog is the better reason than the module's "cancelled".
 void ExportThrough(SaveDialog& dialog, const ExportModule& module, const Picture& picture,
-                   const std::string& documentName) {
+                   const std::string& documentName, const DialogUser& user) {
     try {
-        ExportPicture(module, {picture, documentName, dialog});
+        ExportPicture(module, {picture, documentName, dialog, user.events});
     } catch (const Problem&) {
         if (dialog.refusal) throw *dialog.refusal;
         throw;
@@ -120,11 +124,11 @@ void ExportThrough(SaveDialog& dialog, const ExportModule& module, const Picture
 
 // The module writes files; the stream gets the bytes once they have been checked.
 SavedGif SaveToStream(const ExportModule& module, const Picture& picture,
-                      const std::string& documentName, int stream) {
+                      const std::string& documentName, int stream, const DialogUser& user) {
     const Destination temporary = {
         {}, std::filesystem::temp_directory_path() / ".gif89-stream", -1, Existing::replace};
-    SaveDialog dialog(temporary, {});
-    ExportThrough(dialog, module, picture, documentName);
+    SaveDialog dialog(temporary, user.files, {});
+    ExportThrough(dialog, module, picture, documentName, user);
     const std::vector<std::uint8_t> bytes = ReadWholeFile(dialog.file->Path());
     SavedGif saved = CheckFile(bytes, picture);
     WriteAll(stream, bytes);
@@ -135,18 +139,19 @@ SavedGif SaveToStream(const ExportModule& module, const Picture& picture,
 
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
+                     const DialogUser& user,
                      const std::function<void(const std::string&)>& mayWrite) {
     if (destination.stream >= 0)
-        return SaveToStream(module, picture, documentName, destination.stream);
+        return SaveToStream(module, picture, documentName, destination.stream, user);
     if (!destination.file.empty() && IsStream(destination.file)) {
         const Descriptor device(open(destination.file.c_str(), O_WRONLY | O_CLOEXEC));
         if (device.Number() < 0)
             throw Problem(std::string("cannot open it: ") + std::strerror(errno));
-        return SaveToStream(module, picture, documentName, device.Number());
+        return SaveToStream(module, picture, documentName, device.Number(), user);
     }
 
-    SaveDialog dialog(destination, mayWrite);
-    ExportThrough(dialog, module, picture, documentName);
+    SaveDialog dialog(destination, user.files, mayWrite);
+    ExportThrough(dialog, module, picture, documentName, user);
     SavedGif saved = CheckFile(ReadWholeFile(dialog.file->Path()), picture);
     dialog.file->Commit();
     saved.path = dialog.file->Target();

@@ -4,7 +4,9 @@
 
 #include <getopt.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 namespace gif89 {
 namespace {
@@ -17,9 +19,44 @@ struct Option {
     void (*apply)(Options& options, const char* value);
 };
 
-void SetMode(Options&, const char* value) {
-    if (std::string(value) != "rgb")
-        throw Problem("--mode " + std::string(value) + " is not known; expected rgb", kUsage);
+void SetMode(Options& options, const char* value) {
+    const std::string mode = value;
+    if (mode == "rgb")
+        options.mode = Mode::rgb;
+    else if (mode == "indexed")
+        options.mode = Mode::indexed;
+    else
+        throw Problem("--mode " + mode + " is not known; expected rgb or indexed", kUsage);
+}
+
+void AddEntries(Options& options, const char* value) {
+    const std::string list = value;
+    for (std::size_t start = 0; start <= list.size();) {
+        const std::size_t end = std::min(list.find(',', start), list.size());
+        options.choices.transparent.push_back(list.substr(start, end - start));
+        start = end + 1;
+    }
+}
+
+void AddChannel(Options& options, const char* value) {
+    const std::string text = value;
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
+        throw Problem("--channel " + text + " is not understood; expected NAME=FILE", kUsage);
+    options.channels.push_back({text.substr(0, equals), text.substr(equals + 1)});
+}
+
+void SetColors(Options& options, const char* value) {
+    char* end = nullptr;
+    const long colors = std::strtol(value, &end, 10);
+    if (*value == '\0' || *end != '\0' || colors < 2 || colors > 256)
+        throw Problem("-n " + std::string(value) + " is out of range; expected 2 to 256", kUsage);
+    options.choices.colors = static_cast<int>(colors);
+}
+
+void SetComment(Options& options, const char* value) {
+    options.commentText = value;
+    options.choices.comment = true;
 }
 
 constexpr Option kOptions[] = {
@@ -29,15 +66,37 @@ constexpr Option kOptions[] = {
      [](Options& o, const char* value) { o.outputFolder = value; }},
     {'f', "force", nullptr, "replace existing files",
      [](Options& o, const char*) { o.force = true; }},
-    {0, "mode", "MODE", "rgb: reduce the colours (the only mode so far)", SetMode},
+    {0, "window", nullptr, "ask for the options in a window",
+     [](Options& o, const char*) { o.window = true; }},
+    {0, "mode", "MODE", "rgb: reduce the colours; indexed: keep the palette", SetMode},
+    {0, "interlace", nullptr, "store the rows in four passes (the usual way)",
+     [](Options& o, const char*) { o.choices.interlace = true; }},
+    {0, "no-interlace", nullptr, "store the rows from top to bottom",
+     [](Options& o, const char*) { o.choices.interlace = false; }},
+    {0, "comment", "TEXT", "write TEXT as the file's comment", SetComment},
+    {0, "no-comment", nullptr, "leave out the picture's comment",
+     [](Options& o, const char*) { o.choices.comment = false; }},
+    {0, "matte", "COLOR", "colour behind transparency: #rrggbb or r,g,b",
+     [](Options& o, const char* value) { o.choices.matte = ParseColor(value); }},
+    {0, "opaque", nullptr, "no transparency",
+     [](Options& o, const char*) { o.choices.opaque = true; }},
+    {0, "transparent", "LIST", "indexed: entries to hide, by number or #rrggbb", AddEntries},
+    {0, "alpha", "CHANNEL", "indexed: hide what this channel hides, by name or number",
+     [](Options& o, const char* value) { o.choices.alpha = value; }},
+    {0, "invert", nullptr, "indexed: the channel hides where it is bright",
+     [](Options& o, const char*) { o.choices.invert = true; }},
+    {0, "channel", "NAME=FILE", "indexed: add a grey picture as a channel", AddChannel},
+    {'p', "palette", "PALETTE", "rgb: exact, adaptive, fixed, or a palette file",
+     [](Options& o, const char* value) { o.choices.palette = value; }},
+    {'n', "colors", "N", "rgb: number of colours, 2 to 256", SetColors},
+    {0, "resize", nullptr, "rgb: cut a fixed or loaded palette to -n colours",
+     [](Options& o, const char*) { o.choices.resize = true; }},
     {'q', "quiet", nullptr, "say nothing but errors",
      [](Options& o, const char*) { o.quiet = true; }},
     {'h', "help", nullptr, "show this help", [](Options& o, const char*) { o.help = true; }},
     {0, "version", nullptr, "show the version", [](Options& o, const char*) { o.version = true; }},
     {0, "about", nullptr, "say what this is; with --window in a window",
      [](Options& o, const char*) { o.about = true; }},
-    {0, "window", nullptr, "show dialogs on the display",
-     [](Options& o, const char*) { o.window = true; }},
 };
 
 std::string DescribeRefused(int answer, char** argv) {
@@ -79,6 +138,10 @@ Options ParseOptions(int argc, char** argv) {
     options.inputs.assign(argv + optind, argv + argc);
     if (options.help || options.version || options.about) return options;
 
+    const ExportChoices& choices = options.choices;
+    const int ways = (choices.transparent.empty() ? 0 : 1) + (choices.alpha.empty() ? 0 : 1) +
+                     (choices.opaque ? 1 : 0);
+    if (ways > 1) throw Problem("--transparent, --alpha and --opaque exclude each other", kUsage);
     if (options.inputs.empty()) throw Problem("no input given; see --help", kUsage);
     if (!options.output.empty() && !options.outputFolder.empty())
         throw Problem("-o and -O exclude each other", kUsage);

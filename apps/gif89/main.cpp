@@ -12,6 +12,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -22,6 +23,7 @@ namespace gif89 {
 namespace {
 
 constexpr char kStandardStream[] = "-";
+constexpr RGBtuple kWhite = {0, 255, 255, 255};
 constexpr char kNameOfStandardInput[] = "stdin";
 
 bool IsStandardStream(const std::string& name) {
@@ -55,22 +57,64 @@ std::string DocumentNameOf(const std::string& input) {
     return std::filesystem::path(input).stem();
 }
 
+Picture ReadInput(const std::string& input) {
+    InputFile file = IsStandardStream(input) ? InputFile::StandardInput() : InputFile::Open(input);
+    return ReadPicture(file);
+}
+
+// A grey picture's levels as a further plane.
+void AddChannel(Picture& picture, const ChannelFile& source) {
+    if (picture.kind != Picture::Kind::indexed)
+        throw Problem("--channel is for indexed pictures", kUsage);
+    Picture plane;
+    try {
+        plane = ReadInput(source.path);
+    } catch (const Problem& problem) {
+        throw Problem("channel " + source.name + ": " + source.path + " " + problem.what());
+    }
+    if (plane.rows != picture.rows || plane.columns != picture.columns)
+        throw Problem("channel " + source.name + " is " + std::to_string(plane.columns) + " x " +
+                      std::to_string(plane.rows) + " pixels; " + std::to_string(picture.columns) +
+                      " x " + std::to_string(picture.rows) + " are expected");
+    picture.channels.push_back({source.name, TakeGreyLevels(plane)});
+}
+
+// Brings a picture to the shape in which it is exported.
+void Shape(Picture& picture, const Options& options) {
+    if (options.commentText) picture.comment = *options.commentText;
+    if (options.mode == Mode::indexed && picture.kind != Picture::Kind::indexed)
+        throw Problem("has no palette; --mode indexed is for palette and grey pictures", kUsage);
+    if (options.mode == Mode::rgb) ExpandToRGB(picture);
+    for (const ChannelFile& channel : options.channels) AddChannel(picture, channel);
+    if (options.choices.opaque) FlattenAlpha(picture, options.choices.matte.value_or(kWhite));
+}
+
+// The module keeps quiet about a palette file that it cannot open.
+void CheckPaletteFile(const std::string& palette) {
+    if (palette.empty() || palette == "exact" || palette == "adaptive" || palette == "fixed")
+        return;
+    try {
+        InputFile::Open(palette);
+    } catch (const Problem& problem) {
+        throw Problem("the palette file " + palette + " " + problem.what());
+    }
+}
+
 /// Converts the inputs of one call.
 class Converter {
   public:
     explicit Converter(const Options& theOptions)
-        : options(theOptions), module(ExportModule::DefaultPath()) {}
+        : options(theOptions), module(ExportModule::DefaultPath()) {
+        if (options.window) display = OpenDisplay();
+        CheckPaletteFile(options.choices.palette);
+    }
 
     void Convert(const std::string& input) {
         const auto start = std::chrono::steady_clock::now();
         const Destination destination = DestinationOf(input, options);
-        InputFile file =
-            IsStandardStream(input) ? InputFile::StandardInput() : InputFile::Open(input);
-        Picture picture = ReadPicture(file);
-        ExpandToRGB(picture);
-        const SavedGif saved =
-            SavePicture(module, picture, DocumentNameOf(input), destination,
-                        [this](const std::string& target) { RefuseSecond(target); });
+        Picture picture = ReadInput(input);
+        Shape(picture, options);
+        const SavedGif saved = Save(picture, input, destination);
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
         if (!options.quiet) Report(input, saved, took.count());
     }
@@ -82,6 +126,22 @@ class Converter {
             throw Problem("another input of this call was written to " + target + " already");
     }
 
+    SavedGif Save(const Picture& picture, const std::string& input,
+                  const Destination& destination) {
+        const auto save = [&](const DialogUser& user) {
+            return SavePicture(module, picture, DocumentNameOf(input), destination, user,
+                               [this](const std::string& target) { RefuseSecond(target); });
+        };
+        if (options.window) return save({display.events, display.files});
+        Operator user(picture, options.choices);
+        try {
+            return save({&user.Events(), &user.Files()});
+        } catch (const Problem&) {
+            user.ThrowFailure();
+            throw;
+        }
+    }
+
     static void Report(const std::string& input, const SavedGif& saved, double seconds) {
         const std::string output = saved.path.empty() ? "standard output" : saved.path;
         std::fprintf(stderr, "%s -> %s: %d x %d, %d colours, %zu bytes, %.2f s\n", input.c_str(),
@@ -90,6 +150,7 @@ class Converter {
 
     const Options& options;
     const ExportModule module;
+    DisplayParts display;
     std::set<std::filesystem::path> written;
 };
 
@@ -130,14 +191,13 @@ ExitCode ConvertAll(const Options& options) {
             converter.Convert(input);
         } catch (const Problem& problem) {
             Say(input, problem.what());
-            if (problem.Code() == kUsage) return kUsage;
-            worst = kFailed;
+            worst = std::max(worst, problem.Code());
         } catch (const std::bad_alloc&) {
             Say(input, "not enough memory for the picture");
-            worst = kFailed;
+            worst = std::max(worst, kFailed);
         } catch (const std::exception& error) {
             Say(input, error.what());
-            worst = kFailed;
+            worst = std::max(worst, kFailed);
         }
     }
     return worst;

@@ -22,6 +22,7 @@ enum : std::int16_t {
 
 /// Codes of the entry beside the Toolbox's own.
 enum : OSErr {
+    kDialogNotMade = -1,        ///< the options dialog cannot be made
     kHostLacksHandles = 1,      ///< no handle services; the user has been told
     kUnknownSelector = -30200,  ///< not one of the selectors above
     kModeNotExported = -30201,  ///< an image mode other than the two above

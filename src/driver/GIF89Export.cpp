@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::int16_t kAboutDialog = 16010;
 
-static_assert(std::is_trivially_destructible_v<GIF89RGBExport>,
+static_assert(std::is_trivially_destructible_v<GIF89RGBExport> &&
+                  std::is_trivially_destructible_v<GIF89IndexedExport>,
               "the context's memory is released without a destructor");
 
 template <class Context> GIF89ExportContext* MakeContext() {
@@ -25,6 +26,7 @@ template <class Context> GIF89ExportContext* MakeContext() {
 GIF89ExportContext* MakeContextForMode(const ExportRecord& record, OSErr* code) {
     *code = memFullErr;
     if (record.imageMode == kRGBColorMode) return MakeContext<GIF89RGBExport>();
+    if (record.imageMode == kIndexedColorMode) return MakeContext<GIF89IndexedExport>();
     *code = kModeNotExported;
     return nullptr;
 }

@@ -62,4 +62,5 @@ struct IndexedDialogGlobals {
     Boolean maskInverted = 0; ///< the option key was down when the channel was chosen
     std::int32_t previewRowBytes = 0; ///< from one row of `previewBuffer` to the next
     Boolean previewDirty = 1;         ///< `previewBuffer` must be rebuilt before it is drawn
+    std::int32_t maskedRowBytes = 0;  ///< from one row of `maskedData` to the next
 };

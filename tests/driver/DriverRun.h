@@ -2,6 +2,7 @@
 #pragma once
 
 #include "GIF89Export.h"
+#include "OkUser.h"
 #include "ResourceManager.h"
 #include "ScriptedHost.h"
 #include "StandardFile.h"
@@ -76,6 +77,7 @@ struct DriverRun {
 
     static constexpr short kUntouched = 12345;
     OpenResources resources;
+    OkUser operatedBy;
     SavingUser user;
     ScriptedHost host;
     std::intptr_t data = 0;

@@ -5,6 +5,7 @@
 #include "FileManager.h"
 #include "GiflibDecode.h"
 #include "MemoryManager.h"
+#include "OkUser.h"
 #include "Problem.h"
 #include "RandomPictures.h"
 #include "SavePicture.h"
@@ -26,6 +27,13 @@ Picture MakeRandomPicture(PictureKind kind, int rows, int columns, int planes, s
         MakePicture(planes == 3 ? Picture::Kind::rgb : Picture::Kind::rgbAlpha, rows, columns);
     std::copy(pixels.begin(), pixels.end(), picture.pixels.get());
     return picture;
+}
+
+// Saves with the options that the dialog shows when it opens.
+SavedGif SaveAsItComes(const Picture& picture, const std::string& documentName,
+                       const Destination& destination) {
+    OkUser user;
+    return SavePicture(TheModule(), picture, documentName, destination, {&user.Script(), nullptr});
 }
 
 // What giflib reads of a file here.
@@ -52,8 +60,8 @@ TEST(SavePicture, KeepsEveryPixelOfAPictureWithFewColors) {
     for (const int planes : {3, 4}) {
         Picture picture = MakeRandomPicture(PictureKind::fewColors, 90, 130, planes, 3);
         picture.comment = "a comment";
-        const SavedGif saved = SavePicture(TheModule(), picture, "few" + std::to_string(planes),
-                                           {folder.Path(), {}, -1, Existing::keep});
+        const SavedGif saved = SaveAsItComes(picture, "few" + std::to_string(planes),
+                                             {folder.Path(), {}, -1, Existing::keep});
         const std::string name = "few" + std::to_string(planes) + ".gif";
         EXPECT_EQ(saved.path, folder.Path(name));
         const GiflibPicture gif = ReadWithGiflib(folder, name);
@@ -81,7 +89,7 @@ TEST(SavePicture, TakesTheLargestSides) {
     for (const auto& c : cases) {
         const Picture picture =
             MakeRandomPicture(PictureKind::photo, c.rows, c.columns, c.planes, 4);
-        SavePicture(TheModule(), picture, "side", {folder.Path(), {}, -1, Existing::replace});
+        SaveAsItComes(picture, "side", {folder.Path(), {}, -1, Existing::replace});
         const GiflibPicture gif = ReadWithGiflib(folder, "side.gif");
         EXPECT_EQ(gif.rows, c.rows);
         EXPECT_EQ(gif.columns, c.columns);
@@ -94,7 +102,7 @@ TEST(SavePicture, RefusesAPictureThatNeedsMoreThanTheBudgetCanSay) {
     picture.rows = picture.columns = 32767; // no pixels: nothing may be read before the refusal
     const TemporaryFolder folder;
     const std::string reason = ReasonOf([&] {
-        SavePicture(TheModule(), picture, "huge", {folder.Path(), {}, -1, Existing::keep});
+        SaveAsItComes(picture, "huge", {folder.Path(), {}, -1, Existing::keep});
     });
     EXPECT_NE(reason.find("2 GiB"), std::string::npos) << reason;
 }
@@ -119,8 +127,9 @@ TEST(ExportHost, DeliversTheSamePixelsInPlaceAndCopied) {
         alpha.pixels[static_cast<std::size_t>(i) * 4 + 3] = 255;
     }
     Saver plain, withPlane;
-    ExportPicture(TheModule(), {rgb, "x", plain});
-    ExportPicture(TheModule(), {alpha, "x", withPlane});
+    OkUser user;
+    ExportPicture(TheModule(), {rgb, "x", plain, &user.Script()});
+    ExportPicture(TheModule(), {alpha, "x", withPlane, &user.Script()});
     EXPECT_EQ(ReadWithGiflib(plain.folder, "x.gif").indices,
               ReadWithGiflib(withPlane.folder, "x.gif").indices);
 }
@@ -132,21 +141,10 @@ TEST(ExportHost, EndsAWalkThatTheBudgetWillNeverFinish) {
     } nobody;
     const Picture picture = MakeRandomPicture(PictureKind::flat, 20, 30, 3, 5);
     EXPECT_EQ(ReasonOf([&] {
-                  ExportPicture(TheModule(), {picture, "x", nobody, 10});
+                  ExportPicture(TheModule(), {picture, "x", nobody, nullptr, 10});
               }),
               "not enough memory");
     EXPECT_EQ(ReasonOf([&] { ExportPicture(TheModule(), {picture, "x", nobody}); }), "cancelled");
-}
-
-TEST(ExportHost, RefusesKindsTheModuleDoesNotExport) {
-    const TemporaryFolder folder;
-    Picture picture = MakePicture(Picture::Kind::indexed, 2, 2);
-    std::fill_n(picture.pixels.get(), 4, std::uint8_t{0});
-    EXPECT_EQ(ReasonOf([&] {
-                  SavePicture(TheModule(), picture, "x", {folder.Path(), {}, -1, Existing::keep});
-              }),
-              DescribeCode(kModeNotExported));
-    EXPECT_TRUE(folder.Names().empty());
 }
 
 // Every outside step fails in turn: the old file stays, nothing else is left, memory comes back,
@@ -154,7 +152,7 @@ TEST(ExportHost, RefusesKindsTheModuleDoesNotExport) {
 TEST(SavePicture, KeepsTheOldFileWhateverStepFails) {
     const Picture picture = MakeRandomPicture(PictureKind::noise, 300, 400, 4, 7);
     const TemporaryFolder reference;
-    SavePicture(TheModule(), picture, "n", {reference.Path(), {}, -1, Existing::keep});
+    SaveAsItComes(picture, "n", {reference.Path(), {}, -1, Existing::keep});
     const std::string expected = reference.Read("n.gif");
     const struct {
         FaultPoint point;
@@ -173,7 +171,7 @@ TEST(SavePicture, KeepsTheOldFileWhateverStepFails) {
             const long before = LiveMemoryBlocks();
             FailNthCall(c.point, n, c.code);
             const std::string reason = ReasonOf([&] {
-                SavePicture(TheModule(), picture, "n", {folder.Path(), {}, -1, Existing::replace});
+                SaveAsItComes(picture, "n", {folder.Path(), {}, -1, Existing::replace});
             });
             failed = CallsSoFar(c.point) >= n;
             ClearFaults();

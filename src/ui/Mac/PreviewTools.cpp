@@ -1,6 +1,8 @@
 #include "PreviewTools.h"
 
 #include "HostDialogs.h"
+#include "IndexedDialog.h"
+#include "ItemDrawing.h"
 
 #include <algorithm>
 
@@ -9,34 +11,11 @@ namespace {
 constexpr std::int32_t kTwoDigits = 10;
 constexpr PreviewItems kIndexedItems = {kIndexedPreviewItem, kIndexedZoomTextItem};
 
-Rect ItemRect(DialogPtr dialog, short item) {
-    short kind = 0;
-    Handle handle = nullptr;
-    Rect rect;
-    GetDialogItem(dialog, item, &kind, &handle, &rect);
-    return rect;
-}
-
 void PrependSpace(StringPtr text) {
     std::copy_backward(text + 1, text + 1 + text[0], text + 2 + text[0]);
     text[1] = ' ';
     ++text[0];
 }
-
-/// Draws with the usual pen and leaves the port's as it was.
-class UsualPen {
-  public:
-    UsualPen() {
-        GetPenState(&saved);
-        PenNormal();
-    }
-    ~UsualPen() { SetPenState(&saved); }
-    UsualPen(const UsualPen&) = delete;
-    UsualPen& operator=(const UsualPen&) = delete;
-
-  private:
-    PenState saved;
-};
 
 ZoomFactors ZoomOf(const IndexedDialogGlobals& g) {
     return {g.enlarge, g.shrink, g.maxShrink};
@@ -87,7 +66,7 @@ void DrawToolBoxFrame(DialogPtr dialog, short item) {
 }
 
 void DrawIndexedToolItem(DialogPtr dialog, short item) {
-    const auto* g = reinterpret_cast<const IndexedDialogGlobals*>(GetMoveableWRefCon(dialog));
+    const IndexedDialogGlobals* const g = GlobalsOf(dialog);
     const bool isSelected = ToolTypeToToolSlot(g->selectedTool) == item;
     DrawToolItem(dialog, item,
                  ToolPictureID(ToolSlotToToolButton(item), ButtonsOf(*g), isSelected));

@@ -1,0 +1,252 @@
+#include "Operator.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace gif89 {
+namespace {
+
+// The dialogs and the items of theirs that are operated.
+constexpr short kRGBDialog = 16000, kIndexedDialog = 16001;
+constexpr short kOKItem = 1;
+enum IndexedItem : short { kTableItem = 5, kIndexedInterlace, kIndexedComment };
+constexpr short kIndexedMatte = 12, kChannelItem = 16;
+constexpr short kLoadItem = 3, kRGBMatte = 4, kPaletteItem = 10, kCountItem = 13;
+constexpr short kRGBInterlace = 15, kRGBComment = 16, kResizeItem = 18;
+
+// The colour table: cells on a pitch of 11 pixels, 32 in a row.
+constexpr int kCellPitch = 11, kCellsPerRow = 32, kCellMiddle = 5;
+
+constexpr struct {
+    const char* name;
+    short entry;
+} kPalettes[] = {{"exact", 1}, {"adaptive", 2}, {"fixed", 3}};
+
+std::optional<int> ParseNumber(std::string_view text) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+std::optional<RGBtuple> ParseHexColor(std::string_view text) {
+    std::uint32_t packed = 0;
+    if (text.size() != 7 || text[0] != '#') return std::nullopt;
+    const auto [end, error] = std::from_chars(text.data() + 1, text.data() + 7, packed, 16);
+    if (error != std::errc() || end != text.data() + 7) return std::nullopt;
+    return UnpackColor(packed);
+}
+
+bool IsEnabled(DialogPtr dialog, short item) {
+    const DialogItem* const found = dialog->Item(item);
+    return found && !found->IsDisabled();
+}
+
+bool IsChecked(DialogPtr dialog, short item) {
+    return GetControlValue(dialog->Item(item)->control) != 0;
+}
+
+bool SameColor(RGBtuple a, RGBtuple b) {
+    return PackColor(a) == PackColor(b);
+}
+
+} // namespace
+
+RGBtuple ParseColor(const std::string& text) {
+    if (const auto color = ParseHexColor(text)) return *color;
+    std::vector<std::uint8_t> channels;
+    for (std::size_t start = 0; start <= text.size() && channels.size() < 4;) {
+        const std::size_t end = std::min(text.find(',', start), text.size());
+        const auto level = ParseNumber(std::string_view(text).substr(start, end - start));
+        if (!level || *level < 0 || *level > 255) break;
+        channels.push_back(static_cast<std::uint8_t>(*level));
+        start = end + 1;
+        if (end == text.size() && channels.size() == 3)
+            return {0, channels[0], channels[1], channels[2]};
+    }
+    throw Problem("\"" + text + "\" is no colour; expected #rrggbb or red,green,blue of 0 to 255",
+                  kUsage);
+}
+
+Operator::Operator(const Picture& thePicture, const ExportChoices& theChoices)
+    : picture(thePicture), choices(theChoices),
+      script([this](DialogPtr dialog) { return NextAct(dialog); }) {}
+
+void Operator::ThrowFailure() const {
+    if (problem) throw *problem;
+    if (!script.Failure().empty()) throw Problem(script.Failure());
+}
+
+Act Operator::NextAct(DialogPtr dialog) {
+    try {
+        // What the dialog tells a person in an alert, it has refused.
+        if (!script.Alerts().empty()) throw Problem(script.Alerts().back(), refusal);
+        if (!planned) {
+            planned = true;
+            if (dialog->resourceID == kIndexedDialog)
+                PlanIndexed(dialog);
+            else
+                PlanRGB(dialog);
+            acts.push_back(PressItem(kOKItem));
+        }
+    } catch (const Problem& found) {
+        problem = found;
+        return FailScript(found.what());
+    }
+    if (acts.empty()) return FailScript("The dialog stays open after OK.");
+    Act act = std::move(acts.front());
+    acts.pop_front();
+    // A wrong palette file is a failure of the file, everything else a wrong choice.
+    refusal = act.kind == Act::Kind::pickFile ? kFailed : kUsage;
+    return act;
+}
+
+void Operator::PlanIndexed(DialogPtr dialog) {
+    if (!choices.palette.empty() || choices.colors || choices.resize)
+        throw Problem("an indexed picture keeps its own palette; --palette, --colors and --resize "
+                      "need --mode rgb",
+                      kUsage);
+    PlanCheckBox(dialog, kIndexedInterlace, choices.interlace, "interlacing");
+    PlanCheckBox(dialog, kIndexedComment, choices.comment, "a comment");
+    PlanMarks(dialog);
+    PlanChannel(dialog);
+    if (choices.matte) PlanMatte(dialog, kIndexedMatte);
+}
+
+void Operator::PlanRGB(DialogPtr dialog) {
+    if (!choices.transparent.empty() || !choices.alpha.empty() || choices.invert)
+        throw Problem("--transparent, --alpha and --invert are for indexed pictures", kUsage);
+    PlanPalette(dialog);
+    PlanCheckBox(dialog, kRGBInterlace, choices.interlace, "interlacing");
+    PlanCheckBox(dialog, kRGBComment, choices.comment, "a comment");
+    if (choices.matte && !choices.opaque) PlanMatte(dialog, kRGBMatte); // else it is laid under
+}
+
+void Operator::PlanCheckBox(DialogPtr dialog, short item, const std::optional<bool>& wanted,
+                            const char* name) {
+    if (!wanted || *wanted == IsChecked(dialog, item)) return;
+    if (!IsEnabled(dialog, item))
+        throw Problem(std::string("the picture does not allow ") + name, kUsage);
+    acts.push_back(PressItem(item));
+}
+
+void Operator::PlanMarks(DialogPtr dialog) {
+    const Rect& table = dialog->Item(kTableItem)->rect;
+    for (const std::string& name : choices.transparent)
+        for (const int entry : EntriesNamed(name, ShownEntries())) {
+            const int row = entry / kCellsPerRow, column = entry % kCellsPerRow;
+            acts.push_back(PressAt(
+                {static_cast<std::int16_t>(table.top + row * kCellPitch + kCellMiddle),
+                 static_cast<std::int16_t>(table.left + column * kCellPitch + kCellMiddle)}));
+        }
+}
+
+// The table as the dialog shows it: without the black entries at its top that no pixel uses.
+int Operator::ShownEntries() const {
+    const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
+    const int highest = *std::max_element<const std::uint8_t*>(picture.pixels.get(), end);
+    int last = 255;
+    while (last > highest && PackColor(TableEntry(picture.table, last)) == 0) --last;
+    return last + 1;
+}
+
+std::vector<int> Operator::EntriesNamed(const std::string& name, int shown) const {
+    const auto color = ParseHexColor(name);
+    if (!color) {
+        const auto number = ParseNumber(name);
+        if (!number)
+            throw Problem("\"" + name + "\" is no entry; expected a number or #rrggbb", kUsage);
+        if (*number < 0 || *number >= shown)
+            throw Problem("the picture has no entry " + name + "; its entries are 0 to " +
+                              std::to_string(shown - 1),
+                          kUsage);
+        return {*number};
+    }
+    std::vector<int> entries;
+    for (int entry = 0; entry < shown; ++entry)
+        if (SameColor(TableEntry(picture.table, entry), *color)) entries.push_back(entry);
+    if (entries.empty()) throw Problem("no entry of the picture has the colour " + name, kUsage);
+    return entries;
+}
+
+// The picture's own transparency counts unless something else was said.
+std::string Operator::WantedChannel() const {
+    if (!choices.alpha.empty()) return choices.alpha;
+    if (choices.opaque || !choices.transparent.empty()) return {};
+    for (const Channel& channel : picture.channels) {
+        if (channel.name != kTransparencyChannel) continue;
+        const std::uint8_t* const end = channel.bytes.get() + picture.PixelBytes();
+        const bool hides = std::any_of<const std::uint8_t*>(
+            channel.bytes.get(), end, [](std::uint8_t opacity) { return opacity < 128; });
+        if (hides) return kTransparencyChannel;
+    }
+    return {};
+}
+
+short Operator::ChannelNamed(const std::string& name) const {
+    const auto count = static_cast<int>(picture.channels.size());
+    for (int i = 0; i < count; ++i)
+        if (picture.channels[static_cast<std::size_t>(i)].name == name)
+            return static_cast<short>(i + 1);
+    const auto number = ParseNumber(name);
+    if (number && *number >= 1 && *number <= count) return static_cast<short>(*number);
+    std::string known;
+    for (const Channel& channel : picture.channels)
+        known += (known.empty() ? "" : ", ") + channel.name;
+    throw Problem("the picture has no channel \"" + name + "\"; it has " +
+                      (known.empty() ? "none" : known),
+                  kUsage);
+}
+
+void Operator::PlanChannel(DialogPtr) {
+    const std::string wanted = WantedChannel();
+    if (wanted.empty()) {
+        if (choices.invert)
+            throw Problem("--invert needs a channel; name one with --alpha", kUsage);
+        return;
+    }
+    // Entry 1 of the pop-up is "none", entry k + 1 channel k.
+    const auto entry = static_cast<short>(ChannelNamed(wanted) + 1);
+    if (choices.invert) acts.push_back(HoldKey(kKeyOption));
+    acts.push_back(ChooseEntry(kChannelItem, entry));
+    if (choices.invert) acts.push_back(ReleaseKey(kKeyOption));
+}
+
+void Operator::PlanPalette(DialogPtr dialog) {
+    const auto* const named =
+        std::find_if(std::begin(kPalettes), std::end(kPalettes),
+                     [this](const auto& each) { return choices.palette == each.name; });
+    if (choices.palette.empty()) {
+        // A number of colours is only asked for where it is not the picture's own.
+        if (choices.colors && !IsEnabled(dialog, kCountItem))
+            acts.push_back(ChooseEntry(kPaletteItem, 2));
+    } else if (named == std::end(kPalettes)) {
+        acts.push_back(PressItem(kLoadItem));
+        acts.push_back(PickFile(choices.palette));
+    } else {
+        if (!(*dialog->Item(kPaletteItem)->menu)->CanChoose(named->entry))
+            throw Problem("the picture has too many colours for an exact palette", kUsage);
+        acts.push_back(ChooseEntry(kPaletteItem, named->entry));
+    }
+    if (choices.palette == "exact" && choices.colors)
+        throw Problem("an exact palette has the picture's own number of colours; leave out -n",
+                      kUsage);
+    if (choices.colors) acts.push_back(SetText(kCountItem, std::to_string(*choices.colors)));
+    if (!choices.resize) return;
+    if (choices.palette.empty() || choices.palette == "exact" || choices.palette == "adaptive")
+        throw Problem("--resize needs a palette of its own; name one with -p", kUsage);
+    acts.push_back(PressItem(kResizeItem));
+}
+
+void Operator::PlanMatte(DialogPtr dialog, short item) {
+    const bool indexed = dialog->resourceID == kIndexedDialog;
+    const bool transparency = indexed ? !choices.transparent.empty() || !WantedChannel().empty()
+                                      : IsEnabled(dialog, item);
+    if (!transparency) throw Problem("--matte needs transparency; the picture has none", kUsage);
+    const auto widen = [](std::uint8_t level) { return static_cast<std::uint16_t>(level * 257); };
+    acts.push_back(PressItem(item));
+    acts.push_back(PickColor(
+        {widen(choices.matte->red), widen(choices.matte->green), widen(choices.matte->blue)}));
+}
+
+} // namespace gif89

@@ -1,0 +1,74 @@
+// Answers the module's options dialogs from choices made beforehand: a user who never tires. What
+// the dialogs would not let a person do is an error here too.
+#pragma once
+
+#include "ColorTable.h"
+#include "Picture.h"
+#include "Problem.h"
+#include "ScriptSource.h"
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace gif89 {
+
+/// What the user wants; everything left open stays as the dialog opens.
+struct ExportChoices {
+    std::optional<bool> interlace;
+    std::optional<bool> comment;   ///< whether the document's comment is written
+    std::optional<RGBtuple> matte; ///< the colour that stands for transparency
+    // Indexed pictures
+    std::vector<std::string> transparent; ///< entries to mark: numbers, or colours as #rrggbb
+    std::string alpha;                    ///< a channel's name or number; empty for none
+    bool invert = false;                  ///< the channel hides where it is bright
+    bool opaque = false;                  ///< no transparency, whatever the picture has
+    // RGB pictures
+    std::string palette; ///< exact, adaptive, fixed or a file; empty for the dialog's own choice
+    std::optional<int> colors;
+    bool resize = false; ///< a supplied palette may be cut to `colors`
+};
+
+/// Reads a colour: #rrggbb, or three numbers 0..255 with commas between. Throws Problem (kUsage).
+RGBtuple ParseColor(const std::string& text);
+
+/// Operates the dialogs of one export. The picture and the choices must outlive it.
+class Operator {
+  public:
+    Operator(const Picture& thePicture, const ExportChoices& theChoices);
+    Operator(const Operator&) = delete;
+    Operator& operator=(const Operator&) = delete;
+
+    EventSource& Events() { return script; }
+    StandardFileResponder& Files() { return script; }
+
+    /// Throws the reason when the operator could not do what was chosen; call it when the export
+    /// has ended, before looking at its own result.
+    void ThrowFailure() const;
+
+  private:
+    Act NextAct(DialogPtr dialog);
+    void PlanIndexed(DialogPtr dialog);
+    void PlanRGB(DialogPtr dialog);
+    void PlanCheckBox(DialogPtr dialog, short item, const std::optional<bool>& wanted,
+                      const char* name);
+    void PlanMarks(DialogPtr dialog);
+    void PlanChannel(DialogPtr dialog);
+    void PlanPalette(DialogPtr dialog);
+    void PlanMatte(DialogPtr dialog, short item);
+    std::vector<int> EntriesNamed(const std::string& name, int shown) const;
+    int ShownEntries() const;
+    short ChannelNamed(const std::string& name) const;
+    std::string WantedChannel() const;
+
+    const Picture& picture;
+    const ExportChoices& choices;
+    ScriptSource script;
+    std::deque<Act> acts;
+    bool planned = false;
+    ExitCode refusal = kUsage; ///< of an alert that answers the latest act
+    std::optional<Problem> problem;
+};
+
+} // namespace gif89

@@ -1,0 +1,185 @@
+#include "IndexedFilter.h"
+
+#include "IndexedDialog.h"
+#include "IndexedPreview.h"
+#include "ItemDrawing.h"
+#include "LocalDialogUtilities.h"
+#include "PascalStrings.h"
+#include "PreviewTools.h"
+#include "ResourceManager.h"
+#include "TransparencyMap.h"
+
+#include <optional>
+
+namespace {
+
+constexpr short kNoCursor = -1;
+
+/// Makes the dialog the port and puts the port before back.
+class PortOfDialog {
+  public:
+    explicit PortOfDialog(DialogPtr dialog) {
+        GetPort(&saved);
+        SetPort(dialog);
+    }
+    PortOfDialog(const PortOfDialog&) = delete;
+    PortOfDialog& operator=(const PortOfDialog&) = delete;
+    ~PortOfDialog() { SetPort(saved); }
+
+  private:
+    GrafPtr saved = nullptr;
+};
+
+void RedrawWhenNeeded(DialogPtr dialog, IndexedDialogGlobals* g) {
+    if (!g->needsRedraw) return;
+    g->needsRedraw = 0;
+    constexpr short kDrawnItems[] = {kIndexedPreviewItem, kIndexedTableItem,   kIndexedHandItem,
+                                     kIndexedZoomItem,    kIndexedDropperItem, kIndexedSwatchItem};
+    for (const short item : kDrawnItems) InvalItem(dialog, item);
+}
+
+// Presses
+
+/// Shows the view as it was at the press, moved by the way of the mouse since then. The state
+/// itself moves, so that the box may be drawn at any time during the drag.
+void DragView(IndexedDialogGlobals* g, const Rect& pressedSource, const Rect& pressedPlace,
+              Point start, Point current, Rect view) {
+    g->srcRect = pressedSource;
+    g->dstRect = pressedPlace;
+    HandTrackMouse(current, start, g->srcRect, view, g->dstRect, g->imageSize, g->enlarge,
+                   g->shrink);
+    g->previewDirty = 1;
+    DrawImageContent(g, &view);
+}
+
+void TrackHand(DialogPtr dialog, IndexedDialogGlobals* g, Point start) {
+    const Rect source = g->srcRect, place = g->dstRect;
+    const Rect view = ItemRect(dialog, kIndexedPreviewItem);
+    std::optional<Point> shown;
+    do {
+        Point mouse;
+        GetMouse(&mouse);
+        LocalToGlobal(&mouse);
+        if (shown == mouse) continue;
+        DragView(g, source, place, start, mouse, view);
+        shown = mouse;
+    } while (StillDown());
+    EventRecord release;
+    if (GetNextEvent(mUpMask, &release)) DragView(g, source, place, start, release.where, view);
+}
+
+// Deliberate: the offset counts from the item's corner and not from where the picture begins, so
+// that a click on a small picture in the middle of the box zooms about a point beside it.
+void TrackZoom(DialogPtr dialog, IndexedDialogGlobals* g) {
+    while (StillDown()) {
+    }
+    EventRecord release;
+    short item = 0;
+    Point offset;
+    Rect view;
+    if (!GetNextEvent(mUpMask, &release) ||
+        !DialogItemPoint(&release.where, dialog, &item, &offset, &view) ||
+        item != kIndexedPreviewItem)
+        return;
+    const auto inImage = [&](int distance, int first) {
+        return static_cast<std::int16_t>(distance * g->shrink / g->enlarge + first);
+    };
+    const Point centre = {inImage(offset.v, g->srcRect.top), inImage(offset.h, g->srcRect.left)};
+    DoZoom(dialog, g->currentTool == zoomInTool ? zoomIn : zoomOut, g, &view, false, &centre);
+    g->previewDirty = 1;
+}
+
+void ServePreviewPress(DialogPtr dialog, IndexedDialogGlobals* g, Point start) {
+    switch (ToolTypeToToolButton(g->currentTool)) {
+    case ToolButton::hand:
+        return TrackHand(dialog, g, start);
+    case ToolButton::zoom:
+        return TrackZoom(dialog, g);
+    case ToolButton::eyedropper:
+        return EyeDropperTrackMouse(dialog, g);
+    }
+}
+
+bool ServePress(DialogPtr dialog, const EventRecord& event, IndexedDialogGlobals* g,
+                short* itemHit) {
+    if (!DialogItemPoint(&event.where, dialog, itemHit, nullptr, nullptr)) return false;
+    switch (*itemHit) {
+    case kIndexedPreviewItem:
+        ServePreviewPress(dialog, g, event.where);
+        return true;
+    case kIndexedTableItem:
+        CLUTTrackMouse(dialog, g);
+        return false;
+    case kIndexedHandItem:
+    case kIndexedZoomItem:
+    case kIndexedDropperItem:
+        TrackToolItemHit(dialog, &event, *itemHit, g);
+        return false;
+    default:
+        return false;
+    }
+}
+
+// The mouse on its way
+
+void UpdateCancelTitle(DialogPtr dialog, bool option) {
+    Str255 wanted, shown;
+    GetIndString(wanted, kIndexedStrings, option ? kResetString : kCancelString);
+    const ControlHandle button = ItemToControl(dialog, kIndexedCancelItem);
+    GetControlTitle(button, shown);
+    if (FromPascal(shown) != FromPascal(wanted)) SetControlTitle(button, wanted);
+}
+
+short TableCursor(ToolType selected, const HeldKeys& keys) {
+    if (keys.shift || (selected == eyeDropperPlusTool && !keys.command))
+        return GetToolCursorID(eyeDropperPlusTool);
+    if (keys.command || selected == eyeDropperMinusTool)
+        return GetToolCursorID(eyeDropperMinusTool);
+    return kNoCursor;
+}
+
+/// Chooses the tool and the cursor for what lies under the mouse.
+short CursorUnderMouse(DialogPtr dialog, Point where, IndexedDialogGlobals* g,
+                       const HeldKeys& keys) {
+    short item = 0;
+    if (!DialogItemPoint(&where, dialog, &item, nullptr, nullptr)) return kNoCursor;
+    if (item == kIndexedTableItem && !g->maskedData) return TableCursor(g->selectedTool, keys);
+    GlobalToLocal(&where);
+    if (item != kIndexedPreviewItem || !PtInRect(where, &g->dstRect)) return kNoCursor;
+    g->currentTool = ToolForKeys(g->selectedTool, keys);
+    return GetToolCursorID(g->currentTool);
+}
+
+bool ServeNullEvent(DialogPtr dialog, const EventRecord& event, IndexedDialogGlobals* g) {
+    const HeldKeys keys = {IsThisKeyDown(kKeySpace) != 0, IsThisKeyDown(kKeyCommand) != 0,
+                           IsThisKeyDown(kKeyShift) != 0, IsThisKeyDown(kKeyOption) != 0};
+    UpdateCancelTitle(dialog, keys.option);
+    const short cursorID = CursorUnderMouse(dialog, event.where, g, keys);
+    if (cursorID == kNoCursor) return false;
+    const CursHandle cursor = GetCursor(cursorID);
+    if (cursor) SetCursor(*cursor);
+    return true;
+}
+
+} // namespace
+
+ToolType ToolForKeys(ToolType selected, const HeldKeys& keys) {
+    const ToolButton button = keys.space ? ToolButton::hand : ToolTypeToToolButton(selected);
+    if (button == ToolButton::eyedropper) {
+        if (keys.shift) return eyeDropperPlusTool;
+        return keys.command ? eyeDropperMinusTool : selected;
+    }
+    if (keys.option) return zoomOutTool;
+    if (keys.command) return zoomInTool;
+    return button == ToolButton::hand ? handTool : selected;
+}
+
+Boolean DialogFilter(DialogPtr dialog, EventRecord* event, short* itemHit) {
+    const PortOfDialog port(dialog);
+    const UsualPen pen;
+    IndexedDialogGlobals* const g = GlobalsOf(dialog);
+    RedrawWhenNeeded(dialog, g);
+    if (event->what == mouseDown) return ServePress(dialog, *event, g, itemHit);
+    if (event->what == nullEvent) return ServeNullEvent(dialog, *event, g);
+    return false;
+}
