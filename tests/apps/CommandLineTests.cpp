@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 using gif89::DecodedGif;
@@ -124,7 +125,6 @@ TEST(CommandLine, RefusesWrongUsageWithCodeTwo) {
                            {"-o", "x.gif", "-O", "out", input},
                            {"-o", "x.gif", input, input},
                            {"--mode", "sepia", input},
-                           {"--mode=indexed", input},
                            {"--quiet=yes", input}};
     for (const Names& arguments : cases) {
         const ProgramRun run = RunProgram("gif89", arguments, {folder.Path(), {}});
@@ -165,6 +165,131 @@ TEST(CommandLine, NamesAsLongAsNamesCanBeKeepTheirSuffix) {
     accents.resize(254);
     RunProgram("gif89", {folder.Write(accents, kPicture)});
     EXPECT_NO_THROW(Decode(folder.Read(accents.substr(0, 250) + ".gif")));
+}
+
+// Grey levels 0, 128 and 255 beside each other, on two rows.
+const std::string kGrey("P5 3 2 255\n\x00\x80\xFF\xFF\x80\x00", 17);
+
+TEST(CommandLine, KeepsAnIndexedPicturesIndicesAndTable) {
+    const TemporaryFolder folder;
+    const std::string input = folder.Write("grey.pgm", kGrey);
+    ASSERT_EQ(RunProgram("gif89", {"-q", "--no-interlace", "--comment", "by hand", input}).exitCode,
+              0);
+    const DecodedGif gif = Decode(folder.Read("grey.gif"));
+    EXPECT_FALSE(gif.interlaced);
+    EXPECT_EQ(gif.comment, "by hand");
+    EXPECT_EQ(gif.transparentIndex, -1);
+    const std::vector<int> expected = {0, 128, 255, 255, 128, 0};
+    EXPECT_EQ(std::vector<int>(gif.indices.get(), gif.indices.get() + 6), expected);
+    for (int i = 0; i < 256; ++i) EXPECT_EQ(TableEntry(gif.table, i).green, i);
+}
+
+TEST(CommandLine, MakesIndexedPicturesTransparentAsAsked) {
+    const TemporaryFolder folder;
+    const std::string input = folder.Write("grey.pgm", kGrey);
+    const std::string mask =
+        folder.Write("mask.pgm", std::string("P5 3 2 255\n\xFF\x7F\x80\x00\xFF\xFF", 17));
+    const struct {
+        Names choices;
+        std::string hidden; // a letter for each pixel: x hidden, . shown
+    } cases[] = {{{"--transparent", "128"}, ".x..x."},
+                 {{"--transparent", "#000000,255"}, "x.xx.x"},
+                 {{"--channel", "cut=" + mask, "--alpha", "cut"}, ".x.x.."},
+                 {{"--channel", "cut=" + mask, "--alpha", "1", "--invert"}, "x.x.xx"},
+                 {{"--channel", "Transparency=" + mask}, ".x.x.."},
+                 {{"--channel", "Transparency=" + mask, "--opaque"}, "......"}};
+    for (const auto& c : cases) {
+        Names arguments = {"-qf", "--matte", "1,2,3", input};
+        if (c.hidden == "......") arguments = {"-qf", input};
+        arguments.insert(arguments.end(), c.choices.begin(), c.choices.end());
+        const ProgramRun run = RunProgram("gif89", arguments);
+        ASSERT_EQ(run.exitCode, 0) << run.errors;
+        const DecodedGif gif = Decode(folder.Read("grey.gif"));
+        std::string hidden;
+        for (int i = 0; i < 6; ++i) {
+            const int index = gif.indices[static_cast<std::size_t>(i)];
+            hidden += index == gif.transparentIndex ? 'x' : '.';
+            if (hidden.back() == '.') {
+                EXPECT_EQ(TableEntry(gif.table, index).red,
+                          static_cast<std::uint8_t>(
+                              kGrey[kGrey.size() - 6 + static_cast<std::size_t>(i)]));
+            }
+        }
+        EXPECT_EQ(hidden, c.hidden) << c.choices.back();
+        if (gif.transparentIndex >= 0) {
+            EXPECT_EQ(TableEntry(gif.table, gif.transparentIndex).blue, 3);
+        }
+    }
+}
+
+TEST(CommandLine, RefusesWhatTheDialogsWouldNotAllow) {
+    const TemporaryFolder folder;
+    folder.Write("grey.pgm", kGrey);
+    folder.Write("rgb.ppm", kPicture);
+    folder.Write("noise.ppm", NoisePicture(40));
+    folder.Write("bad.pal", "RIFF, or what else");
+    const struct {
+        Names arguments;
+        int code;
+        std::string reason;
+    } cases[] = {
+        {{"--transparent", "256", "grey.pgm"}, 2, "no entry 256; its entries are 0 to 255"},
+        {{"--transparent", "#123456", "grey.pgm"}, 2, "has the colour #123456"},
+        {{"--transparent", "red", "grey.pgm"}, 2, "is no entry"},
+        {{"--alpha", "cut", "grey.pgm"}, 2, "no channel \"cut\""},
+        {{"--invert", "grey.pgm"}, 2, "--invert needs a channel"},
+        {{"--matte", "1,2,3", "grey.pgm"}, 2, "needs transparency"},
+        {{"--matte", "1,2", "grey.pgm"}, 2, "is no colour"},
+        {{"-n", "16", "grey.pgm"}, 2, "need --mode rgb"},
+        {{"--alpha", "a", "--opaque", "grey.pgm"}, 2, "exclude each other"},
+        {{"--mode", "indexed", "rgb.ppm"}, 2, "has no palette"},
+        {{"--transparent", "1", "rgb.ppm"}, 2, "are for indexed pictures"},
+        {{"-p", "exact", "noise.ppm"}, 2, "too many colours"},
+        {{"-p", "exact", "-n", "4", "rgb.ppm"}, 2, "leave out -n"},
+        {{"-n", "1", "noise.ppm"}, 2, "expected 2 to 256"},
+        {{"--resize", "noise.ppm"}, 2, "--resize needs a palette"},
+        {{"-p", "absent.pal", "rgb.ppm"}, 1, "absent.pal cannot be opened"},
+        {{"-p", "bad.pal", "rgb.ppm"}, 1, "palette"}};
+    const Names before = folder.Names();
+    for (const auto& c : cases) {
+        const ProgramRun run = RunProgram("gif89", c.arguments, {folder.Path(), {}});
+        EXPECT_EQ(run.exitCode, c.code) << c.reason << ": " << run.errors;
+        EXPECT_TRUE(Contains(run.errors, c.reason)) << run.errors;
+        EXPECT_EQ(std::count(run.errors.begin(), run.errors.end(), '\n'), 1) << run.errors;
+        EXPECT_EQ(folder.Names(), before) << c.reason;
+    }
+}
+
+TEST(CommandLine, ReducesToThePaletteAskedFor) {
+    const TemporaryFolder folder;
+    const std::string input = folder.Write("noise.ppm", NoisePicture(40));
+    std::string table;
+    for (int i = 0; i < 256; ++i) table += {static_cast<char>(i), static_cast<char>(255 - i), '\7'};
+    const std::string file = folder.Write("own.zct", table);
+    const struct {
+        Names choices;
+        int entries; // of the written table
+        PackedColor second;
+    } cases[] = {{{"-p", "adaptive", "-n", "16"}, 16, 0},
+                 {{"-n", "8"}, 8, 0},
+                 {{"-p", "fixed"}, 256, 0xFFFFCC},
+                 {{"-p", file}, 256, 0x01FE07},
+                 {{"-p", file, "-n", "4", "--resize"}, 4, 0}};
+    for (const auto& c : cases) {
+        Names arguments = {"-qf", input};
+        arguments.insert(arguments.end(), c.choices.begin(), c.choices.end());
+        const ProgramRun run = RunProgram("gif89", arguments);
+        ASSERT_EQ(run.exitCode, 0) << run.errors;
+        const DecodedGif gif = Decode(folder.Read("noise.gif"));
+        EXPECT_EQ(gif.colors, c.entries) << c.choices.back();
+        const PackedColor second = PackColor(TableEntry(gif.table, 1));
+        if (c.second != 0) {
+            EXPECT_EQ(second, c.second) << c.choices.back();
+        }
+        if (c.choices.back() == "--resize") {
+            EXPECT_EQ(second & 0xFF, 7U) << "a colour of the file";
+        }
+    }
 }
 
 } // namespace
