@@ -7,13 +7,14 @@
 #include "PictureResource.h"
 #include "PixelSurface.h"
 #include "ResourceManager.h"
+#include "ScriptSource.h"
 #include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <map>
 #include <random>
-#include <regex>
+#include <sstream>
 
 namespace {
 
@@ -60,11 +61,12 @@ class Artwork : public testing::Test {
 TEST_F(Artwork, PicturesShowThePixelsThatWereDrawnForThem) {
     constexpr short kSide = 48, kTop = 3, kLeft = 5;
     const std::string texts = ReadText(RESOURCE_FOLDER "/tools.r");
-    const std::regex statement("picture ([0-9]+) \"([^\"]+)\"");
+    std::istringstream words(texts);
     int count = 0;
-    for (std::sregex_iterator each(texts.begin(), texts.end(), statement), end; each != end;
-         ++each, ++count) {
-        const auto id = static_cast<short>(std::stoi((*each)[1]));
+    for (std::string word, name; words >> word;) {
+        short id = 0;
+        if (word != "picture" || !(words >> id >> name)) continue;
+        ++count;
         PixelSurface surface(kTop + kSide, kLeft + kSide);
         port.surface = &surface;
         const Rect rect = {kTop, kLeft, kTop + kSide, kLeft + kSide};
@@ -72,7 +74,9 @@ TEST_F(Artwork, PicturesShowThePixelsThatWereDrawnForThem) {
         std::vector<std::uint32_t> shown;
         for (int v = 0; v < kSide; ++v)
             for (int h = 0; h < kSide; ++h) shown.push_back(surface.At(kTop + v, kLeft + h));
-        EXPECT_TRUE(shown == PngPixels(RESOURCE_FOLDER "/" + (*each)[2].str(), kSide)) << id;
+        EXPECT_TRUE(shown ==
+                    PngPixels(RESOURCE_FOLDER "/" + name.substr(1, name.size() - 2), kSide))
+            << id;
     }
     EXPECT_EQ(count, 16);
 }
@@ -146,26 +150,28 @@ TEST(WidePictures, HaveRowsWithLengthsOfTwoBytes) {
 
 TEST_F(Artwork, CursorsHaveTheRowsAndHotSpotsOfTheirTexts) {
     const std::string texts = ReadText(RESOURCE_FOLDER "/cursors.r");
-    const std::regex statement("cursor ([0-9]+) hotspot ([0-9]+) ([0-9]+) \\{([^}]+)\\}");
+    std::istringstream words(texts);
     int count = 0;
-    for (std::sregex_iterator each(texts.begin(), texts.end(), statement), end; each != end;
-         ++each, ++count) {
-        const auto number = [&](std::size_t group) {
-            return static_cast<short>(std::stoi((*each)[group]));
-        };
-        Cursor want = {{}, {}, {number(3), number(2)}}; // the text has left, then top
+    for (std::string word, brace; words >> word;) {
+        short id = 0;
+        Cursor want = {};
+        if (word != "cursor" || !(words >> id >> word >> want.hotSpot.h >> want.hotSpot.v >> brace))
+            continue;
+        ++count;
+        std::string rows;
+        std::getline(words, rows, '}');
         int pixel = 0;
-        for (const char letter : (*each)[4].str()) {
+        for (const char letter : rows) {
             if (letter != '#' && letter != 'o' && letter != '.') continue;
             const auto bit = static_cast<std::uint16_t>(32768 >> pixel % 16);
             if (letter == '#') want.data[pixel / 16] |= bit;
             if (letter != '.') want.mask[pixel / 16] |= bit;
             ++pixel;
         }
-        const CursHandle got = GetCursor(number(1));
-        ASSERT_TRUE(got) << number(1);
-        EXPECT_TRUE(**got == want) << number(1);
-        EXPECT_EQ(GetCursor(number(1)), got) << "asked for again";
+        const CursHandle got = GetCursor(id);
+        ASSERT_TRUE(got) << id;
+        EXPECT_TRUE(**got == want) << id;
+        EXPECT_EQ(GetCursor(id), got) << "asked for again";
     }
     EXPECT_EQ(count, 7);
     EXPECT_EQ(GetCursor(2006), nullptr);
@@ -181,40 +187,18 @@ TEST_F(Artwork, CursorsOutliveTheirFileAndShortOnesAreRefused) {
     EXPECT_TRUE(**hand == before);
 }
 
-/// Notes the cursors it is told to show; nothing else happens here.
-class CursorWatch : public EventSource {
-  public:
-    std::vector<const Cursor*> shown;
-
-    void ShowCursor(const Cursor* cursor) override { shown.push_back(cursor); }
-    void DialogOpened(DialogPtr) override {}
-    void DialogShown(DialogPtr) override {}
-    void DialogClosed(DialogPtr) override {}
-    void ItemChanged(DialogPtr, short, ItemChange) override {}
-    void Pump(int) override {}
-    bool ButtonDown() override { return false; }
-    Point MousePosition() override { return {}; }
-    void ReadKeys(KeyMap) override {}
-    std::uint32_t Ticks() override { return 0; }
-    std::uint32_t DoubleClickTicks() override { return 0; }
-    DialogPtr DialogAt(Point) override { return nullptr; }
-    bool Failed() override { return false; }
-    bool PickColor(Point, const std::string&, const RGBColor&, RGBColor*) override { return false; }
-    void Alert(AlertKind, const std::string&) override {}
-    void About(const std::vector<std::string>&) override {}
-};
-
 TEST_F(Artwork, CursorsAreShownByTheEventSourceIfThereIsOne) {
     const Cursor* const hand = *GetCursor(2001);
     SetCursor(hand);
     InitCursor();
-    CursorWatch watch;
-    EventSource* const outer = SetEventSource(&watch);
+    ScriptSource source(std::vector<Act>{});
+    EventSource* const outer = SetEventSource(&source);
     SetCursor(hand);
     SetCursor(nullptr);
+    EXPECT_EQ(source.ShownCursor(), hand);
     SetArrowCursor();
+    EXPECT_EQ(source.ShownCursor(), nullptr);
     SetEventSource(outer);
-    EXPECT_EQ(watch.shown, (std::vector<const Cursor*>{hand, nullptr}));
 }
 
 } // namespace
