@@ -53,10 +53,11 @@ bytes "ictb" 16000 {
     "0000 00 00 0000 8000 8000 8000"    # font, face, filler, size, red, green, blue
 }
 
-# The palette needs exactly 354 x 90.
+# The palette needs exactly 354 x 90. An image box of odd sides lets drags at 1:1 follow the mouse to
+# the pixel.
 dialog 16002 "GIF89a Preview" size 668 508 {
     1  button  "Done"     at 564 468  size 88 24
-    2  user               at 16 16    size 532 352
+    2  user               at 16 16    size 531 351
     3  static  "^0:^1"    at 564 104  size 88 16
     4  user               at 16 402   size 354 90
     5  static  "Palette"  at 16 384   size 200 16

@@ -75,6 +75,7 @@ std::intptr_t GetWRefCon(WindowPtr window);
 
 void SetDialogDefaultItem(DialogPtr dialog, short item); ///< Return and Enter press it
 void SetDialogCancelItem(DialogPtr dialog, short item);  ///< Escape, Command-period, closing
+/// The cursor is the arrow, over edit texts the bar, wherever the filter chooses none.
 void SetDialogTracksCursor(DialogPtr dialog, Boolean tracks);
 
 /// The texts that replace ^0 to ^3 in static texts and alerts whenever they are drawn.

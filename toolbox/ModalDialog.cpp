@@ -99,6 +99,8 @@ Hit ServeKey(DialogPtr dialog, const EventRecord& event) {
 
 Hit ServeEvent(DialogPtr dialog, const EventRecord& event, ModalEventProc* eventProc) {
     if (event.what == keyDown) return ServeKey(dialog, event);
+    // A filter that takes a null event has chosen a cursor; elsewhere it is the arrow again.
+    if (event.what == nullEvent && dialog->tracksCursor) SetArrowCursor();
     if (event.what != mouseDown) return std::nullopt;
     WindowPtr window = nullptr;
     if (FindWindow(event.where, &window) == inContent && window == dialog)

@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QComboBox>
 
 #include <algorithm>
 #include <limits>
@@ -41,7 +42,8 @@ int LabelDistance(const Rect& label, const Rect& item) {
     const bool sameRow = Overlap(label.top, label.bottom, item.top, item.bottom);
     if (sameRow && label.left < item.left) return std::max(0, item.left - label.right);
     const bool sameColumn = Overlap(label.left, label.right, item.left, item.right);
-    if (sameColumn && label.bottom <= item.top + kSlack) return std::max(0, item.top - label.bottom);
+    if (sameColumn && label.bottom <= item.top + kSlack)
+        return std::max(0, item.top - label.bottom);
     return std::numeric_limits<int>::max();
 }
 
@@ -58,10 +60,43 @@ QString LabelNear(const DialogRecord& dialog, const DialogItem& item) {
     return nearest ? OwnText(*nearest) : QString();
 }
 
+/// The toolkit's own would give the chosen entry for a name, and no name.
+class PopUpInterface : public QAccessibleWidget {
+  public:
+    explicit PopUpInterface(QComboBox* theBox)
+        : QAccessibleWidget(theBox, QAccessible::ComboBox), box(theBox) {
+        addControllingSignal(QStringLiteral("activated(int)"));
+    }
+
+    QString text(QAccessible::Text kind) const override {
+        if (kind == QAccessible::Value) return box->currentText();
+        if (kind != QAccessible::Name) return QAccessibleWidget::text(kind);
+        return box->accessibleName() + QStringLiteral(": ") + box->currentText();
+    }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.hasPopup = true;
+        state.expandable = true;
+        return state;
+    }
+    QStringList actionNames() const override {
+        return QStringList(showMenuAction()) + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name != showMenuAction()) return QAccessibleWidget::doAction(name);
+        if (box->isEnabled()) box->showPopup();
+    }
+
+  private:
+    QComboBox* box;
+};
+
 QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
-    auto* drawn = dynamic_cast<DrawnItem*>(object);
-    return drawn ? new QAccessibleWidget(drawn, QAccessible::Graphic, drawn->accessibleName())
-                 : nullptr;
+    if (auto* drawn = dynamic_cast<DrawnItem*>(object))
+        return new QAccessibleWidget(drawn, QAccessible::Graphic);
+    if (auto* box = qobject_cast<QComboBox*>(object); box && !box->accessibleName().isEmpty())
+        return new PopUpInterface(box);
+    return nullptr;
 }
 
 } // namespace
@@ -78,6 +113,6 @@ DrawnItem::DrawnItem(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
-void InstallDrawnItemAccessibility() {
+void InstallItemAccessibility() {
     QAccessible::installFactory(MakeInterface);
 }

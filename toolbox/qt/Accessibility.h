@@ -14,5 +14,6 @@ class DrawnItem : public QWidget {
     explicit DrawnItem(QWidget* parent);
 };
 
-/// Makes assistive programs see drawn items as graphics. Called once.
-void InstallDrawnItemAccessibility();
+/// Makes assistive programs see drawn items as graphics, and pop-ups with both their name and what
+/// is chosen in them. Called once.
+void InstallItemAccessibility();

@@ -1,4 +1,5 @@
-// The drawn part of a dialog: shapes go into a backing picture at once and to the screen from there.
+// The drawn part of a dialog: shapes go into a backing picture at once and to the screen from
+// there.
 #pragma once
 
 #include "Surface.h"

@@ -56,15 +56,12 @@ void DialogWindow::Present(QWindow* parent) {
     UpdateOrigin();
 }
 
+// Widgets made in the order of the items follow one another in that order with the tab key.
 void DialogWindow::MakeWidgets() {
-    QWidget* before = nullptr;
     for (std::size_t i = widgets.size(); i < dialog->items.size(); ++i) {
         const auto number = static_cast<short>(i + 1);
         QWidget* widget = MakeItemWidget(dialog, number, canvas, postings);
         widgets.push_back(widget);
-        if (!IsNativeControl(widget)) continue;
-        if (before) QWidget::setTabOrder(before, widget);
-        before = widget;
         if (auto* button = qobject_cast<QPushButton*>(widget))
             button->setDefault(number == dialog->defaultItem);
     }

@@ -13,12 +13,18 @@ constexpr struct KeyCode {
     short code;
     char character;
 } kKeyCodes[] = {
-    {Qt::Key_Return, kKeyReturn, '\r'}, {Qt::Key_Enter, kKeyEnter, 3},
-    {Qt::Key_Escape, kKeyEscape, 27},   {Qt::Key_Backspace, kKeyDelete, 8},
-    {Qt::Key_Space, kKeySpace, ' '},    {Qt::Key_Tab, 48, '\t'},
-    {Qt::Key_Period, kPeriod, '.'},     {Qt::Key_Delete, 117, 127},
-    {Qt::Key_Left, 123, 28},            {Qt::Key_Right, 124, 29},
-    {Qt::Key_Down, 125, 31},            {Qt::Key_Up, 126, 30},
+    {Qt::Key_Return, kKeyReturn, '\r'},
+    {Qt::Key_Enter, kKeyEnter, 3},
+    {Qt::Key_Escape, kKeyEscape, 27},
+    {Qt::Key_Backspace, kKeyDelete, 8},
+    {Qt::Key_Space, kKeySpace, ' '},
+    {Qt::Key_Tab, 48, '\t'},
+    {Qt::Key_Period, kPeriod, '.'},
+    {Qt::Key_Delete, 117, 127},
+    {Qt::Key_Left, 123, 28},
+    {Qt::Key_Right, 124, 29},
+    {Qt::Key_Down, 125, 31},
+    {Qt::Key_Up, 126, 30},
 };
 
 const KeyCode* FindKey(int key) {

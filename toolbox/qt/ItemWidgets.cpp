@@ -36,10 +36,10 @@ class PopUp : public QComboBox {
 // Toolkit titles mark a key with an ampersand; ours mean the character.
 QString ToTitle(const DialogItem& item) {
     QString title =
-        item.control ? QString::fromUtf8(
-                           reinterpret_cast<const char*>((*item.control)->contrlTitle + 1),
-                           (*item.control)->contrlTitle[0])
-                     : QString::fromStdString(item.text);
+        item.control
+            ? QString::fromUtf8(reinterpret_cast<const char*>((*item.control)->contrlTitle + 1),
+                                (*item.control)->contrlTitle[0])
+            : QString::fromStdString(item.text);
     return title.replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
@@ -167,9 +167,9 @@ QWidget* MakeItemWidget(DialogPtr dialog, short item, QWidget* parent, Postings&
         widget->setCursor(edits && dialog->tracksCursor ? Qt::IBeamCursor : Qt::ArrowCursor);
         widget->setMouseTracking(true);
     }
-    for (const ItemChange all : {ItemChange::rect, ItemChange::title, ItemChange::menu,
-                                 ItemChange::value, ItemChange::text, ItemChange::look,
-                                 ItemChange::state})
+    for (const ItemChange all :
+         {ItemChange::rect, ItemChange::title, ItemChange::menu, ItemChange::value,
+          ItemChange::text, ItemChange::look, ItemChange::state})
         UpdateItemWidget(dialog, item, widget, all);
     widget->setAccessibleName(AccessibleNameOf(*dialog, item));
     return widget;
@@ -206,7 +206,7 @@ bool IsNativeControl(const QWidget* widget) {
 bool OperatesControl(const QWidget* widget, int key) {
     if (qobject_cast<const QAbstractButton*>(widget)) return key == Qt::Key_Space;
     if (!qobject_cast<const QComboBox*>(widget)) return false;
-    constexpr int kPopUpKeys[] = {Qt::Key_Space, Qt::Key_Up,     Qt::Key_Down,    Qt::Key_Home,
+    constexpr int kPopUpKeys[] = {Qt::Key_Space, Qt::Key_Up,     Qt::Key_Down,     Qt::Key_Home,
                                   Qt::Key_End,   Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_F4};
     return std::find(std::begin(kPopUpKeys), std::end(kPopUpKeys), key) != std::end(kPopUpKeys);
 }

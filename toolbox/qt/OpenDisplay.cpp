@@ -48,7 +48,7 @@ void SetLook() {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setFont(FontFor(0, 0));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    InstallDrawnItemAccessibility();
+    InstallItemAccessibility();
 }
 
 WindowDisplay* Open() {

@@ -1,0 +1,163 @@
+// Presses, keys and cursors between the toolkit and the module, and what waiting for them costs.
+#include "WindowFixture.h"
+
+#include <QPixmap>
+
+#include <sys/resource.h>
+
+#include <cstdio>
+
+namespace {
+
+double ProcessorSeconds() {
+    rusage usage;
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+bool HoldsOption(EventSource& display) {
+    KeyMap keys;
+    display.ReadKeys(keys);
+    return keys[kKeyOption >> 3] >> (kKeyOption & 7) & 1;
+}
+
+class Input : public WindowTest {};
+
+// Filters carry no state of their own.
+std::vector<std::int16_t> theEvents;
+
+Boolean WaitForReleaseAndTake(DialogPtr, EventRecord* event, short* item) {
+    theEvents.push_back(event->what);
+    if (event->what != mouseDown) return 0;
+    while (StillDown()) {
+    }
+    EventRecord release;
+    if (GetNextEvent(mUpMask, &release)) theEvents.push_back(release.what);
+    *item = 42;
+    return 1;
+}
+
+TEST_F(Input, LetsTheModuleFollowAPressOnAWidgetToItsEnd) {
+    Show();
+    theEvents.clear();
+    const QPoint button = MiddleOf(kTestOK);
+    // The press is offered from inside the toolkit; all that follows must reach the module there.
+    std::deque<std::function<void()>> acts = {
+        [&] { hands->MoveTo(button); }, [&] { hands->Button(true); },
+        [&] { hands->MoveTo(button - QPoint(9, 0)); }, [&] { hands->Button(false); }};
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        if (acts.empty()) return timer.stop();
+        QMetaObject::invokeMethod(
+            qApp, [act = acts.front()] { act(); }, Qt::QueuedConnection);
+        acts.pop_front();
+    });
+    timer.start(20);
+    short item = 0;
+    MoveableModalDialog(dialog, nullptr, WaitForReleaseAndTake, &item);
+    EXPECT_EQ(item, 42);
+    std::erase(theEvents, nullEvent);
+    EXPECT_EQ(theEvents, (std::vector<std::int16_t>{mouseDown, mouseUp}));
+    EXPECT_EQ(NextHit(), -1) << "the button was not pressed";
+}
+
+TEST_F(Input, OfAnInactiveWindowIsNotBelieved) {
+    Show();
+    hands->Key(Qt::Key_Alt, {}, true);
+    hands->Key(Qt::Key_Space, QStringLiteral(" "), true);
+    hands->MoveTo(Global({60, 60}));
+    hands->Button(true);
+    Settle();
+    EXPECT_TRUE(HoldsOption(display));
+    EXPECT_TRUE(display.ButtonDown());
+
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QApplication::setActiveWindow(&other);
+    Settle();
+    KeyMap keys;
+    display.ReadKeys(keys);
+    EXPECT_EQ(std::count(keys, keys + sizeof keys, 0), 16);
+    EXPECT_FALSE(display.ButtonDown());
+    other.close();
+    QApplication::setActiveWindow(Window());
+    Settle();
+    display.ReadKeys(keys);
+    EXPECT_EQ(keys[kKeySpace >> 3] >> (kKeySpace & 7) & 1, 0) << "the release went elsewhere";
+    hands->Key(Qt::Key_Alt, {}, false);
+}
+
+TEST_F(Input, FindsTheDialogOnlyWhereNothingLiesOverIt) {
+    Show();
+    const auto at = [&](QPoint point) {
+        return display.DialogAt({static_cast<short>(point.y()), static_cast<short>(point.x())});
+    };
+    EXPECT_EQ(at(Global({0, 0})), dialog);
+    EXPECT_EQ(at(Global({379, 319})), dialog);
+    EXPECT_EQ(at(Global({-1, 0})), nullptr);
+    EXPECT_EQ(at(Global({380, 0})), nullptr);
+    hands->MoveTo(MiddleOf(kTestColours));
+    hands->Button(true);
+    hands->Button(false);
+    Settle();
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    EXPECT_EQ(at(Global({1, 1})), nullptr) << "a list is open";
+    Stroke(Qt::Key_Escape);
+    EXPECT_EQ(at(Global({1, 1})), dialog);
+}
+
+TEST_F(Input, ShowsTheModulesCursorOnTheCanvasAlone) {
+    Show();
+    const Cursor& wanted = **GetCursor(kTestCursor);
+    SetCursor(&wanted);
+    const QCursor shown = Canvas()->cursor();
+    EXPECT_EQ(shown.hotSpot(), QPoint(8, 8));
+    const QImage pixels = shown.pixmap().toImage();
+    const int scale = pixels.width() / 16;
+    ASSERT_EQ(scale, static_cast<int>(Canvas()->devicePixelRatioF()));
+    for (int y = 0; y < 16 * scale; ++y)
+        for (int x = 0; x < 16 * scale; ++x) {
+            const int bit = 0x8000 >> (x / scale), row = y / scale;
+            const QRgb ink = wanted.data[row] & bit ? 0xFF000000 : 0xFFFFFFFF;
+            ASSERT_EQ(pixels.pixel(x, y), wanted.mask[row] & bit ? ink : 0u) << x << ", " << y;
+        }
+    EXPECT_EQ(WidgetOf(kTestOK)->cursor().shape(), Qt::ArrowCursor);
+    EXPECT_EQ(WidgetOf(kTestNumber)->cursor().shape(), Qt::IBeamCursor);
+    NextHit(); // its null events choose no cursor
+    EXPECT_EQ(Canvas()->cursor().shape(), Qt::ArrowCursor);
+}
+
+// The bounds are several times what is wanted, for machines that have other things to do; the
+// figures are printed.
+TEST_F(Input, CostsLittleToWaitFor) {
+    Show();
+    constexpr double kSeconds = 2;
+    const auto pass = [&](const std::function<void()>& wait) {
+        const double before = ProcessorSeconds();
+        const std::uint32_t end = TickCount() + static_cast<std::uint32_t>(kSeconds * 60);
+        while (TickCount() < end) wait();
+        return (ProcessorSeconds() - before) / kSeconds;
+    };
+    const double idle = pass([&] { NextHit(); });
+    hands->MoveTo(Global({60, 60}));
+    hands->Button(true);
+    EventRecord press;
+    ASSERT_TRUE(GetNextEvent(1 << mouseDown, &press));
+    bool staysDown = true;
+    const double held = pass([&] {
+        InvalItem(dialog, kTestCanvas);
+        staysDown = StillDown() && staysDown;
+    });
+    EXPECT_TRUE(staysDown);
+    hands->Button(false);
+    std::printf("ten idle seconds: %.3f s of processor time; held button: %.1f %% of a core\n",
+                idle * 10, held * 100);
+    EXPECT_LT(idle * 10, 0.3 * 4);
+    EXPECT_LT(held, 0.1 * 4);
+}
+
+} // namespace

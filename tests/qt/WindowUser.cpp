@@ -1,0 +1,183 @@
+#include "WindowUser.h"
+
+#include <QClipboard>
+#include <QEvent>
+#include <QGuiApplication>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kPatience = 1000; // pumps for one event
+constexpr int kHurriedMilliseconds = 5;
+
+int ToQtKey(short key) {
+    switch (key) {
+    case kKeyOption:
+        return Qt::Key_Alt;
+    case kKeyCommand:
+        return Qt::Key_Control;
+    case kKeyShift:
+        return Qt::Key_Shift;
+    case kKeySpace:
+        return Qt::Key_Space;
+    case kKeyDelete:
+        return Qt::Key_Backspace;
+    case kKeyEscape:
+        return Qt::Key_Escape;
+    default:
+        return Qt::Key_Return;
+    }
+}
+
+int EntryOf(const MenuInfo& menu, const Act& act) {
+    for (std::size_t i = 0; i < menu.entries.size(); ++i)
+        if (menu.entries[i].text == act.text) return static_cast<int>(i) + 1;
+    return act.entry;
+}
+
+} // namespace
+
+/// Counts what the user's hands made, where it enters the program.
+class WindowUser::ArrivalCounter : public QObject {
+  public:
+    ArrivalCounter() { qApp->installEventFilter(this); }
+
+    int count = 0;
+
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        if (!receiver->isWindowType()) return false;
+        switch (event->type()) {
+        case QEvent::MouseMove:
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+            ++count;
+            return false;
+        default:
+            return false;
+        }
+    }
+};
+
+WindowUser::WindowUser(EventSource& theDisplay, Hands& theHands, std::vector<Act> theActs)
+    : display(theDisplay), hands(theHands), acts(theActs.begin(), theActs.end()),
+      arrivals(std::make_unique<ArrivalCounter>()) {}
+
+WindowUser::~WindowUser() = default;
+
+void WindowUser::Pump(int milliseconds) {
+    if (milliseconds > 0) {
+        if (arrivals->count >= expected)
+            TakeNextStep();
+        else if (++fruitlessPumps > kPatience)
+            failure = "what the hands did has not arrived";
+    }
+    display.Pump(std::min(milliseconds, kHurriedMilliseconds));
+}
+
+// Between two acts one look for events brings nothing, so that a null event comes.
+void WindowUser::TakeNextStep() {
+    fruitlessPumps = 0;
+    if (!steps.empty()) {
+        const auto step = steps.front();
+        steps.pop_front();
+        return step();
+    }
+    if (acts.empty()) {
+        failure = "the acts ran out";
+        return;
+    }
+    Expand(acts.front());
+    acts.pop_front();
+}
+
+void WindowUser::Expand(const Act& act) {
+    using Kind = Act::Kind;
+    switch (act.kind) {
+    case Kind::pressItem:
+        return ExpandPointer({Middle(act.item)});
+    case Kind::pressAt:
+    case Kind::drag:
+        return ExpandPointer(act.points);
+    case Kind::moveTo:
+        return Move(act.points[0]);
+    case Kind::type:
+        for (const QChar character : QString::fromStdString(act.text))
+            ExpandStroke(character.toUpper().unicode(), character);
+        return;
+    case Kind::setText:
+        QGuiApplication::clipboard()->setText(QString::fromStdString(act.text));
+        ExpandPointer({Middle(act.item)});
+        AddKey(Qt::Key_Control, {}, true);
+        ExpandStroke(Qt::Key_A);
+        ExpandStroke(Qt::Key_V);
+        return AddKey(Qt::Key_Control, {}, false);
+    case Kind::holdKey:
+    case Kind::releaseKey:
+        return AddKey(ToQtKey(act.key), act.key == kKeySpace ? " " : QString(),
+                      act.kind == Kind::holdKey);
+    case Kind::pressKey:
+        return ExpandStroke(ToQtKey(act.key));
+    case Kind::chooseEntry:
+        return ExpandChoice(act);
+    case Kind::idle:
+        steps.insert(steps.end(), static_cast<std::size_t>(act.ticks / 2), [] {});
+        return;
+    default:
+        failure = "an act that hands cannot do";
+    }
+}
+
+void WindowUser::ExpandPointer(const std::vector<Point>& points) {
+    const auto button = [this](bool down) {
+        steps.push_back([this, down] {
+            ++expected;
+            hands.Button(down);
+        });
+    };
+    Move(points.front());
+    button(true);
+    for (std::size_t i = 1; i < points.size(); ++i) Move(points[i]);
+    button(false);
+}
+
+void WindowUser::Move(Point local) {
+    steps.push_back([this, local] {
+        const Point origin = OpenDialogs().front()->origin;
+        const QPoint global(origin.h + local.h, origin.v + local.v);
+        if (global == mouse) return; // makes no event
+        mouse = global;
+        ++expected;
+        hands.MoveTo(global);
+    });
+}
+
+void WindowUser::AddKey(int key, const QString& text, bool down) {
+    steps.push_back([this, key, text, down] {
+        ++expected;
+        hands.Key(key, text, down);
+    });
+}
+
+void WindowUser::ExpandStroke(int key, const QString& text) {
+    AddKey(key, text, true);
+    AddKey(key, text, false);
+}
+
+// Opens the list and walks to the entry, past those that cannot be chosen.
+void WindowUser::ExpandChoice(const Act& act) {
+    ExpandPointer({Middle(act.item)});
+    ExpandStroke(Qt::Key_Home);
+    const MenuInfo& menu = **OpenDialogs().front()->Item(act.item)->menu;
+    for (int entry = 1; entry < EntryOf(menu, act); ++entry)
+        if (menu.CanChoose(static_cast<short>(entry))) ExpandStroke(Qt::Key_Down);
+    ExpandStroke(Qt::Key_Return);
+}
+
+Point WindowUser::Middle(short item) const {
+    const Rect& rect = OpenDialogs().front()->Item(item)->rect;
+    return {static_cast<short>((rect.top + rect.bottom) / 2),
+            static_cast<short>((rect.left + rect.right) / 2)};
+}

@@ -1,0 +1,87 @@
+// Plays a script's acts on a real display: every act becomes what hands do with mouse and keyboard.
+#pragma once
+
+#include "EventSource.h"
+#include "ScriptSource.h"
+
+#include <QObject>
+#include <QPoint>
+#include <QString>
+
+#include <deque>
+#include <functional>
+#include <memory>
+
+/// Mouse and keyboard. Each call, and each stroke's two halves, makes one event.
+class Hands {
+  public:
+    virtual ~Hands() = default;
+    virtual void MoveTo(QPoint global) = 0;
+    virtual void Button(bool down) = 0;
+    /// `key` is the toolkit's code; `text` what it types.
+    virtual void Key(int key, const QString& text, bool down) = 0;
+};
+
+/// Events made inside the program, for the window in front.
+std::unique_ptr<Hands> MakeOwnHands();
+/// Events made by the X server on behalf of another program, xdotool.
+std::unique_ptr<Hands> MakeXHands();
+
+/// Stands between the toolbox and a display and does the next thing whenever the toolbox waits and
+/// the last one has arrived, so that nothing depends on how fast the machine is.
+class WindowUser : public EventSource {
+  public:
+    WindowUser(EventSource& display, Hands& hands, std::vector<Act> acts);
+    ~WindowUser() override;
+
+    /// Why the acts could not be played to their end; empty when they were.
+    const std::string& Failure() const { return failure; }
+
+    std::size_t PendingActs() const { return acts.size(); }
+
+    void DialogOpened(DialogPtr dialog) override { display.DialogOpened(dialog); }
+    void DialogShown(DialogPtr dialog) override { display.DialogShown(dialog); }
+    void DialogClosed(DialogPtr dialog) override { display.DialogClosed(dialog); }
+    void ItemChanged(DialogPtr dialog, short item, ItemChange change) override {
+        display.ItemChanged(dialog, item, change);
+    }
+    void Pump(int milliseconds) override;
+    bool ButtonDown() override { return display.ButtonDown(); }
+    Point MousePosition() override { return display.MousePosition(); }
+    void ReadKeys(KeyMap keys) override { display.ReadKeys(keys); }
+    std::uint32_t Ticks() override { return display.Ticks(); }
+    std::uint32_t DoubleClickTicks() override { return display.DoubleClickTicks(); }
+    DialogPtr DialogAt(Point global) override { return display.DialogAt(global); }
+    bool Failed() override { return !failure.empty(); }
+    void ShowCursor(const Cursor* cursor) override { display.ShowCursor(cursor); }
+    bool PickColor(Point where, const std::string& prompt, const RGBColor& start,
+                   RGBColor* picked) override {
+        return display.PickColor(where, prompt, start, picked);
+    }
+    void Alert(AlertKind kind, const std::string& sentence) override {
+        display.Alert(kind, sentence);
+    }
+    void About(const std::vector<std::string>& lines) override { display.About(lines); }
+
+  private:
+    class ArrivalCounter;
+
+    void TakeNextStep();
+    void Expand(const Act& act);
+    void ExpandPointer(const std::vector<Point>& points);
+    void ExpandStroke(int key, const QString& text = {});
+    void ExpandChoice(const Act& act);
+    void Move(Point local);
+    void AddKey(int key, const QString& text, bool down);
+    Point Middle(short item) const;
+
+    EventSource& display;
+    Hands& hands;
+    std::deque<Act> acts;
+    std::deque<std::function<void()>> steps;
+    std::unique_ptr<ArrivalCounter> arrivals;
+    int expected = 0;
+    int fruitlessPumps = 0;
+    QPoint mouse;
+    std::string failure;
+};
