@@ -79,7 +79,7 @@ class GIF89RGBExport final : public GIF89ExportContext {
 
     /// Builds palette and `gifBuffer` as an export with these flags would and shows both in a
     /// dialog. What it leaves in `palette`, `numColors` and `transIndex` is the caller's to
-    /// restore. 0, or -1 when the dialog cannot be had.
+    /// restore. 0, -1 when the dialog cannot be had, or memFullErr.
     short DoPreview(unsigned char exact, unsigned char supplied);
 
     std::uint8_t* errorBuffer = nullptr; ///< two rows of columns + 2 cells of three 16-bit values

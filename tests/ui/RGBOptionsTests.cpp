@@ -1,0 +1,471 @@
+// The options dialog of RGB pictures: what every choice in it leads to.
+#include "FaultInjection.h"
+#include "HostDialogs.h"
+#include "LumoGetColor.h"
+#include "PixelSurface.h"
+#include "RGBSession.h"
+#include "RandomPictures.h"
+#include "ResourceManager.h"
+
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr int kRows = 30, kColumns = 40;
+const Act kOK = PressItem(kRGBOKItem);
+
+std::vector<std::uint8_t> Pixels(PictureKind kind, int planes) {
+    return RandomPixels(kind, kRows, kColumns, planes, 7);
+}
+
+Look Check(std::function<void(DialogPtr)> look) {
+    return look;
+}
+
+Look ExpectCount(const std::string& text) {
+    return [text](DialogPtr dialog) { EXPECT_EQ(TextOf(dialog, kRGBCountItem), text); };
+}
+
+Look ExpectPalette(const std::string& entry) {
+    return
+        [entry](DialogPtr dialog) { EXPECT_EQ(ChosenText(dialog, kRGBPalettePopUpItem), entry); };
+}
+
+Steps LoadFile(const std::string& path) {
+    return {PressItem(kRGBLoadItem), PickFile(path)};
+}
+
+Steps Count(const std::string& text) {
+    return {SetText(kRGBCountItem, text)};
+}
+
+/// Folder with palettes that the tests load.
+struct PaletteFiles {
+    TemporaryFolder folder;
+    RGBLookUpTable many = RandomTable(256, 1), some = RandomTable(40, 2), one = RandomTable(1, 3);
+    std::string manyPath = folder.Write("many.zco", SwatchFile(many, 256));
+    std::string somePath = folder.Write("some.ZCO", SwatchFile(some, 40));
+    std::string onePath = folder.Write("one.ZCO", SwatchFile(one, 1));
+    std::string otherSpacePath = folder.Write("other.ZCO", SwatchFile(some, 40, 2));
+    std::string shortPath = folder.Write("short.PAL", "RIFF");
+};
+
+RGBLookUpTable FixedPalette() {
+    const std::int16_t file = OpenResFile(MODULE_RESOURCES);
+    RGBLookUpTable table;
+    std::memcpy(&table, *GetResource(FourCC("PLUT"), 3), sizeof table);
+    CloseResFile(file);
+    return table;
+}
+
+/// What the dialog is to leave in the context, and the steps to it.
+struct Choice {
+    std::string name;
+    PictureKind picture;
+    Steps steps;
+    bool exact = false;
+    const RGBLookUpTable* supplied = nullptr;
+    int suppliedCount = 0;
+    int colors = 0; ///< 0: as many as there can be
+    bool resize = false;
+};
+constexpr auto kMany = PictureKind::noise, kFew = PictureKind::fewColors;
+
+bool MayResize(const GIF89RGBExport& context) {
+    unsigned char first = 0;
+    std::memcpy(&first, &context.suppliedPaletteFlag, 1);
+    return first != 0;
+}
+
+void Apply(const Choice& choice, RGBContext* core) {
+    GIF89RGBExport& context = core->context;
+    core->exact = choice.exact;
+    core->supplied = choice.supplied != nullptr;
+    const int most = core->record.hasTransparency ? 255 : 256;
+    context.numColors = choice.exact         ? context.exactInfo.count
+                        : choice.colors == 0 ? most
+                                             : choice.colors;
+    if (choice.supplied) context.palette = *choice.supplied;
+    context.suppliedPaletteCount = choice.suppliedCount;
+    std::memset(&context.suppliedPaletteFlag, choice.resize, 1);
+    context.interlaced = 1;
+    context.transparentColor = {0, 192, 192, 192};
+}
+
+void ExpectMembers(const RGBContext& got, const RGBContext& want, const std::string& name) {
+    EXPECT_EQ(got.exact, want.exact) << name;
+    EXPECT_EQ(got.supplied, want.supplied) << name;
+    EXPECT_EQ(got.context.numColors, want.context.numColors) << name;
+    EXPECT_EQ(got.context.interlaced, 1) << name;
+    EXPECT_EQ(got.context.commentEnabled, 0) << name;
+    EXPECT_EQ(PackColor(got.context.transparentColor), PackRGB(192, 192, 192)) << name;
+    EXPECT_EQ(MayResize(got.context), MayResize(want.context)) << name;
+    if (!want.supplied) return;
+    EXPECT_EQ(got.context.suppliedPaletteCount, want.context.suppliedPaletteCount) << name;
+    EXPECT_EQ(TableColors(got.context.palette), TableColors(want.context.palette)) << name;
+}
+
+TEST(RGBOptions, EveryPaletteIsWrittenAsTheCoreWritesIt) {
+    const PaletteFiles files;
+    const RGBLookUpTable cube = FixedPalette();
+    const Act adaptive = ChooseEntry(10, "Adaptive"), fixed = ChooseEntry(10, "Fixed");
+    const Act fit = PressItem(kRGBResizeItem);
+    const Steps some = LoadFile(files.somePath), many = LoadFile(files.manyPath);
+    const Steps preview = {PressItem(kRGBPreviewItem), PressItem(1)};
+    const Choice choices[] = {
+        {"exact", kFew, {}, true},
+        {"exact again", kFew, Steps{adaptive} + Count("9") + Steps{ChooseEntry(10, 1)}, true},
+        {"adaptive", kMany, {}},
+        {"adaptive of 16", kMany, {ChooseEntry(14, "16")}, false, nullptr, 0, 16},
+        {"adaptive, not exact", kFew, Steps{adaptive} + Count("6"), false, nullptr, 0, 6},
+        {"fixed", kMany, {fixed}, false, &cube, 256},
+        {"fixed, not exact", kFew, {fixed}, false, &cube, 256},
+        {"fixed to 16", kMany, Steps{fixed, fit} + Count("16"), false, &cube, 256, 16, true},
+        {"file", kMany, many, false, &files.many, 256},
+        {"file to 100", kMany, many + Steps{fit} + Count("100"), false, &files.many, 256, 100,
+         true},
+        {"file of 40", kMany, some, false, &files.some, 40, 40},
+        {"file of 40, cut", kMany, some + Count("16"), false, &files.some, 40, 16},
+        {"file of 40 to 60", kMany, some + Count("60") + Steps{fit, fit, fit}, false, &files.some,
+         40, 60, true},
+        {"file of one", kMany, LoadFile(files.onePath), false, &files.one, 1, 2},
+        {"a second file", kMany, many + some, false, &files.some, 40, 40},
+        {"file after a preview of less", kMany, some + Count("9") + preview + Count("40"), false,
+         &files.some, 40, 40},
+        {"file after a preview of another palette", kMany,
+         some + Steps{fixed} + preview + Steps{ChooseEntry(10, 5)}, false, &files.some, 40, 40},
+        {"fit without a palette to fit", kMany, some + Steps{fit, adaptive}, false, nullptr, 0, 40},
+        {"adaptive after a preview", kMany, Steps{fixed} + preview + Steps{adaptive}},
+    };
+    for (const Choice& choice : choices)
+        for (const int planes : {3, 4}) {
+            const std::string name = choice.name + (planes == 3 ? "" : " over alpha");
+            const auto pixels = Pixels(choice.picture, planes);
+            RGBContext core(kRows, kColumns, planes, pixels);
+            Apply(choice, &core);
+            {
+                RGBContext asked(kRows, kColumns, planes, pixels);
+                EXPECT_EQ(asked.Ask(choice.steps + Steps{kOK}), noErr) << name;
+                ExpectMembers(asked, core, name);
+                EXPECT_EQ(asked.alerts.size(), 0u) << name;
+            }
+            const std::string want = core.Write();
+            ASSERT_GT(want.size(), 20u) << name;
+            EXPECT_TRUE(ExportWith(kRows, kColumns, planes, pixels, choice.steps + Steps{kOK}) ==
+                        want)
+                << name;
+        }
+}
+
+TEST(RGBOptions, OpensWithWhatThePictureAllows) {
+    const struct {
+        PictureKind picture;
+        int planes, exactCount; ///< 0: as counted
+        bool exact;
+        const char* count;
+    } cases[] = {{kMany, 3, 0, false, "256"},  {kMany, 4, 0, false, "255"},
+                 {kFew, 3, 0, true, ""},       {kFew, 4, 0, true, ""},
+                 {kMany, 3, 256, true, "256"}, {kMany, 4, 256, false, "255"},
+                 {kFew, 4, 255, true, "255"}};
+    for (const auto& c : cases) {
+        RGBContext run(kRows, kColumns, c.planes, Pixels(c.picture, c.planes));
+        if (c.exactCount != 0) run.context.exactInfo.count = c.exactCount;
+        char comment[] = "hello";
+        run.context.comment = c.planes == 4 ? comment : nullptr;
+        const std::string count = *c.count ? c.count : std::to_string(run.context.exactInfo.count);
+        run.Ask({Check([&](DialogPtr dialog) {
+                     const bool alpha = c.planes == 4;
+                     const auto disabled = [&](int item) {
+                         return dialog->Item(static_cast<short>(item))->IsDisabled();
+                     };
+                     EXPECT_EQ(GetPopUpMenuValue(dialog, 10), c.exact ? 1 : 2);
+                     EXPECT_EQ((*dialog->Item(10)->menu)->CanChoose(1), c.exact);
+                     const auto& presets = (*dialog->Item(14)->menu)->entries;
+                     const std::size_t most = presets.size() - 3; // two lie behind it
+                     EXPECT_EQ(presets[most].text, "256");
+                     EXPECT_EQ(presets[most].enabled, !alpha);
+                     EXPECT_EQ(TextOf(dialog, 13), count);
+                     EXPECT_TRUE(c.exact ? ChosenText(dialog, 14) == count
+                                         : GetPopUpMenuValue(dialog, 14) == (alpha ? 6 : 7));
+                     for (const int item : {11, 13, 14}) EXPECT_EQ(disabled(item), c.exact);
+                     EXPECT_EQ(dialog->editActive, !c.exact);
+                     for (const int item : {4, 5}) EXPECT_EQ(disabled(item), !alpha);
+                     EXPECT_TRUE(disabled(kRGBResizeItem));
+                     EXPECT_EQ(disabled(kRGBCommentItem), !alpha);
+                     EXPECT_EQ(GetCheckBoxState(dialog, kRGBCommentItem), alpha);
+                     EXPECT_TRUE(GetCheckBoxState(dialog, kRGBInterlaceItem));
+                 }),
+                 kOK});
+        EXPECT_EQ(run.context.commentEnabled, c.planes == 4);
+        run.context.comment = nullptr;
+    }
+}
+
+TEST(RGBOptions, TakesOnlyCountsInRange) {
+    const struct {
+        const char* text;
+        int colors[2]; ///< without and with transparency; 0 is refused
+    } cases[] = {{"2", {2, 2}},   {"255", {255, 255}}, {"256", {256, 0}}, {"1", {0, 0}},
+                 {"257", {0, 0}}, {"", {0, 0}},        {"abc", {0, 0}},   {"16x", {0, 0}}};
+    for (const short button : {kRGBOKItem, kRGBPreviewItem})
+        for (const auto& c : cases)
+            for (const int planes : {3, 4}) {
+                const int colors = c.colors[planes - 3];
+                RGBContext run(kRows, kColumns, planes, Pixels(kMany, planes));
+                Steps steps = Count(c.text) + Steps{PressItem(button)};
+                if (colors == 0) steps = steps + Count("7") + Steps{kOK};
+                if (colors != 0 && button == kRGBPreviewItem)
+                    steps = steps + Steps{PressItem(1), kOK};
+                EXPECT_EQ(run.Ask(steps), noErr);
+                EXPECT_EQ(run.alerts.size(), colors == 0 ? 1u : 0u) << c.text << ' ' << planes;
+                EXPECT_EQ(run.context.numColors, colors == 0 ? 7 : colors) << c.text;
+            }
+}
+
+TEST(RGBOptions, ThePopUpOfCountsFollowsTheTextAndLeadsIt) {
+    RGBContext run(kRows, kColumns, 3, Pixels(kMany, 3));
+    const auto expect = [](const std::string& chosen, std::size_t entries) {
+        return Check([=](DialogPtr dialog) {
+            EXPECT_EQ(ChosenText(dialog, kRGBCountPopUpItem), chosen);
+            EXPECT_EQ((*dialog->Item(kRGBCountPopUpItem)->menu)->entries.size(), entries);
+        });
+    };
+    run.Ask({SetText(13, "64"),
+             expect("64", 9),
+             SetText(13, "2"),
+             expect("2", 9),
+             SetText(13, "100"),
+             expect("100", 11),
+             SetText(13, "90"),
+             expect("90", 11),
+             SetText(13, "300"),
+             expect("90", 11),
+             SetText(13, "256"),
+             expect("256", 11),
+             Check([](DialogPtr dialog) {
+                 EXPECT_TRUE((*dialog->Item(kRGBCountPopUpItem)->menu)->entries[1].separator);
+             }),
+             ChooseEntry(14, "32"),
+             ExpectCount("32"),
+             TypeText("128"),
+             ExpectCount("128"),
+             PressItem(kRGBCountLabelItem),
+             TypeText("4"),
+             ExpectCount("4"),
+             kOK});
+    EXPECT_EQ(run.context.numColors, 4);
+}
+
+TEST(RGBOptions, ADisabledCountTakesNeitherPressesNorKeys) {
+    RGBContext run(kRows, kColumns, 3, Pixels(kFew, 3));
+    const std::string count = std::to_string(run.context.exactInfo.count);
+    bool inactive = false;
+    EXPECT_EQ(run.Ask({Check([](DialogPtr dialog) { TEActivate(dialog); }), Idle(4),
+                       Check([&](DialogPtr dialog) { inactive = !dialog->editActive; }),
+                       TypeText("5"), PressKey(kKeyDelete), PressAt({91, 130}), TypeText("7"),
+                       ExpectCount(count), ExpectPalette("Exact colours"),
+                       ChooseEntry(10, "Adaptive"), Check([](DialogPtr dialog) {
+                           EXPECT_FALSE(dialog->Item(kRGBCountLabelItem)->IsDisabled());
+                           EXPECT_FALSE(dialog->Item(kRGBCountPopUpItem)->IsDisabled());
+                       }),
+                       TypeText("5"), ExpectCount("5"), TypeText("\r")}),
+              noErr);
+    EXPECT_TRUE(inactive);
+    EXPECT_EQ(run.context.numColors, 5);
+}
+
+TEST(RGBOptions, AFileThatDoesNotLoadIsNamedAndChangesNothing) {
+    const PaletteFiles files;
+    const std::string unreadable = "The palette cannot be read from this file.";
+    const struct {
+        const char* name;
+        std::string path;
+        bool opens;
+        std::vector<std::string> alerts;
+    } cases[] = {
+        {"another colour space",
+         files.otherSpacePath,
+         true,
+         {"The palette's colours are not RGB, so it cannot be used."}},
+        {"a short file", files.shortPath, true, {unreadable}},
+        {"a file that cannot be opened", files.manyPath, false, {}},
+    };
+    for (const auto& c : cases) {
+        RGBContext run(kRows, kColumns, 3, Pixels(kMany, 3));
+        const auto fail = Check([&](DialogPtr) {
+            if (!c.opens) FailNthCall(FaultPoint::openFile, 1, permErr);
+        });
+        // Once before any file is loaded, once after one.
+        EXPECT_EQ(run.Ask(Steps{fail} + LoadFile(c.path) +
+                          Steps{ExpectPalette("Adaptive"), ExpectCount("256")} +
+                          LoadFile(files.somePath) + Steps{fail} + LoadFile(c.path) +
+                          Steps{ExpectPalette("some.ZCO"), ExpectCount("40"), kOK}),
+                  noErr);
+        ClearFaults();
+        std::vector<std::string> twice = c.alerts;
+        twice.insert(twice.end(), c.alerts.begin(), c.alerts.end());
+        EXPECT_EQ(run.alerts, twice) << c.name;
+        EXPECT_EQ(TableColors(run.context.palette), TableColors(files.some)) << c.name;
+        EXPECT_EQ(run.context.suppliedPaletteCount, 40) << c.name;
+    }
+}
+
+TEST(RGBOptions, AFileThatWentBadKeepsTheChoiceBefore) {
+    const PaletteFiles files;
+    RGBContext run(kRows, kColumns, 3, Pixels(kMany, 3));
+    run.Ask(LoadFile(files.somePath) +
+            Steps{Check([&](DialogPtr) { files.folder.Write("some.ZCO", "no palette"); }),
+                  ChooseEntry(10, "Fixed"), ChooseEntry(10, "some.ZCO"), ExpectPalette("Fixed"),
+                  ExpectCount("256"), kOK});
+    EXPECT_EQ(run.alerts.size(), 1u);
+    EXPECT_EQ(TableColors(run.context.palette), TableColors(FixedPalette()));
+}
+
+TEST(RGBOptions, OtherEntriesNameFilesBesideTheLastOne) {
+    const PaletteFiles files;
+    RGBContext run(kRows, kColumns, 3, Pixels(kMany, 3));
+    const auto addEntry = [](const char* name) {
+        return Check([=](DialogPtr dialog) {
+            (*dialog->Item(kRGBPalettePopUpItem)->menu)->entries.push_back({name});
+        });
+    };
+    const auto expectEntries = [](std::size_t entries) {
+        return Check([=](DialogPtr dialog) {
+            EXPECT_EQ((*dialog->Item(kRGBPalettePopUpItem)->menu)->entries.size(), entries);
+        });
+    };
+    run.Ask(Steps{addEntry("one.ZCO"), ChooseEntry(10, "one.ZCO"), ExpectPalette("Adaptive")} +
+            LoadFile(files.somePath) + LoadFile(files.manyPath) +
+            Steps{expectEntries(6), ChooseEntry(10, "one.ZCO"), ExpectPalette("one.ZCO"),
+                  ExpectCount("2"), addEntry("gone.ZCO"), ChooseEntry(10, "gone.ZCO"),
+                  ExpectPalette("one.ZCO"), Check([](DialogPtr dialog) {
+                      EXPECT_FALSE(dialog->Item(kRGBResizeItem)->IsDisabled());
+                  }),
+                  kOK});
+    EXPECT_EQ(run.alerts.size(), 2u) << "no folder before the first file; a missing file";
+    EXPECT_TRUE(run.supplied);
+    EXPECT_EQ(TableColors(run.context.palette), TableColors(files.one));
+    EXPECT_EQ(run.context.suppliedPaletteCount, 1);
+}
+
+// What the user sees of every item, the entries' numbers aside.
+std::vector<std::string> Snapshot(DialogPtr dialog) {
+    std::vector<std::string> lines;
+    for (short item = 1; item <= static_cast<short>(dialog->items.size()); ++item) {
+        const DialogItem& record = *dialog->Item(item);
+        lines.push_back(std::to_string(item) + ' ' + std::to_string(record.kind) + ' ' +
+                        (record.menu ? ChosenText(dialog, item)
+                                     : record.text + std::to_string(GetCtlValue(record.control))));
+    }
+    return lines;
+}
+
+TEST(RGBOptions, CancelEndsAndOptionCancelPutsEverythingBack) {
+    const PaletteFiles files;
+    for (const PictureKind picture : {kMany, kFew})
+        for (const int planes : {3, 4}) {
+            RGBContext run(kRows, kColumns, planes, Pixels(picture, planes));
+            char comment[] = "hello";
+            run.context.comment = comment;
+            std::vector<std::string> opened, changed, reset;
+            Steps steps = Steps{Check([&](DialogPtr d) { opened = Snapshot(d); })} +
+                          LoadFile(files.somePath) + Count("77") +
+                          Steps{PressItem(15), PressItem(16), PressItem(18)};
+            if (planes == 4) steps = steps + Steps{PressItem(4), PickColor({1, 2, 3})};
+            steps =
+                steps +
+                Steps{Check([&](DialogPtr d) { changed = Snapshot(d); }),
+                      HoldKey(kKeyOption),
+                      Idle(2),
+                      Check([&](DialogPtr d) { EXPECT_EQ(TextOf(d, kRGBCancelItem), "Reset"); }),
+                      PressItem(2),
+                      ReleaseKey(kKeyOption),
+                      Idle(2),
+                      Check([&](DialogPtr d) { reset = Snapshot(d); }),
+                      PressItem(2)};
+            EXPECT_EQ(run.Ask(steps), userCanceledErr);
+            EXPECT_EQ(reset, opened) << planes;
+            EXPECT_NE(changed, opened);
+            EXPECT_EQ(run.context.chosenColor.red, 49344);
+            run.context.comment = nullptr;
+        }
+}
+
+OSErr ColorServicesCode = noErr;
+OSErr PickTeal(void* info) {
+    auto& request = *static_cast<ColorServicesInfo*>(info);
+    EXPECT_EQ(request.component[0], 192);
+    request.component[0] = 0, request.component[1] = 128, request.component[2] = 127;
+    return ColorServicesCode;
+}
+
+TEST(RGBOptions, TheColorBoxAsksTheHostOrTheToolbox) {
+    const AddressKey services(&PickTeal);
+    const struct {
+        const char* name;
+        bool offered;
+        OSErr code;
+        Steps answer;
+        PackedColor want;
+    } cases[] = {
+        {"host", true, noErr, {}, 0x00807F},
+        {"host, cancelled", true, userCanceledErr, {}, 0xC0C0C0},
+        {"host that has none", true, -30900, {PickColor({0x12FF, 0x3400, 0x5678})}, 0x123456},
+        {"toolbox", false, noErr, {PickColor({0xFFFF, 0, 0x80FF})}, 0xFF0080},
+        {"toolbox, cancelled", false, noErr, {CancelColor()}, 0xC0C0C0},
+    };
+    for (const auto& c : cases) {
+        RGBContext run(kRows, kColumns, 4, Pixels(kMany, 4));
+        if (c.offered) run.record.colorServicesProc.Set(services);
+        ColorServicesCode = c.code;
+        PixelSurface surface(292, 452);
+        run.Ask(Steps{Check([&](DialogPtr dialog) {
+                          dialog->surface = &surface;
+                          InvalItem(dialog, kRGBColorBoxItem);
+                      }),
+                      PressItem(kRGBColorBoxItem)} +
+                c.answer +
+                Steps{Idle(2), Check([&](DialogPtr dialog) {
+                          const Rect& box = dialog->Item(kRGBColorBoxItem)->rect;
+                          EXPECT_EQ(surface.At(box.top + 5, box.left + 5), c.want);
+                      }),
+                      kOK});
+        EXPECT_EQ(PackColor(run.context.transparentColor), c.want) << c.name;
+    }
+}
+
+TEST(RGBOptions, TheItemColorsAreChangedOnlyWhileTheDialogIsOpen) {
+    const auto labelStyle = [] {
+        return GetBE<std::uint32_t>(*GetResource(FourCC("ictb"), 16000) + 16);
+    };
+    for (const int planes : {3, 4}) {
+        RGBContext run(kRows, kColumns, planes, Pixels(kMany, planes));
+        std::uint32_t open = 1;
+        const RGBUser user({Check([&](DialogPtr) { open = labelStyle(); }), kOK});
+        EXPECT_EQ(run.context.GetRGB24Parameters(&run.exact, &run.supplied), noErr);
+        EXPECT_EQ(open, planes == 3 ? 0x00080040u : 0u);
+        EXPECT_EQ(labelStyle(), 0u);
+    }
+}
+
+TEST(RGBOptions, WithoutItsDialogOrMemoryForItThereAreNoOptions) {
+    RGBContext run(kRows, kColumns, 3, Pixels(kMany, 3));
+    EXPECT_EQ(run.context.GetRGB24Parameters(&run.exact, &run.supplied), -1) << "no resources";
+    const RGBUser user({kOK});
+    const long blocks = LiveMemoryBlocks();
+    int n = 0;
+    short code = -1;
+    while (code != noErr && ++n < 200) {
+        FailNthCall(FaultPoint::allocate, n, memFullErr);
+        code = run.context.GetRGB24Parameters(&run.exact, &run.supplied);
+        EXPECT_TRUE(code == noErr || code == -1) << "allocation " << n << ": " << code;
+        EXPECT_EQ(LiveMemoryBlocks(), blocks) << "allocation " << n;
+    }
+    ClearFaults();
+    EXPECT_GT(n, 10);
+    EXPECT_EQ(code, noErr);
+}
+
+} // namespace
