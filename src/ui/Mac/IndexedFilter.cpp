@@ -6,29 +6,13 @@
 #include "LocalDialogUtilities.h"
 #include "PascalStrings.h"
 #include "PreviewTools.h"
+#include "PreviewTracking.h"
 #include "ResourceManager.h"
 #include "TransparencyMap.h"
-
-#include <optional>
 
 namespace {
 
 constexpr short kNoCursor = -1;
-
-/// Makes the dialog the port and puts the port before back.
-class PortOfDialog {
-  public:
-    explicit PortOfDialog(DialogPtr dialog) {
-        GetPort(&saved);
-        SetPort(dialog);
-    }
-    PortOfDialog(const PortOfDialog&) = delete;
-    PortOfDialog& operator=(const PortOfDialog&) = delete;
-    ~PortOfDialog() { SetPort(saved); }
-
-  private:
-    GrafPtr saved = nullptr;
-};
 
 void RedrawWhenNeeded(DialogPtr dialog, IndexedDialogGlobals* g) {
     if (!g->needsRedraw) return;
@@ -40,61 +24,16 @@ void RedrawWhenNeeded(DialogPtr dialog, IndexedDialogGlobals* g) {
 
 // Presses
 
-/// Shows the view as it was at the press, moved by the way of the mouse since then. The state
-/// itself moves, so that the box may be drawn at any time during the drag.
-void DragView(IndexedDialogGlobals* g, const Rect& pressedSource, const Rect& pressedPlace,
-              Point start, Point current, Rect view) {
-    g->srcRect = pressedSource;
-    g->dstRect = pressedPlace;
-    HandTrackMouse(current, start, g->srcRect, view, g->dstRect, g->imageSize, g->enlarge,
-                   g->shrink);
-    g->previewDirty = 1;
-    DrawImageContent(g, &view);
-}
-
-void TrackHand(DialogPtr dialog, IndexedDialogGlobals* g, Point start) {
-    const Rect source = g->srcRect, place = g->dstRect;
-    const Rect view = ItemRect(dialog, kIndexedPreviewItem);
-    std::optional<Point> shown;
-    do {
-        Point mouse;
-        GetMouse(&mouse);
-        LocalToGlobal(&mouse);
-        if (shown == mouse) continue;
-        DragView(g, source, place, start, mouse, view);
-        shown = mouse;
-    } while (StillDown());
-    EventRecord release;
-    if (GetNextEvent(mUpMask, &release)) DragView(g, source, place, start, release.where, view);
-}
-
-// Deliberate: the offset counts from the item's corner and not from where the picture begins, so
-// that a click on a small picture in the middle of the box zooms about a point beside it.
-void TrackZoom(DialogPtr dialog, IndexedDialogGlobals* g) {
-    while (StillDown()) {
-    }
-    EventRecord release;
-    short item = 0;
-    Point offset;
-    Rect view;
-    if (!GetNextEvent(mUpMask, &release) ||
-        !DialogItemPoint(&release.where, dialog, &item, &offset, &view) ||
-        item != kIndexedPreviewItem)
-        return;
-    const auto inImage = [&](int distance, int first) {
-        return static_cast<std::int16_t>(distance * g->shrink / g->enlarge + first);
-    };
-    const Point centre = {inImage(offset.v, g->srcRect.top), inImage(offset.h, g->srcRect.left)};
-    DoZoom(dialog, g->currentTool == zoomInTool ? zoomIn : zoomOut, g, &view, false, &centre);
-    g->previewDirty = 1;
-}
-
 void ServePreviewPress(DialogPtr dialog, IndexedDialogGlobals* g, Point start) {
     switch (ToolTypeToToolButton(g->currentTool)) {
     case ToolButton::hand:
-        return TrackHand(dialog, g, start);
-    case ToolButton::zoom:
-        return TrackZoom(dialog, g);
+        return TrackHand(dialog, g, kIndexedPreviewItem, start, DrawImageContent);
+    case ToolButton::zoom: {
+        const zoomDirection direction = g->currentTool == zoomInTool ? zoomIn : zoomOut;
+        return TrackZoomClick(dialog, g, kIndexedPreviewItem, [&](const Rect& view, Point centre) {
+            DoZoom(dialog, direction, g, &view, false, &centre);
+        });
+    }
     case ToolButton::eyedropper:
         return EyeDropperTrackMouse(dialog, g);
     }
@@ -175,7 +114,7 @@ ToolType ToolForKeys(ToolType selected, const HeldKeys& keys) {
 }
 
 Boolean DialogFilter(DialogPtr dialog, EventRecord* event, short* itemHit) {
-    const PortOfDialog port(dialog);
+    const DialogAsPort port(dialog);
     const UsualPen pen;
     IndexedDialogGlobals* const g = GlobalsOf(dialog);
     RedrawWhenNeeded(dialog, g);

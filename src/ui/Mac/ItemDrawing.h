@@ -26,6 +26,21 @@ class UsualPen {
     PenState saved;
 };
 
+/// Makes the dialog the port and puts the port before back.
+class DialogAsPort {
+  public:
+    explicit DialogAsPort(DialogPtr dialog) {
+        GetPort(&saved);
+        SetPort(dialog);
+    }
+    DialogAsPort(const DialogAsPort&) = delete;
+    DialogAsPort& operator=(const DialogAsPort&) = delete;
+    ~DialogAsPort() { SetPort(saved); }
+
+  private:
+    GrafPtr saved = nullptr;
+};
+
 /// A colour with its channels times 256: screens show the high byte.
 constexpr RGBColor WidenColor(RGBtuple color) {
     const auto widen = [](std::uint8_t level) { return static_cast<std::uint16_t>(level << 8); };

@@ -133,21 +133,6 @@ void TrackToolItemHit(DialogPtr dialog, const EventRecord* event, short item,
 
 namespace {
 
-/// Makes the dialog the port and puts the port before back.
-class DialogAsPort {
-  public:
-    explicit DialogAsPort(DialogPtr dialog) {
-        GetPort(&saved);
-        SetPort(dialog);
-    }
-    DialogAsPort(const DialogAsPort&) = delete;
-    DialogAsPort& operator=(const DialogAsPort&) = delete;
-    ~DialogAsPort() { SetPort(saved); }
-
-  private:
-    GrafPtr saved = nullptr;
-};
-
 void ServeImagePress(DialogPtr dialog, PreviewDialogGlobals* g, Point start) {
     if (g->currentTool == handTool)
         return TrackHand(dialog, g, kRGBPreviewImageItem, start, DrawRGBImageContent);
