@@ -5,7 +5,7 @@ dialog 16001 "GIF89a Options" size 652 504 {
     1  button  "OK"                          at 548 464  size 88 24
     2  button  "Cancel"                      at 452 464  size 88 24
     3  user                                  at 16 32    size 402 302
-    4  static  "^0:^1"                       at 570 40   size 60 16
+    4  static  "^0:^1"                       at 574 40   size 60 16
     5  user                                  at 16 364   size 354 90
     6  check   "Interlaced"                  at 436 178  size 200 20
     7  check   "Include the comment"         at 436 202  size 200 20
@@ -18,7 +18,7 @@ dialog 16001 "GIF89a Options" size 652 504 {
     14 user                                  at 436 32   size 88 32
     15 user                                  at 540 32   size 96 32
     16 popup   16004                         at 436 102  size 200 22
-    17 user                                  at 294 346  size 76 16
+    17 user                                  at 294 350  size 76 16
     18 static  "Tools"                       at 436 12   size 88 16
     19 static  "Zoom"                        at 540 12   size 96 16
     20 static  "Transparency from channel:"  at 436 82   size 200 16

@@ -76,10 +76,18 @@ TEST_F(Widgets, ShowTitlesValuesTextsAndMenus) {
 
 TEST_F(Widgets, OnlyReportThatACheckBoxWasPressed) {
     Show();
-    Press(Global(WidgetOf(kTestAutomatic)->geometry().topRight() + QPoint(-2, 2))); // past its text
-    EXPECT_EQ(NextHit(), kTestAutomatic);
+    const QPoint pastItsText =
+        Global(WidgetOf(kTestAutomatic)->geometry().topRight() + QPoint(-2, 2));
+    EXPECT_EQ(HitAfter([&] { Press(pastItsText); }), kTestAutomatic);
+    EXPECT_EQ(seen, std::vector<std::int16_t>{mouseDown});
     EXPECT_FALSE(As<QCheckBox>(kTestAutomatic)->isChecked());
-    EXPECT_EQ(NextHit(), -1);
+    EXPECT_EQ(HitAfter([] {}), -1);
+}
+
+TEST_F(Widgets, ThatAreDisabledShowTheModuleAPressOnce) {
+    Show();
+    EXPECT_EQ(HitAfter([&] { Press(MiddleOf(kTestUnavailable)); }), -1);
+    EXPECT_EQ(std::count(seen.begin(), seen.end(), mouseDown), 1);
 }
 
 TEST_F(Widgets, GoByItemOrderWithTab) {
@@ -95,26 +103,25 @@ TEST_F(Widgets, GoByItemOrderWithTab) {
 
 TEST_F(Widgets, AreUsedWithKeysThatTheModuleDoesNotSee) {
     Show();
-    static int keysSeen;
-    keysSeen = 0;
-    const ModalFilterProc filter = [](DialogPtr, EventRecord* event, short*) -> Boolean {
-        if (event->what == keyDown) ++keysSeen;
-        return event->what == keyDown; // takes every key that it sees
+    const ModalFilterProc takeKeys = [](DialogPtr, EventRecord* event, short*) -> Boolean {
+        return event->what == keyDown;
     };
     const struct {
         short item;
         int key;
-        int wanted;
-    } cases[] = {{kTestAutomatic, Qt::Key_Space, kTestAutomatic},
-                 {kTestCancel, Qt::Key_Space, kTestCancel},
-                 {kTestColours, Qt::Key_Down, kTestColours}};
+    } cases[] = {{kTestAutomatic, Qt::Key_Space},
+                 {kTestCancel, Qt::Key_Space},
+                 {kTestColours, Qt::Key_Down}};
     for (const auto& c : cases) {
         WidgetOf(c.item)->setFocus();
-        Stroke(c.key);
-        EXPECT_EQ(NextHit(filter), c.wanted) << "item " << c.item;
+        EXPECT_EQ(HitAfter([&] { Stroke(c.key); }, takeKeys), c.item);
+        EXPECT_EQ(seen.size(), 0u) << "item " << c.item;
     }
-    EXPECT_EQ(keysSeen, 0);
     EXPECT_EQ(GetPopUpMenuValue(dialog, kTestColours), 2);
+    // What is no business of the widget is offered, once, although it travels up to the window.
+    WidgetOf(kTestAutomatic)->setFocus();
+    EXPECT_EQ(HitAfter([&] { Stroke(Qt::Key_F5); }), -1);
+    EXPECT_EQ(seen, std::vector<std::int16_t>{keyDown});
 }
 
 TEST_F(Widgets, LeaveReturnAndEscapeToTheDialog) {
@@ -127,48 +134,47 @@ TEST_F(Widgets, LeaveReturnAndEscapeToTheDialog) {
     for (const short focused : {kTestCancel, kTestAutomatic, kTestColours, kTestNumber})
         for (const auto& c : cases) {
             WidgetOf(focused)->setFocus();
-            Stroke(c.key);
-            EXPECT_EQ(NextHit(), c.hit) << "item " << focused << ", key " << c.key;
+            EXPECT_EQ(HitAfter([&] { Stroke(c.key); }), c.hit)
+                << "item " << focused << ", key " << c.key;
         }
     WidgetOf(kTestNumber)->setFocus();
     hands->Key(Qt::Key_Control, {}, true);
-    Stroke(Qt::Key_Period, QStringLiteral("."));
+    EXPECT_EQ(HitAfter([&] { Stroke(Qt::Key_Period, QStringLiteral(".")); }), kTestCancel);
     hands->Key(Qt::Key_Control, {}, false);
-    EXPECT_EQ(NextHit(), kTestCancel);
 }
 
 TEST_F(Widgets, TakeClosingTheWindowForCancel) {
     Show();
     EXPECT_EQ(Window()->windowTitle(), "Test dialog");
-    Window()->close();
-    EXPECT_TRUE(Window()->isVisible()) << "the module closes the dialog";
-    EXPECT_EQ(NextHit(), kTestCancel);
+    QDialog* window = Window();
+    EXPECT_EQ(HitAfter([&] { window->close(); }), kTestCancel);
+    EXPECT_TRUE(window->isVisible()) << "the module closes the dialog";
 }
 
 TEST_F(Widgets, AndDrawnItemsAreListedByRoleAndName) {
     Show();
     QAccessibleInterface* window = QAccessible::queryAccessibleInterface(Canvas());
-    std::vector<std::pair<QAccessible::Role, std::string>> seen;
+    std::vector<std::pair<QAccessible::Role, std::string>> listed;
     for (int i = 0; i < window->childCount(); ++i) {
         const QAccessibleInterface* child = window->child(i);
-        seen.emplace_back(child->role(), child->text(QAccessible::Name).toStdString());
+        listed.emplace_back(child->role(), child->text(QAccessible::Name).toStdString());
     }
     using Role = QAccessible::Role;
-    EXPECT_EQ(seen, (std::vector<std::pair<Role, std::string>>{
-                        {Role::Button, "OK"},
-                        {Role::Button, "Cancel"},
-                        {Role::CheckBox, "Automatic"},
-                        {Role::ComboBox, "Colours: Two"},
-                        {Role::EditableText, "Number"},
-                        {Role::StaticText, "2:1"},
-                        {Role::Graphic, "Item 7"},
-                        {Role::Graphic, "Item 8"},
-                        {Role::Graphic, "Item 9"},
-                        {Role::Graphic, "Item 10"},
-                        {Role::StaticText, "Number"},
-                        {Role::CheckBox, "Stay open"},
-                        {Role::CheckBox, "Unavailable"},
-                    }));
+    EXPECT_EQ(listed, (std::vector<std::pair<Role, std::string>>{
+                          {Role::Button, "OK"},
+                          {Role::Button, "Cancel"},
+                          {Role::CheckBox, "Automatic"},
+                          {Role::ComboBox, "Colours: Two"},
+                          {Role::EditableText, "Number"},
+                          {Role::StaticText, "2:1"},
+                          {Role::Graphic, "Item 7"},
+                          {Role::Graphic, "Item 8"},
+                          {Role::Graphic, "Item 9"},
+                          {Role::Graphic, "Item 10"},
+                          {Role::StaticText, "Number"},
+                          {Role::CheckBox, "Stay open"},
+                          {Role::CheckBox, "Unavailable"},
+                      }));
 }
 
 } // namespace

@@ -62,31 +62,37 @@ class WindowTest : public testing::Test {
         hands->MoveTo(global);
         hands->Button(true);
         hands->Button(false);
-        Settle();
     }
     void Stroke(int key, const QString& text = {}) {
         hands->Key(key, text, true);
         hands->Key(key, text, false);
-        Settle();
     }
-    /// The hit that what was done so far has made, -1 for none.
-    short NextHit(ModalFilterProc filter = nullptr) {
-        static int patience;
-        static ModalFilterProc inner;
+    /// Runs the modal loop, in which the user does that at once. The hit, or -1 when there is none
+    /// within some null events. Keeps the kinds of the events that reached the filter in `seen`,
+    /// null events left out.
+    short HitAfter(const std::function<void()>& act, ModalFilterProc filter = nullptr) {
+        QMetaObject::invokeMethod(qApp, act, Qt::QueuedConnection);
+        seen.clear();
         patience = 3;
-        inner = filter;
+        moduleFilter = filter;
         short item = 0;
-        MoveableModalDialog(
-            dialog, nullptr,
-            [](DialogPtr shown, EventRecord* event, short* hit) -> Boolean {
-                if (event->what != nullEvent) return inner ? inner(shown, event, hit) : Boolean{0};
-                if (--patience > 0) return 0;
-                *hit = -1;
-                return 1;
-            },
-            &item);
+        MoveableModalDialog(dialog, nullptr, Watch, &item);
         return item;
     }
+    static Boolean Watch(DialogPtr shown, EventRecord* event, short* item) {
+        if (event->what == nullEvent) {
+            if (--patience > 0) return 0;
+            *item = -1;
+            return 1;
+        }
+        seen.push_back(event->what);
+        return moduleFilter ? moduleFilter(shown, event, item) : Boolean{0};
+    }
+
+    // Filters carry nothing of their own.
+    static inline std::vector<std::int16_t> seen;
+    static inline ModalFilterProc moduleFilter;
+    static inline int patience;
 
     TestDialogResources resources;
     EventSource& display;

@@ -122,7 +122,7 @@ TEST(IndexedExport, MakesRoomForHiddenPixelsInTablesOfEverySize) {
 
 TEST(IndexedExport, TakesOptionsColourAndResetFromTheDialog) {
     OpenResources resources;
-    const IndexedPicture picture = MakePicture(20, 30, IndicesUpTo(12), 12, 1, kSeed);
+    const IndexedPicture picture = MakePicture(20, 30, IndicesUpTo(12), 14, 1, kSeed);
     const Act swatch = PressItem(kIndexedSwatchItem), reset = PressItem(kIndexedCancelItem);
     const Act red = PickColor({0xFFFF, 0x12FF, 0x0000});
     const RGBtuple redEntry = {0, 255, 0x12, 0};
@@ -184,6 +184,7 @@ TEST(IndexedDialog, PaintsAndErasesAcrossCells) {
     OpenResources resources;
     const IndexedPicture picture = MakePicture(8, 8, IndicesUpTo(10), 10, 1, kSeed);
     const Act minus = PressItem(11), hand = PressItem(9);
+    const Act none = ChooseEntry(kIndexedChannelItem, kNoChannelEntry);
     const std::vector<Point> away = {Cell(2), Cell(40), {2, 2}, Cell(4)};
     const struct {
         const char* name;
@@ -199,7 +200,11 @@ TEST(IndexedDialog, PaintsAndErasesAcrossCells) {
          "0000000100"},
         {"shift against command", Holding({kKeyShift, kKeyCommand}, {Press(7)}), "0000000100"},
         {"the hand does nothing", {hand, Press(3)}, "0000000000"},
-        {"nor does a channel", {Press(3), TakeChannel(1), PressItem(9), Press(4)}, "0001000000"},
+        {"erasing everything", Acts({{Paint(1, 3)}, WithCommand({Paint(0, 5)})}), "0000000000"},
+        {"nor does any key behind a channel",
+         Acts({{Press(3), TakeChannel(1)}, Holding({kKeyShift}, {Press(4)})}), "0001000000"},
+        {"a channel and none", {TakeChannel(1), none}, "0000000000"},
+        {"marks behind a channel", {Press(2), TakeChannel(1), none}, "0010000000"},
     };
     for (const auto& c : cases) {
         IndexedSession session(picture);
@@ -263,9 +268,23 @@ TEST(IndexedDialog, ListsTheChannelsByName) {
     EXPECT_EQ(entries, (std::vector<std::string>{"None", "Sky", "Channel 2", std::string(180, 'x'),
                                                  "Channel 4"}));
     EXPECT_EQ(session.run.host.requests.back(), (HostRequest{{0, 0, 3, 3}, 4, 4}));
-    IndexedSession alone(MakePicture(3, 3, {0, 1}, 2, 0, kSeed));
-    EXPECT_NE(alone.Play({ChooseEntry(kIndexedChannelItem, 1)}).find("disabled"),
-              std::string::npos);
+    // A picture with one plane has none, and here no comment.
+    for (const Act& act : {ChooseEntry(kIndexedChannelItem, 1), PressItem(kIndexedCommentItem)}) {
+        IndexedSession alone(MakePicture(3, 3, {0, 1}, 2, 0, kSeed));
+        EXPECT_NE(alone.Play({act}).find("disabled"), std::string::npos);
+    }
+}
+
+TEST(IndexedDialog, KeepsTheToolWhenAChannelIsChosenAgain) {
+    OpenResources resources;
+    IndexedSession session(MakePicture(9, 9, IndicesUpTo(6), 6, 2, kSeed));
+    const std::vector<Act> acts = {TakeChannel(1), PressItem(10), TakeChannel(1)};
+    EXPECT_EQ(session.Play(acts,
+                           [](DialogPtr dialog) {
+                               EXPECT_EQ(GlobalsOf(dialog)->selectedTool, zoomInTool);
+                               return std::nullopt;
+                           }),
+              "0");
 }
 
 // Deliberate: the hand and the swatch come up although there is no mask.

@@ -94,7 +94,7 @@ TEST(IndexedPreview, ShowsThePictureAsItWillBeWritten) {
          {}},
         {"reduced", "1:2", 603, 901, Acts({{mark3}, red, out}), {{3}, 0, false, redMatte}},
         {"reduced below the box", "1:2", 90, 805, Acts({{mark3}, out}), {{3}}},
-        {"a channel", "1:1", 31, 45, {channel}, {{}, 1}},
+        {"a channel over marks", "1:1", 31, 45, {mark3, channel}, {{}, 1}},
         {"a channel reduced",
          "1:2",
          603,

@@ -82,7 +82,7 @@ void DialogWindow::Update(short item, ItemChange change) {
     if (change == ItemChange::focus) return UpdateFocus(item);
     if (change == ItemChange::look && record.BaseKind() == kPictureItem)
         return DrawPictureItem(dialog, record);
-    const bool isOff = change == ItemChange::state && !IsItemEnabled(record);
+    const bool isOff = change == ItemChange::state && record.IsDisabled();
     if (isOff && widget->hasFocus()) canvas->setFocus(); // and not whatever comes next
     UpdateItemWidget(dialog, item, widget, change);
 }

@@ -181,7 +181,7 @@ void UpdateItemWidget(DialogPtr dialog, short number, QWidget* widget, ItemChang
     case ItemChange::look:
         return ShowLook(item, widget);
     case ItemChange::state:
-        return widget->setEnabled(IsItemEnabled(item));
+        return widget->setEnabled(!item.IsDisabled());
     case ItemChange::value:
         return ShowValue(item, widget);
     case ItemChange::title:

@@ -1,10 +1,5 @@
 #include "Postings.h"
 
-bool IsItemEnabled(const DialogItem& item) {
-    const bool inactive = item.control && (*item.control)->contrlHilite == kControlInactive;
-    return !item.IsDisabled() && !inactive;
-}
-
 void Postings::Event(const EventRecord& event) {
     ++count;
     PostEvent(event);
@@ -17,8 +12,6 @@ bool Postings::Offer(DialogPtr dialog, const EventRecord& event) {
 }
 
 void Postings::Hit(DialogPtr dialog, short item) {
-    const DialogItem* record = dialog->Item(item);
-    if (!record || !IsItemEnabled(*record)) return;
     ++count;
     PostItemHit(dialog, item);
 }

@@ -8,7 +8,7 @@ class Postings {
     void Event(const EventRecord& event);
     /// True when the module's filter took the event.
     bool Offer(DialogPtr dialog, const EventRecord& event);
-    /// Reports the item unless it is missing or disabled.
+    /// Reports the item; one that is missing or disabled has no hits.
     void Hit(DialogPtr dialog, short item);
     /// False when the entry cannot be chosen; the pop-up is then as it was.
     bool Entry(DialogPtr dialog, short item, short entry);
@@ -20,6 +20,3 @@ class Postings {
   private:
     unsigned count = 0;
 };
-
-/// Whether an item is there to be used.
-bool IsItemEnabled(const DialogItem& item);

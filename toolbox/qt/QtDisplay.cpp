@@ -186,7 +186,7 @@ bool QtDisplay::FilterMouse(DialogWindow& window, QWidget& receiver, const QMous
     record = Complete(record);
 
     const bool ofWidget = IsNativeControl(&receiver);
-    if (buttonDown && ofWidget) return OfferPress(window, receiver, record);
+    if (buttonDown && ofWidget) return OfferPress(window, record);
     if (ofWidget && !modulePress && !offering) return false; // ends the widget's own press
     modulePress = buttonDown;
     // Here and not by focus policy: a press on a button would give the canvas below it the keys.
@@ -196,15 +196,12 @@ bool QtDisplay::FilterMouse(DialogWindow& window, QWidget& receiver, const QMous
 }
 
 // The module sees a press on a widget first, disabled or not. It may wait for the button inside.
-bool QtDisplay::OfferPress(DialogWindow& window, const QWidget& receiver,
-                           const EventRecord& event) {
+bool QtDisplay::OfferPress(DialogWindow& window, const EventRecord& event) {
     offering = true;
     const bool taken = postings.Offer(window.Dialog(), event);
     offering = false;
     modulePress = taken && buttonDown;
-    // A widget that got a press whose release is over would stay down; a disabled one would pass
-    // the press on to the canvas.
-    return taken || !buttonDown || !receiver.isEnabled();
+    return taken || !buttonDown; // a press whose release is over would leave the widget down
 }
 
 bool QtDisplay::FilterKey(DialogWindow& window, QWidget& receiver, const QKeyEvent& event) {

@@ -44,7 +44,7 @@ class QtDisplay : public QObject, public EventSource {
   private:
     bool FilterMouse(DialogWindow& window, QWidget& receiver, const QMouseEvent& event);
     bool FilterKey(DialogWindow& window, QWidget& receiver, const QKeyEvent& event);
-    bool OfferPress(DialogWindow& window, const QWidget& receiver, const EventRecord& event);
+    bool OfferPress(DialogWindow& window, const EventRecord& event);
     void ForgetInput();
 
     DialogWindow* Find(DialogPtr dialog) const;
