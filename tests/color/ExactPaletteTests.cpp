@@ -13,24 +13,6 @@ namespace {
 
 using Colors = std::vector<PackedColor>;
 
-std::vector<std::uint8_t> PixelsOf(const Colors& colors) {
-    std::vector<std::uint8_t> pixels;
-    for (const PackedColor color : colors) {
-        const RGBtuple c = UnpackColor(color);
-        pixels.insert(pixels.end(), {c.red, c.green, c.blue});
-    }
-    return pixels;
-}
-
-// Colours that are neither black nor white, in no particular order.
-Colors MixedColors(int count, PackedColor first = 1) {
-    Colors colors;
-    for (int i = 0; i < count; ++i)
-        colors.push_back((first + static_cast<PackedColor>(i) * 40503u) % 0xFFFFFF);
-    std::shuffle(colors.begin(), colors.end(), std::mt19937(7));
-    return colors;
-}
-
 // Counts rows of pixels with padding behind each.
 short CountRows(const std::vector<std::uint8_t>& pixels, int rows, int columns, ExactInfo& info) {
     constexpr int kPadding = 2;
@@ -40,7 +22,11 @@ short CountRows(const std::vector<std::uint8_t>& pixels, int rows, int columns, 
 }
 
 short CountColors(const Colors& colors, ExactInfo& info) {
-    return CountRows(PixelsOf(colors), 1, static_cast<int>(colors.size()), info);
+    std::vector<std::uint8_t> pixels;
+    for (const PackedColor color : colors)
+        for (const int shift : {16, 8, 0})
+            pixels.push_back(static_cast<std::uint8_t>(color >> shift));
+    return CountRows(pixels, 1, static_cast<int>(colors.size()), info);
 }
 
 Colors Counted(const ExactInfo& info) {
@@ -48,46 +34,40 @@ Colors Counted(const ExactInfo& info) {
 }
 
 TEST(ExactCount, RecordsEachColorOnceWithWhiteAndBlack) {
-    const Colors mixed = MixedColors(254);
-    Colors all = mixed;
-    all.insert(all.end(), {0x000000, 0xFFFFFF});
-    std::sort(all.rbegin(), all.rend());
-    const struct {
-        const char* name;
-        std::vector<Colors> bands;
-        Colors wanted;
-    } cases[] = {
-        {"no pixels", {{}}, {0xFFFFFF, 0x000000}},
-        {"one grey", {Colors(9, 0x808080)}, {0xFFFFFF, 0x808080, 0x000000}},
-        {"black", {Colors(9, 0x000000)}, {0xFFFFFF, 0x000000}},
-        {"white", {Colors(9, 0xFFFFFF)}, {0xFFFFFF, 0x000000}},
-        {"next to black and white", {{1, 0xFFFFFE}}, {0xFFFFFF, 0xFFFFFE, 1, 0x000000}},
-        {"again in a later band", {{1, 2}, {2, 3}, {1}}, {0xFFFFFF, 3, 2, 1, 0x000000}},
-        {"254 beside white and black", {mixed, {0x000000, 0xFFFFFF}, mixed}, all},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+    const std::pair<std::vector<Colors>, Colors> cases[] = {
+        {{{}}, {0xFFFFFF, 0}},
+        {{Colors(9, 0x808080)}, {0xFFFFFF, 0x808080, 0}},
+        {{Colors(9, 0xFFFFFF), Colors(9, 0)}, {0xFFFFFF, 0}},
+        {{{1, 0xFFFFFE}}, {0xFFFFFF, 0xFFFFFE, 1, 0}},
+        {{{1, 2}, {2, 3}, {1}}, {0xFFFFFF, 3, 2, 1, 0}}}; // again in a later band
+    for (const auto& [bands, wanted] : cases) {
         ExactInfo info;
         ExactStart(&info);
-        for (const Colors& band : c.bands) {
-            EXPECT_EQ(CountColors(band, info), 0);
-        }
-        EXPECT_EQ(Counted(info), c.wanted);
+        for (const Colors& band : bands) EXPECT_EQ(CountColors(band, info), 0);
+        EXPECT_EQ(Counted(info), wanted);
         EXPECT_TRUE(std::all_of(info.colors + info.count, info.colors + 256,
                                 [](std::int32_t color) { return color == -1; }));
     }
 }
 
 TEST(ExactCount, StopsAtColor257AndKeepsTheCountOfBefore) {
+    // Colours that are neither black nor white, in no particular order.
+    const auto mixed = [](int count, PackedColor first) {
+        Colors colors;
+        for (int i = 0; i < count; ++i)
+            colors.push_back((first + static_cast<PackedColor>(i) * 40503u) % 0xFFFFFF);
+        std::shuffle(colors.begin(), colors.end(), std::mt19937(7));
+        return colors;
+    };
     ExactInfo info;
     ExactStart(&info);
-    EXPECT_EQ(CountColors(MixedColors(255), info), 1);
+    EXPECT_EQ(CountColors(mixed(255, 1), info), 1);
     EXPECT_EQ(info.count, 2);
-
     ExactStart(&info);
-    EXPECT_EQ(CountColors(MixedColors(200), info), 0);
-    EXPECT_EQ(CountColors(MixedColors(200, 12345), info), 1);
-    EXPECT_EQ(info.count, 202);
+    EXPECT_EQ(CountColors(mixed(254, 1), info), 0);
+    EXPECT_EQ(CountColors({0, 0xFFFFFF}, info), 0);
+    EXPECT_EQ(CountColors(mixed(200, 12345), info), 1);
+    EXPECT_EQ(info.count, 256);
 }
 
 TEST(ExactPalette, AgreesWithASetAndALinearSearch) {
@@ -123,26 +103,19 @@ TEST(ExactPalette, AgreesWithASetAndALinearSearch) {
     }
 }
 
-TEST(MakeExactTable, IsBlackWithoutACount) {
+TEST(ExactPalette, OfNothingIsBlackAndConvertsNothing) {
+    ExactInfo info;
+    ExactStart(&info);
+    const std::uint8_t pixel[3] = {};
+    std::uint8_t index = 77;
+    for (const auto& [rows, columns] : {std::pair<short, short>{0, 1}, {-1, 1}, {1, 0}, {1, -1}})
+        ExactConvert(&info, pixel, &index, rows, columns, 3, 1);
+    EXPECT_EQ(index, 77);
     for (const int count : {-1, 0}) {
-        ExactInfo info;
-        ExactStart(&info);
         info.count = count;
         RGBLookUpTable table = RandomTable(256, 1);
         MakeExactTable(&info, &table);
         EXPECT_EQ(TableColors(table), Colors(256, 0)) << "count " << count;
-    }
-}
-
-TEST(ExactConvert, LeavesTheIndicesAloneWithoutRowsOrColumns) {
-    ExactInfo info;
-    ExactStart(&info);
-    const std::uint8_t pixel[3] = {};
-    for (const auto& [rows, columns] : {std::pair{0, 1}, {-1, 1}, {1, 0}, {1, -1}}) {
-        std::uint8_t index = 77;
-        ExactConvert(&info, pixel, &index, static_cast<short>(rows), static_cast<short>(columns), 3,
-                     1);
-        EXPECT_EQ(index, 77) << rows << " x " << columns;
     }
 }
 

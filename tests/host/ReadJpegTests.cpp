@@ -100,67 +100,54 @@ std::size_t FindMarker(const Bytes& file, std::uint8_t marker) {
         std::search(file.begin(), file.end(), std::begin(bytes), std::end(bytes)) - file.begin());
 }
 
-constexpr std::uint8_t kSOF0 = 0xC0, kDHT = 0xC4, kSOS = 0xDA;
-
 } // namespace
 
 TEST(ReadJpeg, GreyAndColorAreTheLibrarysOwnPixels) {
-    const struct {
-        JpegForm form;
-        J_COLOR_SPACE into;
-    } cases[] = {
+    const std::pair<JpegForm, J_COLOR_SPACE> cases[] = {
         {{.given = JCS_GRAYSCALE, .stored = JCS_GRAYSCALE, .samples = 1}, JCS_GRAYSCALE},
-        {{}, JCS_RGB},
+        {{.columns = 400, .rows = 300}, JCS_RGB}, // more than is buffered at once
         {{.progressive = true}, JCS_RGB},
-        {{.stored = JCS_RGB}, JCS_RGB},
-    };
-    for (const auto& c : cases) {
-        const Bytes file = MakeJpeg(c.form, RandomRows(c.form, 7));
+        {{.stored = JCS_RGB}, JCS_RGB}};
+    for (const auto& [form, into] : cases) {
+        const Bytes file = MakeJpeg(form, RandomRows(form, 7));
         const Picture picture = PictureFromBytes(file);
-        EXPECT_EQ(picture.rows, 21);
-        EXPECT_EQ(picture.columns, 37);
-        EXPECT_EQ(picture.kind, c.form.samples == 1 ? Picture::Kind::indexed : Picture::Kind::rgb);
-        EXPECT_EQ(PixelsOf(picture), DecodePlainly(file, c.into)) << "stored as " << c.form.stored;
-        EXPECT_EQ(picture.table.blue[200], c.form.samples == 1 ? 200 : 0);
+        EXPECT_TRUE(picture.rows == form.rows && picture.columns == form.columns);
+        EXPECT_EQ(picture.kind, form.samples == 1 ? Picture::Kind::indexed : Picture::Kind::rgb);
+        EXPECT_EQ(PixelsOf(picture), DecodePlainly(file, into)) << "stored as " << form.stored;
+        EXPECT_EQ(picture.table.blue[200], form.samples == 1 ? 200 : 0);
     }
 }
 
 TEST(ReadJpeg, InkBecomesLight) {
-    for (const J_COLOR_SPACE stored : {JCS_CMYK, JCS_YCCK})
-        for (const bool adobe : {true, false}) {
-            if (stored == JCS_YCCK && !adobe) continue; // could not be told from CMYK
-            const JpegForm form = {
-                .given = JCS_CMYK, .stored = stored, .samples = 4, .adobe = adobe};
-            const Bytes file = MakeJpeg(form, RandomRows(form, 8));
-            const Bytes inks = DecodePlainly(file, JCS_CMYK);
-            Bytes expected;
-            for (std::size_t n = 0; n < inks.size(); n += 4)
-                for (std::size_t c = 0; c < 3; ++c) {
-                    const double light = inks[n + c] / 255.0, rest = inks[n + 3] / 255.0;
-                    expected.push_back(static_cast<std::uint8_t>(
-                        255 * (adobe ? light * rest : (1 - light) * (1 - rest)) + 0.5));
-                }
-            EXPECT_EQ(PixelsOf(PictureFromBytes(file)), expected)
-                << "stored as " << stored << ", Adobe marker " << adobe;
-        }
+    // Without the marker YCCK could not be told from CMYK.
+    for (const auto& [stored, adobe] :
+         {std::pair{JCS_CMYK, true}, {JCS_CMYK, false}, {JCS_YCCK, true}}) {
+        const JpegForm form = {.given = JCS_CMYK, .stored = stored, .samples = 4, .adobe = adobe};
+        const Bytes file = MakeJpeg(form, RandomRows(form, 8));
+        const Bytes inks = DecodePlainly(file, JCS_CMYK);
+        Bytes expected;
+        for (std::size_t n = 0; n < inks.size(); n += 4)
+            for (std::size_t c = 0; c < 3; ++c) {
+                const double light = inks[n + c] / 255.0, rest = inks[n + 3] / 255.0;
+                expected.push_back(static_cast<std::uint8_t>(
+                    255 * (adobe ? light * rest : (1 - light) * (1 - rest)) + 0.5));
+            }
+        EXPECT_EQ(PixelsOf(PictureFromBytes(file)), expected)
+            << "stored as " << stored << ", Adobe marker " << adobe;
+    }
 }
 
 TEST(ReadJpeg, CommentIsTheMarkersText) {
-    const struct {
-        std::string stored, comment;
-    } cases[] = {{"", ""},
-                 {"dunes", "dunes"},
-                 {std::string("dunes\0more", 10), "dunes"},
-                 {"\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9"},
-                 {"\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},           // Latin-1
-                 {"\xE0\x9F\xBF", "\xC3\xA0\xC2\x9F\xC2\xBF"}, // overlong
-                 {"\xC0\xAF", "\xC3\x80\xC2\xAF"},             // overlong
-                 {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"}, // surrogate
-                 {"\xF0\x9F\x90\xA2", "\xF0\x9F\x90\xA2"},
-                 {"\xE2\x82", "\xC3\xA2\xC2\x82"}}; // cut
-    for (const auto& c : cases) {
-        const JpegForm form = {.columns = 1, .rows = 1, .comment = c.stored};
-        EXPECT_EQ(PictureFromBytes(MakeJpeg(form, {1, 2, 3})).comment, c.comment) << c.stored;
+    const std::pair<std::string, std::string> cases[] = {
+        {std::string("d\xC3\xA9j\xC3\xA0\0vu", 10), "d\xC3\xA9j\xC3\xA0"},
+        {"\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},           // Latin-1
+        {"\xE0\x9F\xBF", "\xC3\xA0\xC2\x9F\xC2\xBF"}, // overlong
+        {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"}, // surrogate
+        {"\xF0\x9F\x90\xA2", "\xF0\x9F\x90\xA2"},
+        {"\xE2\x82", "\xC3\xA2\xC2\x82"}}; // cut
+    for (const auto& [stored, comment] : cases) {
+        const JpegForm form = {.columns = 1, .rows = 1, .comment = stored};
+        EXPECT_EQ(PictureFromBytes(MakeJpeg(form, {1, 2, 3})).comment, comment) << stored;
     }
 }
 
@@ -168,9 +155,7 @@ TEST(ReadJpeg, DamageIsRefusedOrHarmless) {
     for (const bool progressive : {false, true}) {
         const JpegForm form = {.columns = 9, .rows = 10, .progressive = progressive};
         const Bytes file = MakeJpeg(form, RandomRows(form, 9));
-        ASSERT_EQ(RefusalOf(file), "");
-        ExpectEveryCutRefused(file);
-        EXPECT_GT(CountRefusedBitFlips(file), file.size());
+        EXPECT_GT(CountRefusedDamage(file), file.size());
 
         Bytes padded = file; // between the pixels and the end, and after it
         padded.insert(padded.end() - 2, 30, 0x55);
@@ -185,15 +170,11 @@ TEST(ReadJpeg, RefusalsSayWhy) {
     const JpegForm form = {.columns = 40, .rows = 40};
     const Bytes file = MakeJpeg(form, RandomRows(form, 10));
 
-    Bytes cut(file.begin(), file.end() - 2);
-    EXPECT_EQ(RefusalOf(cut), "is a damaged JPEG picture: the file ends before the picture does");
-    Bytes early = file;
-    early.erase(early.end() - 60, early.end() - 2);
-    EXPECT_NE(RefusalOf(early).find("premature end of data"), std::string::npos)
-        << RefusalOf(early);
+    EXPECT_EQ(RefusalOf(Bytes(file.begin(), file.end() - 2)),
+              "is a damaged JPEG picture: the file ends before the picture does");
 
     Bytes wide = file; // height and width stand five bytes behind the marker
-    const std::size_t frame = FindMarker(wide, kSOF0);
+    const std::size_t frame = FindMarker(wide, 0xC0);
     wide[frame + 7] = 0x80;
     wide[frame + 8] = 0;
     EXPECT_EQ(RefusalOf(wide), "is 32768 x 40 pixels; sides above 32767 cannot be stored");
@@ -206,10 +187,10 @@ TEST(ReadJpeg, RefusalsSayWhy) {
 TEST(ReadJpeg, EndlessScansAreRefused) {
     const JpegForm form = {.separateScans = true};
     const Bytes file = MakeJpeg(form, RandomRows(form, 12));
-    ASSERT_EQ(RefusalOf(file), "");
-    const auto scan = file.begin() + static_cast<std::ptrdiff_t>(FindMarker(file, kSOS));
+    // One scan with the tables of the next.
+    const auto scan = file.begin() + static_cast<std::ptrdiff_t>(FindMarker(file, 0xDA));
     const auto scanEnd =
-        scan + static_cast<std::ptrdiff_t>(FindMarker(Bytes(scan, file.end()), kDHT));
+        scan + static_cast<std::ptrdiff_t>(FindMarker(Bytes(scan, file.end()), 0xC4));
     Bytes endless(file.begin(), scan);
     for (int n = 0; n < 600; ++n) endless.insert(endless.end(), scan, scanEnd);
     endless.insert(endless.end(), scanEnd, file.end());

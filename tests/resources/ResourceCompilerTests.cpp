@@ -1,11 +1,12 @@
 // The resource compiler: bytes of every type, its refusals, and the module's own resources.
 #include "CompileResources.h"
+#include "PascalStrings.h"
+#include "PictureResource.h"
 #include "ResourceManager.h"
 #include "TemporaryFolder.h"
 
 #include <array>
 #include <random>
-#include <set>
 
 #include <gtest/gtest.h>
 #include <png.h>
@@ -71,11 +72,15 @@ class ResourceCompiler : public testing::Test {
     }
     void WritePNG(const std::string& name, int columns, int rows, const Bytes& pixels,
                   png_uint_32 format = PNG_FORMAT_RGB) {
-        png_image image = {};
-        image.version = PNG_IMAGE_VERSION;
-        image.width = static_cast<png_uint_32>(columns);
-        image.height = static_cast<png_uint_32>(rows);
-        image.format = format;
+        png_image image = {nullptr,
+                           PNG_IMAGE_VERSION,
+                           static_cast<png_uint_32>(columns),
+                           static_cast<png_uint_32>(rows),
+                           format,
+                           0,
+                           0,
+                           0,
+                           {}};
         ASSERT_TRUE(png_image_write_to_file(&image, folder.Path(name).c_str(), 0, pixels.data(), 0,
                                             nullptr));
     }
@@ -162,137 +167,69 @@ TEST_F(ResourceCompiler, SaysWhereAndWhatIsWrong) {
         for (const int channel : {i & 0xFF, i >> 8, 0})
             colorful.push_back(static_cast<std::uint8_t>(channel));
     WritePNG("colors.png", 257, 1, colorful);
-    folder.Write("text.png", "no picture");
-    const std::string dialog = "dialog 1 \"T\" size 9 9 {\n";
-    const struct {
-        std::string source, refusal;
-    } cases[] = {
-        {"strings 1 { \"" + std::string(255, 'x') + "\" }", ""},
-        {"strings 1 {\n\"" + std::string(256, 'x') + "\" }",
-         "text.r:2: the text has 256 bytes, expected at most 255"},
-        {"\nfoo 1", "text.r:2: 'foo' stands here, expected one of strings, dialog, alert, control, "
-                    "menu, cursor, picture, palette, bytes"},
-        {"strings 40000 { }",
-         "text.r:1: '40000' stands here, expected a resource id from -32768 to 32767"},
-        {"strings 1 { }\nstrings 1 { }", "text.r:2: the file has a STR# 1 already (text.r:1), "
-                                         "expected another id"},
-        {"strings 1 { \"a\n\" }",
-         "text.r:1: the line ends inside a text, expected its closing double quote"},
-        {"strings 1 { \"a\"\n",
-         "text.r:2: the file ends here, expected a string or '}' in double quotes"},
-        {"strings 1 { \"\\q\" }", "text.r:1: a backslash stands before something else than \", \\ "
-                                  "or n, expected one of these"},
-        {"strings 1 { \"${NAME}\" }",
-         "text.r:1: ${NAME} stands for nothing, expected a name defined with -D NAME=TEXT"},
-        {"# \xC3\xA9\n# \xC0\xAF", "text.r:2: a byte is no part of a character, expected UTF-8"},
-        {"strings 1 = { }", "text.r:1: the character '=' stands here, expected a word, a number, a "
-                            "text in double quotes or a brace"},
-        {"strings 1x { }",
-         "text.r:1: '1' begins something that is no number, expected a whole decimal number"},
-        {dialog + "1 user at 0 0 size 1 1\n3 user at 0 0 size 1 1 }",
-         "text.r:3: the item's number is 3, expected 2"},
-        {dialog + "1 knob at 0 0 size 1 1 }",
-         "text.r:2: 'knob' stands here, expected one of button, check, radio, static, edit, user, "
-         "control, popup, picture"},
-        {dialog + "1 user at 0 0 size 1\n}",
-         "text.r:3: '}' stands here, expected a height from 1 to 32767"},
-        {dialog + "1 user at 32000 0 size 800 1 }",
-         "text.r:2: '800' stands here, expected a width from 1 to 767"},
-        {dialog + "1 popup 77 at 0 0 size 1 1 }",
-         "text.r:2: the item refers to MENU 77, expected one in these files"},
-        {"cursor 1 hotspot 0 0 {\n\"#\" }",
-         "text.r:2: the row is \"#\", expected 16 characters, each '#', 'o' or '.'"},
-        {"palette 1 { color 0 0 0 }", "text.r:1: the palette has 1 entries, expected 256"},
-        {"palette 1 { ramp 1 }",
-         "text.r:1: '1' stands here, expected one of red, green, blue, grey"},
-        {"palette 1 { color 0 0 256 }",
-         "text.r:1: '256' stands here, expected a level from 0 to 255"},
-        {"bytes \"LONGER\" 1 { }", "text.r:1: the type is \"LONGER\", expected four characters"},
-        {"bytes \"DATA\" 1 { \"0\" }", "text.r:1: the row is no list of bytes, expected two "
-                                       "hexadecimal digits for each"},
-        {"picture 1 \"missing.png\" size 1 1",
-         "text.r:1: missing.png cannot be read (No such file or directory), expected a PNG of 8 "
-         "bits a channel"},
-        {"picture 1 \"text.png\" size 1 1", "text.r:1: text.png cannot be read (Not a PNG file), "
-                                            "expected a PNG of 8 bits a channel"},
-        {"picture 1\n\"clear.png\" size 1 1",
-         "text.r:2: clear.png has see-through pixels, expected opaque ones"},
-        {"picture 1 \"wide.png\" size 1 1",
-         "text.r:1: wide.png has 3 x 2 pixels, expected 1 x 1 or 2 to 8 times that"},
-        {"picture 1 \"colors.png\" size 257 1",
-         "text.r:1: colors.png has more than 256 colours, expected at most 256"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(Refusal(c.source), c.refusal) << c.source;
-    EXPECT_THROW(gif89::CompileResources({folder.Path("missing.r")}, {}), gif89::SourceError);
-}
-
-struct DecodedPicture {
-    Bytes frame;
-    int columns = 0, rows = 0, resolution = 0;
-    Bytes rgb;
-};
-
-/// A plain reader of the one kind of picture there is: fields at fixed places, then packed rows.
-DecodedPicture DecodePicture(const Bytes& picture) {
-    const auto word = [&](std::size_t at) { return picture.at(at) << 8 | picture.at(at + 1); };
-    DecodedPicture decoded = {Bytes(&picture[2], &picture[10]), word(62), word(60), word(72), {}};
-    EXPECT_EQ(word(52), 0x0098) << "packed bits operation";
-    const auto rowBytes = static_cast<std::size_t>(word(54) & 0x7FFF);
-    EXPECT_GE(rowBytes, 8U) << "shorter rows would not be packed";
-    const std::size_t colors = 108;
-    std::size_t at = colors + 8 * (static_cast<std::size_t>(word(106)) + 1) + 18;
-    for (int row = 0; row < decoded.rows; ++row) {
-        Bytes indices;
-        const auto length = static_cast<std::size_t>(rowBytes > 250 ? word(at) : picture.at(at));
-        at += rowBytes > 250 ? 2 : 1;
-        for (const std::size_t end = at + length; at < end;) {
-            const int code = picture.at(at++);
-            const bool isRun = code > 128;
-            const int count = isRun ? 257 - code : code + 1;
-            for (int i = 0; i < count; ++i) indices.push_back(picture.at(isRun ? at : at++));
-            if (isRun) ++at;
-        }
-        EXPECT_EQ(indices.size(), rowBytes) << "row " << row;
-        for (int column = 0; column < decoded.columns; ++column)
-            for (const std::size_t channel : {2U, 4U, 6U})
-                decoded.rgb.push_back(picture.at(
-                    colors + 8 * std::size_t{indices.at(static_cast<std::size_t>(column))} +
-                    channel));
+    const std::string dialog = "dialog 1 \"T\" size 9 9 {\n", longest(255, 'x');
+    EXPECT_EQ(Refusal("strings 1 { \"" + longest + "\" }"), "");
+    const std::pair<std::string, std::string> cases[] = {
+        {"strings 1 {\n\"" + longest + "x\" }", "2: the text has 256 bytes"},
+        {"\nfoo 1", "2: 'foo' stands here, expected one of strings, dialog"},
+        {"strings 40000 { }", "1: '40000' stands here, expected a resource id"},
+        {"strings 1 { }\nstrings 1 { }", "2: the file has a STR# 1 already (text.r:1)"},
+        {"strings 1 { \"a\n\" }", "1: the line ends inside a text"},
+        {"strings 1 { \"a\"\n", "2: the file ends here"},
+        {"strings 1 { \"${NAME}\" }", "1: ${NAME} stands for nothing"},
+        {"# \xC3\xA9\n# \xC0\xAF", "2: a byte is no part of a character"},
+        {"strings 1x { }", "1: '1' begins something that is no number"},
+        {dialog + "2 user at 0 0 size 1 1 }", "2: the item's number is 2"},
+        {dialog + "1 user at 32000 0 size 800 1 }", "2: '800' stands here"},
+        {dialog + "1 popup 77 at 0 0 size 1 1 }", "2: the item refers to MENU 77"},
+        {"cursor 1 hotspot 0 0 {\n\"#\" }", "2: the row is \"#\""},
+        {"palette 1 { color 0 0 0 }", "1: the palette has 1 entries"},
+        {"bytes \"LONGER\" 1 { }", "1: the type is \"LONGER\""},
+        {"bytes \"DATA\" 1 { \"0\" }", "1: the row is no list of bytes"},
+        {"picture 1 \"no.png\" size 1 1", "1: no.png cannot be read (No such file or directory)"},
+        {"picture 1\n\"clear.png\" size 1 1", "2: clear.png has see-through pixels"},
+        {"picture 1 \"wide.png\" size 1 1", "1: wide.png has 3 x 2 pixels"},
+        {"picture 1 \"colors.png\" size 257 1", "1: colors.png has more than 256 colours"}};
+    for (const auto& [source, reason] : cases) {
+        const std::string refusal = Refusal(source);
+        EXPECT_TRUE(refusal.starts_with("text.r:" + reason)) << source << '\n' << refusal;
+        EXPECT_NE(refusal.find(", expected "), std::string::npos) << refusal;
     }
-    EXPECT_EQ(Bytes(picture.end() - 2, picture.end()), FromHex("00FF")) << "end operation";
-    EXPECT_EQ(at + at % 2 + 2, picture.size());
-    return decoded;
+    EXPECT_THROW(gif89::CompileResources({folder.Path("missing.r")}, {}), gif89::SourceError);
 }
 
 TEST_F(ResourceCompiler, KeepsEveryPixelOfAPicture) {
     constexpr unsigned kSeed = 20;
     std::mt19937 random(kSeed);
-    const struct {
-        int columns, rows, scale, colors;
-        unsigned repeat; ///< a pixel in `repeat` differs from the one before
-    } cases[] = {{1, 1, 1, 1, 1},     {3, 2, 1, 2, 1},     {48, 48, 2, 9, 4},  {250, 3, 1, 2, 2},
-                 {252, 5, 1, 256, 1}, {900, 3, 3, 3, 200}, {260, 4, 4, 2, 128}};
-    for (const auto& c : cases) {
+    const std::tuple<int, int, int, int, unsigned> cases[] = {
+        // one pixel in so many differs
+        {1, 1, 1, 1, 1},     {3, 2, 1, 2, 1},     {48, 48, 2, 9, 4},  {250, 3, 1, 2, 2},
+        {252, 5, 1, 256, 1}, {900, 3, 3, 3, 200}, {260, 4, 4, 2, 128}};
+    for (const auto& [columns, rows, scale, colors, repeat] : cases) {
         Bytes rgb;
-        for (int i = 0, index = 0; i < c.columns * c.rows; ++i) {
-            if (random() % c.repeat == 0)
-                index = static_cast<int>(random() % static_cast<unsigned>(c.colors));
-            for (const int channel : {index, 255 - index, index / 2})
-                rgb.push_back(static_cast<std::uint8_t>(channel));
+        std::vector<std::uint32_t> pixels;
+        for (int i = 0; i < columns * rows; ++i) {
+            if (i == 0 || random() % repeat == 0)
+                pixels.push_back(random() % static_cast<unsigned>(colors) * 0x01FF01 & 0xFFFFFF);
+            else
+                pixels.push_back(pixels.back());
+            for (const int shift : {16, 8, 0})
+                rgb.push_back(static_cast<std::uint8_t>(pixels.back() >> shift));
         }
-        WritePNG("art.png", c.columns, c.rows, rgb);
-        const int width = c.columns / c.scale, height = c.rows / c.scale;
-        const OpenFile file = CompileAndOpen("picture 9 \"art.png\" size " + std::to_string(width) +
-                                             " " + std::to_string(height));
-        const DecodedPicture decoded = DecodePicture(file.Data("PICT", 9));
+        WritePNG("art.png", columns, rows, rgb);
+        const OpenFile file =
+            CompileAndOpen("picture 9 \"art.png\" size " + std::to_string(columns / scale) + " " +
+                           std::to_string(rows / scale));
+        const Bytes bytes = file.Data("PICT", 9);
         Bytes frame;
-        gif89::PutRect(frame,
-                       {0, 0, static_cast<std::int16_t>(height), static_cast<std::int16_t>(width)});
-        EXPECT_EQ(decoded.frame, frame);
-        EXPECT_EQ(decoded.resolution, 72 * c.scale);
-        EXPECT_EQ(decoded.columns, c.columns);
-        EXPECT_EQ(decoded.rows, c.rows);
-        EXPECT_TRUE(decoded.rgb == rgb) << c.columns << " x " << c.rows << ", seed " << kSeed;
+        gif89::PutRect(frame, {0, 0, static_cast<std::int16_t>(rows / scale),
+                               static_cast<std::int16_t>(columns / scale)});
+        EXPECT_EQ(Bytes(&bytes[2], &bytes[10]), frame);
+        EXPECT_EQ(bytes[72] * 256 + bytes[73], 72 * scale) << "resolution";
+        const auto decoded = DecodePicture(bytes);
+        ASSERT_TRUE(decoded);
+        EXPECT_TRUE(decoded->rows == rows && decoded->columns == columns);
+        EXPECT_TRUE(decoded->pixels == pixels) << columns << " x " << rows << ", seed " << kSeed;
     }
 }
 
@@ -316,30 +253,18 @@ TEST(ModuleResources, HoldTheFixedPalette) {
             EXPECT_EQ(planes[channel * 256 + i], colors[i][channel]) << i << " channel " << channel;
 }
 
-TEST(ModuleResources, HoldTextsCursorsAndToolPictures) {
+TEST(ModuleResources, HoldTheTexts) {
     const OpenFile file(MODULE_RESOURCES);
-    Str255 suffix;
-    GetIndString(suffix, 16002, 2);
-    EXPECT_EQ(std::string(suffix + 1, suffix + 1 + suffix[0]), ".gif");
+    Str255 string = {};
+    GetIndString(string, 16002, 2);
+    EXPECT_EQ(FromPascal(string), ".gif");
     for (std::int16_t index = 1; index <= 6; ++index) {
-        Str255 string = {};
         GetIndString(string, 16002, index);
-        EXPECT_GT(string[0], 0) << "string " << index;
+        EXPECT_NE(FromPascal(string), "") << "string " << index;
     }
     const Bytes about = file.Data("DITL", 16010);
     EXPECT_NE(std::string(about.begin(), about.end()).find("Version " PROJECT_VERSION),
               std::string::npos);
-    for (const int id : {2000, 2001, 2002, 2003, 2004, 2005, 4})
-        EXPECT_EQ(file.Data("CURS", id).size(), 68U) << id;
-
-    std::set<Bytes> different;
-    for (int id = 500; id <= 515; ++id) {
-        const DecodedPicture picture = DecodePicture(file.Data("PICT", id));
-        EXPECT_EQ(picture.frame, FromHex("0000 0000 0018 0018")) << id;
-        EXPECT_EQ(picture.resolution, 144) << id;
-        different.insert(picture.rgb);
-    }
-    EXPECT_EQ(different.size(), 16U) << "two tools look alike";
 }
 
 } // namespace

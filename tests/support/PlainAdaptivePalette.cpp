@@ -1,10 +1,11 @@
 // Every box keeps the list of its own cells; nothing is projected or shrunk.
 #include "PlainAdaptivePalette.h"
 
+#include "HostUtilities.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <tuple>
 
 namespace {
 
@@ -38,17 +39,13 @@ std::uint8_t Widen(int cell) {
     return static_cast<std::uint8_t>(cell << 3 | cell >> 2);
 }
 
-// Hue, saturation and value, the top byte of each, of a colour whose channels are 16 bits wide.
+// Hue, saturation and value, the top byte of each.
 std::array<int, 3> TopBytesOfHSV(RGBtuple color) {
-    const std::int64_t r = color.red * 257, g = color.green * 257, b = color.blue * 257;
-    const std::int64_t most = std::max({r, g, b}), delta = most - std::min({r, g, b});
-    std::int64_t turn = 0; // sixths of a turn, times delta
-    if (delta != 0 && r == most) turn = g >= b ? g - b : g - b + 6 * delta;
-    if (delta != 0 && r != most) turn = g == most ? b - r + 2 * delta : r - g + 4 * delta;
-    const std::int64_t hue = delta == 0 ? 0 : turn * 65536 / (6 * delta);
-    const std::int64_t saturation = most == 0 ? 0 : delta * 65535 / most;
-    return {static_cast<int>(hue / 256), static_cast<int>(saturation / 256),
-            static_cast<int>(most / 256)};
+    const auto wide = [](int level) { return static_cast<std::uint16_t>(level * 257); };
+    const RGBColor rgb = {wide(color.red), wide(color.green), wide(color.blue)};
+    HSVColor hsv;
+    RGB2HSV(&rgb, &hsv);
+    return {hsv.hue / 256, hsv.saturation / 256, hsv.value / 256};
 }
 
 std::vector<Box> Cut(Box first, std::size_t target) {
@@ -110,16 +107,12 @@ RGBLookUpTable PlainAdaptivePalette(const std::vector<std::uint32_t>& histogram,
                 {{i / 1024, i / 32 % 32, i % 32}, histogram[static_cast<std::size_t>(i)]});
     if (colors < 3 || cells.empty()) return table;
 
-    std::vector<std::tuple<std::array<int, 3>, int, RGBtuple>> sorted;
-    for (const Box& box : Cut(Box(cells), static_cast<std::size_t>(colors - 2))) {
-        const RGBtuple color = {0, Widen(box.median[0]), Widen(box.median[1]),
-                                Widen(box.median[2])};
-        sorted.emplace_back(TopBytesOfHSV(color), static_cast<int>(sorted.size()), color);
-    }
-    std::sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) {
-        return std::tie(std::get<0>(a), std::get<1>(a)) < std::tie(std::get<0>(b), std::get<1>(b));
-    });
+    std::vector<RGBtuple> sorted;
+    for (const Box& box : Cut(Box(cells), static_cast<std::size_t>(colors - 2)))
+        sorted.push_back({0, Widen(box.median[0]), Widen(box.median[1]), Widen(box.median[2])});
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](RGBtuple a, RGBtuple b) { return TopBytesOfHSV(a) < TopBytesOfHSV(b); });
     for (std::size_t i = 0; i < sorted.size(); ++i)
-        SetTableEntry(table, static_cast<int>(i + 1), std::get<2>(sorted[i]));
+        SetTableEntry(table, static_cast<int>(i + 1), sorted[i]);
     return table;
 }

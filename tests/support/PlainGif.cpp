@@ -8,13 +8,6 @@ void Append(ByteVector& file, std::initializer_list<int> bytes) {
     for (const int byte : bytes) file.push_back(static_cast<std::uint8_t>(byte));
 }
 
-int LowByte(int word) {
-    return word % 256;
-}
-int HighByte(int word) {
-    return word / 256;
-}
-
 int TableBits(int colors) {
     int bits = 1;
     while ((1 << bits) < colors) ++bits;
@@ -26,14 +19,9 @@ ByteVector InFileOrder(const PlainImage& image) {
     const auto every = [&](int first, int step) {
         for (int row = first; row < image.rows; row += step) order.push_back(row);
     };
-    if (image.interlaced) {
-        every(0, 8);
-        every(4, 8);
-        every(2, 4);
-        every(1, 2);
-    } else {
-        every(0, 1);
-    }
+    if (!image.interlaced) every(0, 1);
+    for (const auto& [first, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}})
+        if (image.interlaced) every(first, step);
     ByteVector pixels;
     for (const int row : order) {
         const auto start = image.indices.begin() + std::ptrdiff_t{row} * image.columns;
@@ -58,11 +46,11 @@ ByteVector DataBlocks(std::span<const std::uint8_t> bytes) {
 
 ByteVector PlainGif(const PlainImage& image) {
     const int bits = TableBits(image.colors);
-    const int width[] = {LowByte(image.columns), HighByte(image.columns)};
-    const int height[] = {LowByte(image.rows), HighByte(image.rows)};
-
+    const auto size = {image.columns % 256, image.columns / 256, image.rows % 256,
+                       image.rows / 256};
     ByteVector file;
-    Append(file, {'G', 'I', 'F', '8', '9', 'a', width[0], width[1], height[0], height[1]});
+    Append(file, {'G', 'I', 'F', '8', '9', 'a'});
+    Append(file, size);
     Append(file, {0x80 | (bits - 1) << 4 | (bits - 1), 255, 0});
     for (int i = 0; i < 1 << bits; ++i) {
         const bool used = i < image.colors;
@@ -77,7 +65,8 @@ ByteVector PlainGif(const PlainImage& image) {
     }
     if (image.transparentIndex >= 0)
         Append(file, {0x21, 0xF9, 4, 1, 0, 0, image.transparentIndex, 0});
-    Append(file, {0x2C, 0, 0, 0, 0, width[0], width[1], height[0], height[1]});
+    Append(file, {0x2C, 0, 0, 0, 0});
+    Append(file, size);
     Append(file, {image.interlaced ? 0x40 : 0, std::max(bits, 2)});
     const ByteVector data =
         DataBlocks(PackCodes(PlainLzwCodes(InFileOrder(image), {.rootSize = std::max(bits, 2)})));

@@ -37,10 +37,10 @@ void PaintPhoto(Pixel pixels, int rows, int columns, int planes, std::mt19937& r
             }
 }
 
-void PaintFlat(Pixel pixels, int count, int planes, std::mt19937& random) {
+void PaintFlat(Pixel pixels, int rows, int columns, int planes, std::mt19937& random) {
     std::uint8_t color[4];
     for (auto& level : color) level = static_cast<std::uint8_t>(random());
-    for (int i = 0; i < count; ++i) pixels = std::copy_n(color, planes, pixels);
+    for (int i = 0; i < rows * columns; ++i) pixels = std::copy_n(color, planes, pixels);
 }
 
 void PaintFewColors(Pixel pixels, int rows, int columns, int planes, std::mt19937& random) {
@@ -59,38 +59,24 @@ void PaintFewColors(Pixel pixels, int rows, int columns, int planes, std::mt1993
         }
 }
 
-void PaintNoise(Pixel pixels, int count, int planes, std::mt19937& random) {
-    for (int i = 0; i < count; ++i)
-        for (int p = 0; p < planes; ++p) {
-            const auto word = static_cast<std::uint32_t>(random());
-            const auto byte = static_cast<std::uint8_t>(word);
-            const int choice = static_cast<int>(word >> 30);
-            *pixels++ = p == 3 && choice == 0 ? 0 : p == 3 && choice == 1 ? 255 : byte;
-        }
+void PaintNoise(Pixel pixels, int rows, int columns, int planes, std::mt19937& random) {
+    for (int i = 0; i < rows * columns * planes; ++i) {
+        const auto word = static_cast<std::uint32_t>(random());
+        const std::uint32_t choice = i % planes == 3 ? word >> 30 : 2;
+        *pixels++ = choice == 0 ? 0 : choice == 1 ? 255 : static_cast<std::uint8_t>(word);
+    }
 }
+
+constexpr decltype(&PaintPhoto) kPainters[] = {PaintPhoto, PaintFlat, PaintFewColors, PaintNoise};
 
 } // namespace
 
 std::vector<std::uint8_t> RandomPixels(PictureKind kind, int rows, int columns, int planes,
                                        std::uint32_t seed) {
     std::mt19937 random(seed);
-    const int count = rows * columns;
-    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(count) *
-                                     static_cast<std::size_t>(planes));
-    switch (kind) {
-    case PictureKind::photo:
-        PaintPhoto(pixels.data(), rows, columns, planes, random);
-        break;
-    case PictureKind::flat:
-        PaintFlat(pixels.data(), count, planes, random);
-        break;
-    case PictureKind::fewColors:
-        PaintFewColors(pixels.data(), rows, columns, planes, random);
-        break;
-    case PictureKind::noise:
-        PaintNoise(pixels.data(), count, planes, random);
-        break;
-    }
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(rows) *
+                                     static_cast<std::size_t>(columns * planes));
+    kPainters[static_cast<int>(kind)](pixels.data(), rows, columns, planes, random);
     return pixels;
 }
 

@@ -7,8 +7,8 @@
 #include <cstring>
 
 namespace {
-
 thread_local ScriptedHost* currentHost = nullptr;
+} // namespace
 
 HostHandleProcs MemoryManagerProcs() {
     HostHandleProcs procs;
@@ -22,8 +22,6 @@ HostHandleProcs MemoryManagerProcs() {
     };
     return procs;
 }
-
-} // namespace
 
 ScriptedHost::ScriptedHost(int pictureRows, int pictureColumns, int planeCount,
                            std::vector<std::uint8_t> picturePixels)
@@ -57,21 +55,16 @@ OSErr ScriptedHost::Answer() {
     requests.push_back({{rect.top, rect.left, rect.bottom, rect.right},
                         record.requestFirstPlane,
                         record.requestLastPlane});
-    if (const auto scripted = ScriptedAnswer()) return *scripted;
     const HostRequest& request = requests.back();
+    if (static_cast<int>(requests.size()) == failAt) return failCode;
+    const auto different = std::find_if(requests.rbegin(), requests.rend(),
+                                        [&](const HostRequest& r) { return r != request; });
+    if (different - requests.rbegin() > sameRequestLimit) return kSameRequestTooOften;
     if (request.rect.top < 0 || request.rect.left < 0 || request.rect.bottom > rows ||
         request.rect.right > columns || request.firstPlane < 0 || request.lastPlane >= planes)
         return paramErr;
     Deliver(request);
     return noErr;
-}
-
-std::optional<OSErr> ScriptedHost::ScriptedAnswer() const {
-    if (static_cast<int>(requests.size()) == failAt) return failCode;
-    const auto different = std::find_if(requests.rbegin(), requests.rend(),
-                                        [&](const auto& r) { return r != requests.back(); });
-    if (different - requests.rbegin() > sameRequestLimit) return kSameRequestTooOften;
-    return {};
 }
 
 void ScriptedHost::Deliver(const HostRequest& request) {

@@ -5,8 +5,10 @@
 #include "ExportRecord.h"
 
 #include <memory>
-#include <optional>
 #include <vector>
+
+/// Handle services that are the Memory Manager.
+HostHandleProcs MemoryManagerProcs();
 
 /// One request as the record held it.
 struct HostRequest {
@@ -42,7 +44,6 @@ class ScriptedHost {
   private:
     static OSErr Advance();
     OSErr Answer();
-    std::optional<OSErr> ScriptedAnswer() const;
     void Deliver(const HostRequest& request);
 
     int rows, columns, planes;

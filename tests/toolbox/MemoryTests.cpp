@@ -17,20 +17,18 @@ TEST(Memory, FailsAtTheArmedAllocationAndCountsWhatIsAlive) {
     const Handle handle = NewHandle(0);
     ASSERT_TRUE(block && handle && *handle);
     EXPECT_EQ(NewHandle(8), nullptr);
-    EXPECT_EQ(CallsSoFar(FaultPoint::allocate), 3);
     EXPECT_EQ(LiveMemoryBlocks(), before + 2);
     FailNthCall(FaultPoint::allocate, 1, memFullErr);
     EXPECT_EQ(NewPtr(8), nullptr);
-    ClearFaults();
     EXPECT_EQ(NewPtr(-1), nullptr);
     EXPECT_EQ(NewHandle(-1), nullptr);
     EXPECT_EQ(GetPtrSize(block), 10);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignof(std::max_align_t), 0U);
     DisposePtr(block);
     DisposeHandle(handle);
     DisposePtr(nullptr);
     DisposeHandle(nullptr);
     EXPECT_EQ(LiveMemoryBlocks(), before);
+    ClearFaults();
 }
 
 TEST(Memory, KeepsTheBytesOfAHandleThatChangesItsSize) {
@@ -54,14 +52,10 @@ TEST(Memory, KeepsTheBytesOfAHandleThatChangesItsSize) {
 
 TEST(AddressKeys, LeadToTheirAddressUntilTheyAreDropped) {
     int object = 0, moved = 0;
-    const std::uint32_t key = AddrSlotPut(&object);
-    const std::uint32_t twin = AddrSlotPut(&object);
-    EXPECT_NE(key, 0U);
+    const std::uint32_t key = AddrSlotPut(&object), twin = AddrSlotPut(&object);
     EXPECT_NE(key, twin);
-    EXPECT_EQ(AddrSlotGet(key), &object);
     AddrSlotMove(key, &moved);
     EXPECT_EQ(AddrSlotGet(key), &moved);
-    EXPECT_EQ(AddrSlotGet(twin), &object);
     AddrSlotDrop(key);
     AddrSlotDrop(key);
     AddrSlotMove(key, &object);
@@ -69,44 +63,26 @@ TEST(AddressKeys, LeadToTheirAddressUntilTheyAreDropped) {
         EXPECT_EQ(AddrSlotGet(stale), nullptr) << std::hex << stale;
     EXPECT_EQ(AddrSlotGet(twin), &object) << "dropping twice freed no other place";
     AddrSlotDrop(twin);
+    std::uint32_t owned = 0;
+    {
+        const AddressKey owner(&object);
+        owned = owner.Value();
+        EXPECT_EQ(AddrSlotGet(owned), &object);
+    }
+    EXPECT_EQ(AddrSlotGet(owned), nullptr);
 }
 
-TEST(AddressKeys, DoNotRepeatWhileTheirPlaceIsUsed65535MoreTimes) {
-    int object = 0;
-    std::set<std::uint32_t> seen;
-    for (int i = 0; i < 65536; ++i) {
-        const std::uint32_t key = AddrSlotPut(&object);
+TEST(AddressKeys, RunOutWithAnExceptionComeBackAndDoNotRepeatSoon) {
+    std::vector<std::uint32_t> keys;
+    EXPECT_THROW(while (keys.size() < 70000) keys.push_back(AddrSlotPut(&keys)), std::length_error);
+    std::set<std::uint32_t> seen(keys.begin(), keys.end());
+    EXPECT_EQ(seen.size(), 65535U);
+    for (const std::uint32_t key : keys) AddrSlotDrop(key);
+    for (int i = 0; i < 65000; ++i) { // one place, used over and over
+        const std::uint32_t key = AddrSlotPut(&seen);
         EXPECT_TRUE(seen.insert(key).second) << "use " << i << " repeats key " << key;
         AddrSlotDrop(key);
     }
-}
-
-TEST(AddressKeys, RunOutWithAnExceptionAndComeBack) {
-    std::vector<std::uint32_t> keys;
-    EXPECT_THROW(while (keys.size() < 70000) keys.push_back(AddrSlotPut(&keys)), std::length_error);
-    EXPECT_EQ(std::set<std::uint32_t>(keys.begin(), keys.end()).size(), 65535U);
-    for (const std::uint32_t key : keys) AddrSlotDrop(key);
-    const AddressKey again(&keys);
-    EXPECT_EQ(AddrSlotGet(again.Value()), &keys);
-}
-
-TEST(AddressKeys, LeadThroughFieldsToObjectsAndProcedures) {
-    struct {
-        AddressSlot<int> number;
-        AddressSlot<int(int)> procedure;
-    } fields{};
-    static_assert(sizeof fields == 8);
-    EXPECT_EQ(fields.number.Get(), nullptr);
-    int number = 5;
-    {
-        const AddressKey numberKey(&number);
-        const AddressKey procedureKey(+[](int value) { return value + 1; });
-        fields.number.Set(numberKey);
-        fields.procedure.Set(procedureKey);
-        EXPECT_EQ(fields.procedure.Get()(*fields.number.Get()), 6);
-    }
-    EXPECT_EQ(fields.number.Get(), nullptr) << "the owner is gone";
-    EXPECT_EQ(fields.procedure.Get(), nullptr);
 }
 
 TEST(BigEndianFields, LieMostSignificantByteFirst) {
@@ -118,9 +94,7 @@ TEST(BigEndianFields, LieMostSignificantByteFirst) {
     fields.small = -2;
     fields.large = -0x01020304;
     fields.natural = 0x89ABCDEF;
-    const std::uint8_t want[] = {0xFF, 0xFE, 0xFE, 0xFD, 0xFC, 0xFC, 0x89, 0xAB, 0xCD, 0xEF};
-    static_assert(sizeof fields == sizeof want);
-    EXPECT_EQ(std::memcmp(&fields, want, sizeof want), 0);
+    EXPECT_EQ(std::memcmp(&fields, "\xFF\xFE\xFE\xFD\xFC\xFC\x89\xAB\xCD\xEF", sizeof fields), 0);
     EXPECT_EQ(fields.small, -2);
     EXPECT_EQ(fields.large, -0x01020304);
     EXPECT_EQ(fields.natural, 0x89ABCDEF);

@@ -11,7 +11,6 @@
 #include <QTimer>
 #include <QWindow>
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -21,9 +20,7 @@ std::uint32_t ToTicks(qint64 milliseconds) {
 }
 
 bool SameCursor(const Cursor* a, const Cursor* b) {
-    if (!a || !b) return a == b;
-    return std::equal(std::begin(a->data), std::end(a->data), b->data) &&
-           std::equal(std::begin(a->mask), std::end(a->mask), b->mask) && a->hotSpot == b->hotSpot;
+    return a && b ? *a == *b : a == b;
 }
 
 DialogWindow* DialogWindowOf(QObject* receiver) {
