@@ -206,7 +206,8 @@ TEST(ExportRun, EveryFailingStepIsReportedAndLeavesNothingBehind) {
             const short reported = code != noErr ? code : closing;
             // A dialog that cannot be made has a code of its own.
             const bool noDialog = c.point == FaultPoint::allocate && reported == kDialogNotMade;
-            EXPECT_TRUE(reported == (failed ? c.code : OSErr{noErr}) || noDialog) << n << ": " << reported;
+            EXPECT_TRUE(reported == (failed ? c.code : OSErr{noErr}) || noDialog)
+                << n << ": " << reported;
             EXPECT_EQ(run.data, 0) << n;
             EXPECT_EQ(LiveMemoryBlocks(), withResources) << n;
             EXPECT_GE(withResources, before);

@@ -69,7 +69,8 @@ TEST(LifeCycle, AnyOrderOfCallsIsSafeAndGivesEverythingBack) {
         DriverRun run = SmallRun();
         run.user.replaces = true; // a second start writes the same file again
         for (const short selector : order)
-            EXPECT_EQ(run.Call(selector), selector == kFinish ? DriverRun::kUntouched : short{noErr})
+            EXPECT_EQ(run.Call(selector),
+                      selector == kFinish ? DriverRun::kUntouched : short{noErr})
                 << "order " << testing::PrintToString(order);
         EXPECT_EQ(run.data, 0);
     }
