@@ -117,6 +117,7 @@ void ExpandToRGB(Picture& picture) {
         if (opacity) *to++ = opacity[n];
     }
     expanded.comment = std::move(picture.comment);
+    expanded.notes = std::move(picture.notes);
     picture = std::move(expanded);
 }
 

@@ -19,6 +19,26 @@ struct Channel {
     std::unique_ptr<std::uint8_t[]> bytes;
 };
 
+/// What a reader met in the file, and what it and the steps after it did to reach our form.
+struct InputNotes {
+    std::string format;   ///< "PNG", "JPEG", ...
+    int bits = 8;         ///< of a sample in the file, 1..64
+    bool rounded = false; ///< some sample had more than 8 bits and was no exact level of 255
+    bool inks = false;    ///< stored as cyan, magenta, yellow and black
+    int pictures = 1;     ///< in the file; only the first is read
+    std::vector<std::uint8_t> profile; ///< embedded ICC profile, until it is applied
+    enum class ProfileUse : std::uint8_t {
+        none,      ///< no profile in the file
+        same,      ///< its colours are those of sRGB; the samples were left as they are
+        converted, ///< the samples were converted to sRGB
+        unusable,  ///< damaged or not for this kind of picture; the samples were left as they are
+    };
+    ProfileUse profileUse = ProfileUse::none;
+    std::string profileName; ///< its description, UTF-8; empty when it has none
+    int orientation = 1;     ///< as the file states it, 1..8 (EXIF); 1 is upright
+    bool oriented = false;   ///< the picture was turned upright accordingly
+};
+
 /// Either RGB (3 bytes a pixel: red, green, blue), RGB with opacity (4 bytes; 0 transparent, 255
 /// opaque, colours not multiplied by it) or indexed (1 byte: an entry of `table`).
 struct Picture {
@@ -32,6 +52,7 @@ struct Picture {
     int colors = 0;                         ///< indexed only: entries in use, 1..256
     std::vector<Channel> channels;          ///< indexed only
     std::string comment;                    ///< the picture's own comment, empty for none
+    InputNotes notes;
 
     int BytesPerPixel() const { return kind == Kind::indexed ? 1 : kind == Kind::rgb ? 3 : 4; }
     std::size_t RowBytes() const {

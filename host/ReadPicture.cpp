@@ -31,7 +31,7 @@ bool Matches(const Format& format, std::string_view start) {
 
 } // namespace
 
-Picture ReadPicture(InputFile& input) {
+Picture ReadPicture(InputFile& input, Orientation) {
     const auto bytes = input.Peek();
     const std::string_view start(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (start.empty()) throw Problem("is empty");

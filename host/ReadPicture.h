@@ -6,8 +6,11 @@
 
 namespace gif89 {
 
-/// Reads a PNG, JPEG, PGM, PPM or PAM picture, told apart by the first bytes alone. Throws Problem
-/// for an empty input, any other content and whatever the format's own reader refuses.
-Picture ReadPicture(InputFile& input);
+/// Whether a picture that the file declares turned is turned upright.
+enum class Orientation : bool { asStored, upright };
+
+/// Reads a picture, its format told by the first bytes alone. Throws Problem for an empty input,
+/// an unknown content and whatever the format's own reader refuses.
+Picture ReadPicture(InputFile& input, Orientation orientation = Orientation::upright);
 
 } // namespace gif89
