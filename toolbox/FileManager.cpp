@@ -65,6 +65,13 @@ OSErr FindName(std::int32_t folder, ConstStr255Param shortName, FileName* found)
     return found->name.empty() ? OSErr{bdNamErr} : OSErr{noErr};
 }
 
+// No folder lies on this volume: the directory id of a spec is an open descriptor there.
+constexpr std::int16_t kDescriptorVolume = -1;
+
+bool NamesDescriptor(const FSSpec* spec) {
+    return spec->vRefNum == kDescriptorVolume;
+}
+
 // A name and its folder, opened.
 struct Place {
     Descriptor folder;
@@ -166,6 +173,14 @@ bool ReadFinderInfo(const Place& place, CInfoPBRec* info) {
     return true;
 }
 
+// Where attributes cannot be kept the extension tells the type, so failing here is harmless.
+void SetFinderInfo(int descriptor, OSType type, OSType creator) {
+    std::uint8_t bytes[kFinderInfoBytes];
+    PutBE(bytes, type);
+    PutBE(bytes + 4, creator);
+    static_cast<void>(fsetxattr(descriptor, kFinderInfoName, bytes, sizeof bytes, 0));
+}
+
 OSErr DescribeFolder(CInfoPBRec* info) {
     const std::string path = FolderPath(info->ioDirID);
     if (path.empty()) return dirNFErr;
@@ -206,6 +221,24 @@ OSErr DescribeEntry(CInfoPBRec* info) {
     return noErr;
 }
 
+// Without waiting, as a pipe would keep the caller until somebody opens its other end.
+OSErr OpenNamed(const FSSpec* spec, std::int8_t permission, Descriptor* file) {
+    Place place;
+    if (const OSErr error = FindPlace(spec, &place)) return error;
+    const int access = permission == fsWrPerm ? O_WRONLY : O_RDONLY;
+    *file = Descriptor(Uninterrupted([&] {
+        return openat(place.folder.Get(), place.name.c_str(),
+                      access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }));
+    return file->IsOpen() ? OSErr{noErr} : ErrorOf(errno);
+}
+
+OSErr OpenAgain(int descriptor, Descriptor* file) {
+    *file = Descriptor(fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    if (!file->IsOpen() || lseek(file->Get(), 0, SEEK_SET) != 0) return ErrorOf(errno);
+    return noErr;
+}
+
 thread_local OSErr closeError = noErr;
 
 } // namespace
@@ -236,8 +269,19 @@ OSErr FSSpecToPath(const FSSpec* spec, std::string* path) try {
     return memFullErr;
 }
 
+FSSpec DescriptorToFSSpec(int descriptor) {
+    FSSpec spec;
+    spec.vRefNum = kDescriptorVolume;
+    spec.parID = descriptor;
+    return spec;
+}
+
 OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, ScriptCode) try {
     if (const OSErr error = FaultAt(FaultPoint::createFile)) return error;
+    if (NamesDescriptor(spec)) {
+        SetFinderInfo(spec->parID, type, creator);
+        return noErr;
+    }
     Place place;
     if (const OSErr error = FindPlace(spec, &place)) return error;
     const Descriptor file(Uninterrupted([&] {
@@ -245,11 +289,7 @@ OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, ScriptCode) try
                       O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     }));
     if (!file.IsOpen()) return ErrorOf(errno);
-    std::uint8_t bytes[kFinderInfoBytes];
-    PutBE(bytes, type);
-    PutBE(bytes + 4, creator);
-    // Where attributes cannot be kept the extension tells the type, so failing here is harmless.
-    static_cast<void>(fsetxattr(file.Get(), kFinderInfoName, bytes, sizeof bytes, 0));
+    SetFinderInfo(file.Get(), type, creator);
     return noErr;
 } catch (const std::bad_alloc&) {
     return memFullErr;
@@ -257,6 +297,8 @@ OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, ScriptCode) try
 
 OSErr FSpDelete(const FSSpec* spec) try {
     if (const OSErr error = FaultAt(FaultPoint::deleteFile)) return error;
+    if (NamesDescriptor(spec))
+        return ftruncate(spec->parID, 0) == 0 ? OSErr{noErr} : ErrorOf(errno);
     Place place;
     if (const OSErr error = FindPlace(spec, &place)) return error;
     if (unlinkat(place.folder.Get(), place.name.c_str(), 0) == 0) return noErr;
@@ -268,16 +310,12 @@ OSErr FSpDelete(const FSSpec* spec) try {
 OSErr FSpOpenDF(const FSSpec* spec, std::int8_t permission, std::int16_t* refNum) try {
     if (permission != fsRdPerm && permission != fsWrPerm) return paramErr;
     if (const OSErr error = FaultAt(FaultPoint::openFile)) return error;
-    Place place;
-    if (const OSErr error = FindPlace(spec, &place)) return error;
-    // Without waiting, as a pipe would keep the caller until somebody opens its other end.
-    const int access = permission == fsWrPerm ? O_WRONLY : O_RDONLY;
-    Descriptor file(Uninterrupted([&] {
-        return openat(place.folder.Get(), place.name.c_str(),
-                      access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    }));
+    Descriptor file;
+    const OSErr opening =
+        NamesDescriptor(spec) ? OpenAgain(spec->parID, &file) : OpenNamed(spec, permission, &file);
+    if (opening != noErr) return opening;
     struct stat status;
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return ErrorOf(errno);
+    if (fstat(file.Get(), &status) != 0) return ErrorOf(errno);
     // Only files have data; folders and pipes that bear the name are not what was looked for.
     if (S_ISDIR(status.st_mode) || S_ISFIFO(status.st_mode)) return fnfErr;
     const OSErr error =

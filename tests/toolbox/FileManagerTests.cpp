@@ -150,6 +150,26 @@ TEST_F(Files, WorkBelowFoldersWhosePathIsTooLongForTheSystem) {
     close(deepest);
 }
 
+TEST_F(Files, WithoutANameAreWrittenThroughTheirDescriptor) {
+    const int descriptor = open(folder.Path().c_str(), O_TMPFILE | O_RDWR, 0600);
+    ASSERT_GE(descriptor, 0);
+    const FSSpec spec = DescriptorToFSSpec(descriptor);
+    EXPECT_EQ(Create(spec), noErr);
+    for (const char* text : {"first and longer", "second"}) { // each time from the start
+        const std::int16_t file = Open(spec, fsWrPerm);
+        EXPECT_EQ(Open(spec, fsWrPerm), opWrErr);
+        EXPECT_EQ(Write(file, text).first, noErr);
+        EXPECT_EQ(FSClose(file), noErr);
+    }
+    char bytes[32] = {};
+    EXPECT_EQ(pread(descriptor, bytes, sizeof bytes, 0), 16);
+    EXPECT_STREQ(bytes, "secondand longer");
+    EXPECT_EQ(Delete(spec), noErr);
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_END), 0) << "deleted, but still the caller's";
+    PathOf(spec, bdNamErr);
+    close(descriptor);
+}
+
 TEST_F(Files, CannotHaveTheseNames) {
     folder.Write("file", "");
     const auto refusal = [](const std::string& path) {
