@@ -50,8 +50,6 @@ class EventSource {
     /// Shows a sentence with one button; `kind` tells how grave it is.
     enum class AlertKind : std::uint8_t { note, caution, stop };
     virtual void Alert(AlertKind kind, const std::string& sentence) = 0;
-    /// Shows the lines of an about box until it is dismissed.
-    virtual void About(const std::vector<std::string>& lines) = 0;
 };
 
 /// Makes `source` operate this thread's dialogs and returns the one before; null has every dialog

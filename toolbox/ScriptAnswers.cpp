@@ -36,8 +36,6 @@ void ScriptSource::Alert(AlertKind, const std::string& sentence) {
     alerts.push_back(sentence);
 }
 
-void ScriptSource::About(const std::vector<std::string>&) {} // read and dismissed
-
 void ScriptSource::PutFile(ConstStr255Param, ConstStr255Param, StandardFileReply* reply) {
     const Act act = NextAnswer("save", Act::Kind::pickFile, Act::Kind::cancelFile);
     if (Failed() || act.kind != Act::Kind::pickFile) return;

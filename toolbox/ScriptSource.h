@@ -102,7 +102,6 @@ class ScriptSource : public EventSource, public StandardFileResponder {
     bool PickColor(Point where, const std::string& prompt, const RGBColor& start,
                    RGBColor* picked) override;
     void Alert(AlertKind kind, const std::string& sentence) override;
-    void About(const std::vector<std::string>& lines) override;
     void PutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
                  StandardFileReply* reply) override;
     void GetFile(FileFilterProc filter, StandardFileReply* reply) override;

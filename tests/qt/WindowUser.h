@@ -61,7 +61,6 @@ class WindowUser : public EventSource {
     void Alert(AlertKind kind, const std::string& sentence) override {
         display.Alert(kind, sentence);
     }
-    void About(const std::vector<std::string>& lines) override { display.About(lines); }
 
   private:
     class ArrivalCounter;

@@ -46,5 +46,4 @@ class PlainSource : public EventSource {
     void ShowCursor(const Cursor*) override {}
     bool PickColor(Point, const std::string&, const RGBColor&, RGBColor*) override { return false; }
     void Alert(AlertKind, const std::string& sentence) override { alerts.push_back(sentence); }
-    void About(const std::vector<std::string>&) override {}
 };

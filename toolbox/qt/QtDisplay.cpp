@@ -247,14 +247,3 @@ void QtDisplay::Alert(AlertKind kind, const std::string& sentence) {
     box.setTextFormat(Qt::PlainText);
     box.exec();
 }
-
-void QtDisplay::About(const std::vector<std::string>& lines) {
-    if (lines.empty()) return;
-    QStringList others;
-    for (std::size_t i = 1; i < lines.size(); ++i) others << QString::fromStdString(lines[i]);
-    const QString first = QString::fromStdString(lines.front());
-    QMessageBox box(QMessageBox::NoIcon, first, first, QMessageBox::Ok, Front());
-    box.setTextFormat(Qt::PlainText);
-    box.setInformativeText(others.join(QLatin1Char('\n')));
-    box.exec();
-}

@@ -36,7 +36,6 @@ class QtDisplay : public QObject, public EventSource {
     bool PickColor(Point where, const std::string& prompt, const RGBColor& start,
                    RGBColor* picked) override;
     void Alert(AlertKind kind, const std::string& sentence) override;
-    void About(const std::vector<std::string>& lines) override;
 
     /// Sees every event of the program before the widgets do.
     bool eventFilter(QObject* receiver, QEvent* event) override;
