@@ -1,5 +1,6 @@
 #include "InputFile.h"
 
+#include "FolderTable.h"
 #include "Problem.h"
 
 #include <algorithm>
@@ -23,7 +24,13 @@ Problem SystemProblem(const char* what) {
 } // namespace
 
 InputFile InputFile::Open(const std::string& path) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    // By way of its folder, since a path may be longer than the system takes at once.
+    const std::size_t slash = path.rfind('/');
+    const Descriptor folder =
+        OpenFolder(slash == std::string::npos ? "." : path.substr(0, slash + 1));
+    if (!folder.IsOpen()) throw SystemProblem("cannot be opened");
+    const std::string name = slash + 1 == path.size() ? "." : path.substr(slash + 1);
+    const int descriptor = openat(folder.Get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
     if (descriptor < 0) throw SystemProblem("cannot be opened");
     InputFile file(descriptor, Ownership::owned);
     struct stat status = {};

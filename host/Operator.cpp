@@ -238,11 +238,12 @@ void Operator::PlanPalette(DialogPtr dialog) {
     acts.push_back(PressItem(kResizeItem));
 }
 
+// Where nothing is transparent no colour shows through, and there is nothing to choose.
 void Operator::PlanMatte(DialogPtr dialog, short item) {
     const bool indexed = dialog->resourceID == kIndexedDialog;
     const bool transparency = indexed ? !choices.transparent.empty() || !WantedChannel().empty()
                                       : IsEnabled(dialog, item);
-    if (!transparency) throw Problem("--matte needs transparency; the picture has none", kUsage);
+    if (!transparency) return;
     const auto widen = [](std::uint8_t level) { return static_cast<std::uint16_t>(level * 257); };
     acts.push_back(PressItem(item));
     acts.push_back(PickColor(

@@ -43,6 +43,27 @@ Picture MakePicture(Picture::Kind kind, long long rows, long long columns) {
     return picture;
 }
 
+Picture CopyPicture(const Picture& picture) {
+    Picture copy = MakePicture(picture.kind, picture.rows, picture.columns);
+    std::copy_n(picture.pixels.get(), picture.PixelBytes(), copy.pixels.get());
+    copy.table = picture.table;
+    copy.colors = picture.colors;
+    for (const Channel& channel : picture.channels) {
+        auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(picture.PixelBytes());
+        std::copy_n(channel.bytes.get(), picture.PixelBytes(), bytes.get());
+        copy.channels.push_back({channel.name, std::move(bytes)});
+    }
+    copy.comment = picture.comment;
+    copy.notes = picture.notes;
+    return copy;
+}
+
+const std::uint8_t* OpacityOf(const Picture& picture) {
+    for (const Channel& channel : picture.channels)
+        if (channel.name == kTransparencyChannel) return channel.bytes.get();
+    return nullptr;
+}
+
 void SetGreyRamp(Picture& picture, int colors) {
     const int brightest = colors - 1;
     picture.table = {};
@@ -100,10 +121,7 @@ std::unique_ptr<std::uint8_t[]> TakeGreyLevels(const Picture& picture) {
 
 void ExpandToRGB(Picture& picture) {
     if (picture.kind != Picture::Kind::indexed) return;
-    const auto found =
-        std::find_if(picture.channels.begin(), picture.channels.end(),
-                     [](const Channel& channel) { return channel.name == kTransparencyChannel; });
-    const std::uint8_t* opacity = found == picture.channels.end() ? nullptr : found->bytes.get();
+    const std::uint8_t* const opacity = OpacityOf(picture);
 
     Picture expanded = MakePicture(opacity ? Picture::Kind::rgbAlpha : Picture::Kind::rgb,
                                    picture.rows, picture.columns);

@@ -34,9 +34,10 @@ struct InputNotes {
         unusable,  ///< damaged or not for this kind of picture; the samples were left as they are
     };
     ProfileUse profileUse = ProfileUse::none;
-    std::string profileName; ///< its description, UTF-8; empty when it has none
-    int orientation = 1;     ///< as the file states it, 1..8 (EXIF); 1 is upright
-    bool oriented = false;   ///< the picture was turned upright accordingly
+    std::string profileName;  ///< its description, UTF-8; empty when it has none
+    int orientation = 1;      ///< as the file states it, 1..8 (EXIF); 1 is upright
+    bool oriented = false;    ///< the picture was turned upright accordingly
+    bool madeIndexed = false; ///< its table was made of the few colours of a picture without one
 };
 
 /// Either RGB (3 bytes a pixel: red, green, blue), RGB with opacity (4 bytes; 0 transparent, 255
@@ -69,6 +70,12 @@ constexpr char kTransparencyChannel[] = "Transparency";
 /// pixels are not touched: until a reader stores them they cost addresses only, so a header that
 /// promises more than its file holds is cheap.
 Picture MakePicture(Picture::Kind kind, long long rows, long long columns);
+
+/// The picture with pixels and channels of its own. Throws Problem without memory.
+Picture CopyPicture(const Picture& picture);
+
+/// The opacity of an indexed picture: the bytes of channel "Transparency", null without one.
+const std::uint8_t* OpacityOf(const Picture& picture);
 
 /// Gives an indexed picture a table of `colors` greys, 2..256, evenly from black to white.
 void SetGreyRamp(Picture& picture, int colors);

@@ -7,7 +7,7 @@
 namespace gif89 {
 
 /// Exit codes of our programs.
-enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2 };
+enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kNotMet = 3 };
 
 /// Thrown by the host's code; never crosses the module's boundary. The sentence says what is
 /// wrong, where, and what was expected; it names no file, since the catcher knows which one it is.

@@ -1,45 +1,37 @@
 #include "SavePicture.h"
 
-#include "DecodeGif.h"
+#include "Descriptor.h"
+#include "DialogWatch.h"
 #include "ExportHost.h"
 #include "FileManager.h"
 #include "Problem.h"
 #include "StandardFile.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <bitset>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <optional>
-#include <vector>
+#include <span>
 
 namespace gif89 {
 namespace {
 
-/// Answers the module's save dialog with a staging file beside the target, and hands on the
-/// question for a file to open.
-class SaveDialog final : public StandardFileResponder {
+/// Answers the module's save dialog with a file that the host has open, and hands on the question
+/// for a file to open.
+class SaveDialog : public StandardFileResponder {
   public:
-    SaveDialog(const Destination& destination, StandardFileResponder* openDialog,
-               const std::function<void(const std::string&)>& check)
-        : where(destination), opener(openDialog), mayWrite(check) {}
+    explicit SaveDialog(StandardFileResponder* openDialog) : opener(openDialog) {}
 
     void PutFile(ConstStr255Param, ConstStr255Param defaultName,
                  StandardFileReply* reply) override {
         try {
-            const std::string proposed(reinterpret_cast<const char*>(defaultName + 1),
-                                       defaultName[0]);
-            std::string target = where.file;
-            if (target.empty()) target = std::filesystem::path(where.folder) / proposed;
-            if (mayWrite) mayWrite(target);
-            file.emplace(target, where.existing);
-            if (const OSErr error = PathToFSSpec(file->Path(), &reply->sfFile); error != noErr)
-                throw Problem(DescribeCode(error));
+            reply->sfFile = DescriptorToFSSpec(OpenFor(
+                {reinterpret_cast<const char*>(defaultName + 1), std::size_t{defaultName[0]}}));
             reply->sfGood = 1;
         } catch (const Problem& problem) {
             refusal = problem; // the module only hears "cancelled"
@@ -49,60 +41,124 @@ class SaveDialog final : public StandardFileResponder {
         if (opener) opener->GetFile(filter, reply);
     }
 
-    std::optional<StagedFile> file;
     std::optional<Problem> refusal;
 
+  protected:
+    ~SaveDialog() override = default;
+    /// The descriptor of the new, empty file; throws Problem.
+    virtual int OpenFor(const std::string& proposedName) = 0;
+
   private:
-    const Destination& where;
     StandardFileResponder* opener;
-    const std::function<void(const std::string&)> mayWrite;
 };
 
-/// A descriptor that is closed with the object.
-class Descriptor {
+class SaveToFolder final : public SaveDialog {
   public:
-    explicit Descriptor(int number) : descriptor(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (descriptor >= 0) close(descriptor);
-    }
-    int Number() const { return descriptor; }
+    SaveToFolder(const Destination& destination, StandardFileResponder* openDialog,
+                 const SaveChecks& theChecks)
+        : SaveDialog(openDialog), where(destination), checks(theChecks) {}
+
+    std::optional<StagedFile> file;
 
   private:
-    int descriptor;
+    int OpenFor(const std::string& proposedName) override {
+        std::string target = where.file;
+        if (target.empty()) target = std::filesystem::path(where.folder) / proposedName;
+        if (checks.mayWrite) checks.mayWrite(target);
+        return file.emplace(target, where.existing).FileDescriptor();
+    }
+
+    const Destination& where;
+    const SaveChecks& checks;
 };
 
-std::vector<std::uint8_t> ReadWholeFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::vector<std::uint8_t> bytes(std::filesystem::file_size(path));
-    if (!file.read(reinterpret_cast<char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size())))
-        throw Problem("the finished file cannot be read back");
-    return bytes;
+/// A stream gets its bytes only when they have been checked; until then they stay in memory.
+class SaveToMemory final : public SaveDialog {
+  public:
+    using SaveDialog::SaveDialog;
+    Descriptor file;
+
+  private:
+    int OpenFor(const std::string&) override {
+        file = Descriptor(memfd_create("gif89", MFD_CLOEXEC));
+        if (!file.IsOpen())
+            throw Problem(std::string("no memory for the file: ") + std::strerror(errno));
+        return file.Get();
+    }
+};
+
+/// The finished file's bytes in memory.
+class FileBytes {
+  public:
+    explicit FileBytes(int descriptor) {
+        struct stat status;
+        if (fstat(descriptor, &status) != 0) Fail();
+        size = static_cast<std::size_t>(status.st_size);
+        bytes = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+        for (std::size_t done = 0; done < size;) {
+            const ssize_t got = Uninterrupted([&] {
+                return pread(descriptor, bytes.get() + done, size - done, static_cast<off_t>(done));
+            });
+            if (got <= 0) Fail();
+            done += static_cast<std::size_t>(got);
+        }
+    }
+    std::span<const std::uint8_t> Span() const { return {bytes.get(), size}; }
+
+  private:
+    [[noreturn]] static void Fail() { throw Problem("the finished file cannot be read back"); }
+
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t size = 0;
+};
+
+void WriteAll(int descriptor, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written =
+            Uninterrupted([&] { return write(descriptor, bytes.data(), bytes.size()); });
+        if (written < 0) throw Problem(std::string("cannot write: ") + std::strerror(errno));
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
 }
 
-void WriteAll(int descriptor, const std::vector<std::uint8_t>& bytes) {
-    for (std::size_t done = 0; done < bytes.size();) {
-        const ssize_t written = write(descriptor, bytes.data() + done, bytes.size() - done);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) throw Problem(std::string("cannot write: ") + std::strerror(errno));
-        done += static_cast<std::size_t>(written);
+/// One picture's way into a file.
+struct Export {
+    const ExportModule& module;
+    const Picture& picture;
+    const std::string& documentName;
+    const DialogUser& user;
+    const SaveChecks& checks;
+};
+
+// Runs the export and returns the palette's kind. A refusal of the save dialog is the better reason
+// than the module's "cancelled".
+std::string Run(const Export& job, SaveDialog& dialog) {
+    std::optional<DialogWatch> watch;
+    if (job.user.events) watch.emplace(*job.user.events);
+    try {
+        ExportPicture(job.module,
+                      {job.picture, job.documentName, dialog, watch ? &*watch : nullptr});
+    } catch (const Problem&) {
+        if (dialog.refusal) throw *dialog.refusal;
+        throw;
     }
+    return watch ? watch->Palette() : std::string();
 }
 
 // Decodes the whole file and compares it with what was to be written.
-SavedGif CheckFile(const std::vector<std::uint8_t>& bytes, const Picture& picture) {
-    const DecodedGif gif = DecodeGif(bytes);
-    if (gif.rows != picture.rows || gif.columns != picture.columns)
+SavedGif CheckFile(const Export& job, std::span<const std::uint8_t> bytes, std::string palette) {
+    SavedGif saved = {{}, {}, DecodeGif(bytes)};
+    const DecodedGif& gif = saved.gif;
+    if (gif.rows != job.picture.rows || gif.columns != job.picture.columns)
         throw Problem("the finished file has another size than the picture");
-    if (gif.comment && *gif.comment != picture.comment)
+    if (gif.comment && *gif.comment != job.picture.comment)
         throw Problem("the finished file has another comment than the picture");
-    std::bitset<256> used;
-    const std::size_t pixels =
-        static_cast<std::size_t>(gif.rows) * static_cast<std::size_t>(gif.columns);
-    for (std::size_t i = 0; i < pixels; ++i) used.set(gif.indices[i]);
-    return {{}, gif.rows, gif.columns, static_cast<int>(used.count()), bytes.size()};
+    const Picture& original = job.checks.original ? *job.checks.original : job.picture;
+    if (job.picture.kind == Picture::Kind::indexed)
+        palette = job.picture.notes.madeIndexed ? "found" : "own";
+    saved.report = MakeReport(original, job.picture, gif, bytes.size(), std::move(palette));
+    if (job.checks.accept) job.checks.accept(saved.report);
+    return saved;
 }
 
 // A device or pipe cannot be replaced by a file; it is written to.
@@ -111,27 +167,12 @@ bool IsStream(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
-// Runs the export; a refusal of the save dialog is the better reason than the module's "cancelled".
-void ExportThrough(SaveDialog& dialog, const ExportModule& module, const Picture& picture,
-                   const std::string& documentName, const DialogUser& user) {
-    try {
-        ExportPicture(module, {picture, documentName, dialog, user.events});
-    } catch (const Problem&) {
-        if (dialog.refusal) throw *dialog.refusal;
-        throw;
-    }
-}
-
-// The module writes files; the stream gets the bytes once they have been checked.
-SavedGif SaveToStream(const ExportModule& module, const Picture& picture,
-                      const std::string& documentName, int stream, const DialogUser& user) {
-    const Destination temporary = {
-        {}, std::filesystem::temp_directory_path() / ".gif89-stream", -1, Existing::replace};
-    SaveDialog dialog(temporary, user.files, {});
-    ExportThrough(dialog, module, picture, documentName, user);
-    const std::vector<std::uint8_t> bytes = ReadWholeFile(dialog.file->Path());
-    SavedGif saved = CheckFile(bytes, picture);
-    WriteAll(stream, bytes);
+SavedGif SaveToStream(const Export& job, int stream) {
+    SaveToMemory dialog(job.user.files);
+    const std::string palette = Run(job, dialog);
+    const FileBytes bytes(dialog.file.Get());
+    SavedGif saved = CheckFile(job, bytes.Span(), palette);
+    WriteAll(stream, bytes.Span());
     return saved;
 }
 
@@ -139,20 +180,18 @@ SavedGif SaveToStream(const ExportModule& module, const Picture& picture,
 
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
-                     const DialogUser& user,
-                     const std::function<void(const std::string&)>& mayWrite) {
-    if (destination.stream >= 0)
-        return SaveToStream(module, picture, documentName, destination.stream, user);
+                     const DialogUser& user, const SaveChecks& checks) {
+    const Export job = {module, picture, documentName, user, checks};
+    if (destination.stream >= 0) return SaveToStream(job, destination.stream);
     if (!destination.file.empty() && IsStream(destination.file)) {
         const Descriptor device(open(destination.file.c_str(), O_WRONLY | O_CLOEXEC));
-        if (device.Number() < 0)
-            throw Problem(std::string("cannot open it: ") + std::strerror(errno));
-        return SaveToStream(module, picture, documentName, device.Number(), user);
+        if (!device.IsOpen()) throw Problem(std::string("cannot open it: ") + std::strerror(errno));
+        return SaveToStream(job, device.Get());
     }
 
-    SaveDialog dialog(destination, user.files, mayWrite);
-    ExportThrough(dialog, module, picture, documentName, user);
-    SavedGif saved = CheckFile(ReadWholeFile(dialog.file->Path()), picture);
+    SaveToFolder dialog(destination, user.files, checks);
+    const std::string palette = Run(job, dialog);
+    SavedGif saved = CheckFile(job, FileBytes(dialog.file->FileDescriptor()).Span(), palette);
     dialog.file->Commit();
     saved.path = dialog.file->Target();
     return saved;

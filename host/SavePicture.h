@@ -3,11 +3,11 @@
 
 #include "EventSource.h"
 #include "ExportModule.h"
+#include "ExportReport.h"
 #include "Picture.h"
 #include "StagedFile.h"
 #include "StandardFile.h"
 
-#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -24,10 +24,8 @@ struct Destination {
 /// What was written.
 struct SavedGif {
     std::string path; ///< empty for a stream
-    int rows = 0;
-    int columns = 0;
-    int colors = 0; ///< entries of the colour table that pixels use
-    std::size_t bytes = 0;
+    ExportReport report;
+    DecodedGif gif;
 };
 
 /// Who answers the module's dialogs; the save dialog is answered by SavePicture itself.
@@ -36,12 +34,19 @@ struct DialogUser {
     StandardFileResponder* files; ///< for files to open; null cancels
 };
 
-/// Exports the picture under the document's name and saves it. `mayWrite` is asked with the target
-/// path before anything is written there and may throw. Throws Problem; whatever fails, what was at
-/// the destination is whole and nothing else is left there.
+/// What is looked at on the way; each may throw Problem, and then nothing is written.
+struct SaveChecks {
+    const Picture* original = nullptr; ///< to compare with; null is the exported picture itself
+    /// Asked with the target's path before anything is written there.
+    std::function<void(const std::string&)> mayWrite;
+    /// Asked before the finished file takes its place.
+    std::function<void(const ExportReport&)> accept;
+};
+
+/// Exports the picture under the document's name, decodes the file, compares and saves it. Throws
+/// Problem; whatever fails, what was at the destination is whole and nothing else is left there.
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
-                     const DialogUser& user,
-                     const std::function<void(const std::string&)>& mayWrite = {});
+                     const DialogUser& user, const SaveChecks& checks = {});
 
 } // namespace gif89

@@ -1,5 +1,6 @@
 #include "StagedFile.h"
 
+#include "FolderTable.h"
 #include "Problem.h"
 
 #include <fcntl.h>
@@ -19,26 +20,34 @@
 namespace gif89 {
 namespace {
 
-// Paths that a signal must remove. The handler may only read atomics and call unlink, so each slot
-// holds the address of a string that outlives its stay here.
+// Named files that a signal must remove. The handler may only read atomics and call unlinkat, so a
+// slot is filled before its name is set, and what both lead to outlives its stay here.
+struct Slot {
+    std::atomic<const char*> name;
+    std::atomic<int> folder;
+};
 constexpr int kSlots = 16;
-std::atomic<const char*> stagedPaths[kSlots];
+Slot slots[kSlots];
 
-int TakeSlot(const char* path) {
+int TakeSlot(int folder, const char* name) {
     for (int slot = 0; slot < kSlots; ++slot) {
         const char* none = nullptr;
-        if (stagedPaths[slot].compare_exchange_strong(none, path)) return slot;
+        static const char taken[] = "";
+        if (!slots[slot].name.compare_exchange_strong(none, taken)) continue;
+        slots[slot].folder = folder;
+        slots[slot].name = name;
+        return slot;
     }
     return -1; // more files at once than anyone stages; the destructor still removes it
 }
 
 void FreeSlot(int slot) {
-    if (slot >= 0) stagedPaths[slot] = nullptr;
+    if (slot >= 0) slots[slot].name = nullptr;
 }
 
 void RemoveAndEnd(int signal) {
-    for (const auto& path : stagedPaths)
-        if (const char* name = path.load()) unlink(name);
+    for (const Slot& slot : slots)
+        if (const char* name = slot.name.load()) unlinkat(slot.folder, name, 0);
     // SA_RESETHAND has put the default action back.
     raise(signal);
 }
@@ -47,8 +56,8 @@ std::string SystemReason() {
     return std::strerror(errno);
 }
 
-// A short name of its own: the target's may already be as long as names can be.
-std::string StagingName() {
+// A short name: the target's may already be as long as names can be.
+std::string MakeStagingName() {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number)
         throw Problem("no random numbers: " + SystemReason());
@@ -66,48 +75,110 @@ std::string FollowLinks(const std::string& path) {
     return end;
 }
 
+// The way to a file without a name, where the system shows descriptors as paths.
+std::string PathOfDescriptor(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
+}
+
 } // namespace
 
-StagedFile::StagedFile(const std::string& targetPath, Existing whatExists)
+StagedFile::StagedFile(const std::string& targetPath, Existing whatExists, Staging staging)
     : target(FollowLinks(targetPath)), existing(whatExists) {
     const std::size_t slash = target.rfind('/');
-    const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
+    name = target.substr(slash + 1); // the whole when there is no slash
+    folder = OpenFolder(slash == std::string::npos ? "." : target.substr(0, slash + 1));
+    if (!folder.IsOpen()) throw Problem("cannot write into its folder: " + SystemReason());
     struct stat status;
-    if (stat(folder.empty() ? "." : folder.c_str(), &status) != 0)
-        throw Problem("cannot write into its folder: " + SystemReason());
-    if (stat(target.c_str(), &status) == 0) {
-        if (S_ISDIR(status.st_mode)) throw Problem("is a folder; a file name was expected");
-        if (existing == Existing::keep) throw Problem("exists already; -f replaces it");
-    }
-    staging = folder + StagingName();
-    cleanupSlot = TakeSlot(staging.c_str());
+    if (name.empty() ||
+        (fstatat(folder.Get(), name.c_str(), &status, 0) == 0 && S_ISDIR(status.st_mode)))
+        throw Problem("is a folder; a file name was expected");
+    if (existing == Existing::keep &&
+        fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
+        throw Problem("exists already; -f replaces it");
+    if (staging == Staging::nameless) CreateNameless();
+    if (!file.IsOpen()) CreateNamed();
 }
 
 StagedFile::~StagedFile() {
-    if (!staging.empty()) unlink(staging.c_str());
+    if (!stagingName.empty()) unlinkat(folder.Get(), stagingName.c_str(), 0);
     FreeSlot(cleanupSlot);
+}
+
+void StagedFile::CreateNameless() {
+    file = Descriptor(openat(folder.Get(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
+    // It could not be given a name later where descriptors have no paths.
+    if (file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), F_OK) != 0)
+        file = Descriptor();
+}
+
+void StagedFile::CreateNamed() {
+    TakeStagingName();
+    file = Descriptor(
+        openat(folder.Get(), stagingName.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (file.IsOpen()) return;
+    const std::string reason = SystemReason();
+    stagingName.clear();
+    FreeSlot(cleanupSlot);
+    throw Problem("cannot write into its folder: " + reason);
+}
+
+void StagedFile::TakeStagingName() {
+    stagingName = MakeStagingName();
+    cleanupSlot = TakeSlot(folder.Get(), stagingName.c_str());
 }
 
 void StagedFile::Commit() {
     struct stat old;
-    if (existing == Existing::replace && stat(target.c_str(), &old) == 0)
-        chmod(staging.c_str(), old.st_mode & 07777); // best effort: another owner's file keeps ours
-    int failed;
-    if (existing == Existing::replace) {
-        failed = rename(staging.c_str(), target.c_str());
+    const bool replaces =
+        existing == Existing::replace && fstatat(folder.Get(), name.c_str(), &old, 0) == 0;
+    if (replaces) {
+        // Best effort: another owner's file keeps our permissions.
+        static_cast<void>(fchmod(file.Get(), old.st_mode & 07777));
+        Replace();
     } else {
-        // Somebody may have made the file since we looked. Not every file system can rename
-        // without replacing; a second name for the staged file says the same.
-        failed = renameat2(AT_FDCWD, staging.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
-        if (failed && (errno == EINVAL || errno == ENOSYS)) {
-            failed = link(staging.c_str(), target.c_str());
-            if (!failed) unlink(staging.c_str());
-        }
+        PutInFreePlace();
     }
-    if (failed) throw Problem("cannot put the finished file in place: " + SystemReason());
     FreeSlot(cleanupSlot);
     cleanupSlot = -1;
-    staging.clear();
+    stagingName.clear();
+}
+
+// A file without a name can take a free place at once but not another's; it needs a name of its
+// own for a moment.
+void StagedFile::Replace() {
+    // Else a loss of power could leave the new name with neither the old content nor the new.
+    if (fdatasync(file.Get()) != 0) FailToCommit();
+    if (stagingName.empty()) {
+        TakeStagingName();
+        if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(),
+                   stagingName.c_str(), AT_SYMLINK_FOLLOW) != 0)
+            FailToCommit();
+    }
+    if (renameat(folder.Get(), stagingName.c_str(), folder.Get(), name.c_str()) != 0)
+        FailToCommit();
+}
+
+// Somebody may have made the target since we looked, and then it stays.
+void StagedFile::PutInFreePlace() {
+    if (stagingName.empty()) {
+        if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(), name.c_str(),
+                   AT_SYMLINK_FOLLOW) == 0)
+            return;
+        if (errno == EEXIST && existing == Existing::replace) return Replace();
+        FailToCommit();
+    }
+    const unsigned flags = existing == Existing::keep ? RENAME_NOREPLACE : 0;
+    int failed = renameat2(folder.Get(), stagingName.c_str(), folder.Get(), name.c_str(), flags);
+    if (failed && (errno == EINVAL || errno == ENOSYS)) {
+        // Not every file system can rename without replacing; a second name says the same.
+        failed = linkat(folder.Get(), stagingName.c_str(), folder.Get(), name.c_str(), 0);
+        if (!failed) unlinkat(folder.Get(), stagingName.c_str(), 0);
+    }
+    if (failed) FailToCommit();
+}
+
+void StagedFile::FailToCommit() {
+    throw Problem("cannot put the finished file in place: " + SystemReason());
 }
 
 void HandleSignalsWhileSaving() {

@@ -1,6 +1,8 @@
 // Saves a file so that the old one stays whole until the new one is complete.
 #pragma once
 
+#include "Descriptor.h"
+
 #include <string>
 
 namespace gif89 {
@@ -8,30 +10,44 @@ namespace gif89 {
 /// Whether an existing file may give way.
 enum class Existing : bool { keep, replace };
 
-/// A new file beside its target, under a name of its own, until it takes the target's place. What
-/// is not committed is removed with the object, and when a signal ends the process (below).
+/// A new file on its way to its target. Until it is committed it has no name, so that nothing is
+/// left when the process ends, however it does; on file systems without such files it has one of
+/// its own beside the target, which is removed with the object and by the signals below.
 class StagedFile {
   public:
-    /// Chooses the staging path; nothing is created yet. A target that is a symbolic link stands
-    /// for the file it leads to. Throws Problem when the target is a folder, its folder does not
-    /// exist, or it exists and must be kept.
-    StagedFile(const std::string& targetPath, Existing whatExists);
+    enum class Staging : bool { nameless, named };
+
+    /// Creates the file, empty. A target that is a symbolic link stands for the file it leads to.
+    /// Throws Problem when the target is a folder, its folder does not exist or cannot be written,
+    /// or it exists and must be kept. `staging` can only ask for less.
+    StagedFile(const std::string& targetPath, Existing whatExists,
+               Staging staging = Staging::nameless);
     StagedFile(const StagedFile&) = delete;
     StagedFile& operator=(const StagedFile&) = delete;
     ~StagedFile();
 
-    const std::string& Path() const { return staging; } ///< write here
+    int FileDescriptor() const { return file.Get(); } ///< open for reading and writing
     const std::string& Target() const { return target; }
 
-    /// Renames the staging file over the target. A file that is replaced hands on its permissions.
-    /// Throws Problem, with the target as it was.
+    /// Puts the file in the target's place. A file that is replaced hands on its permissions, and
+    /// the new one is on the disk before. Throws Problem, with the target as it was.
     void Commit();
 
   private:
+    void CreateNameless();
+    void CreateNamed();
+    void TakeStagingName();
+    void Replace();
+    void PutInFreePlace();
+    [[noreturn]] static void FailToCommit();
+
     std::string target;
-    std::string staging;
+    std::string name; ///< of the target in `folder`
     Existing existing;
-    int cleanupSlot;
+    Descriptor folder;
+    Descriptor file;
+    std::string stagingName; ///< in `folder`; empty while the file has none
+    int cleanupSlot = -1;
 };
 
 /// Prepares a program's signals for saving: SIGINT, SIGTERM, SIGHUP and SIGPIPE remove the staged

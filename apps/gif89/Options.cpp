@@ -5,26 +5,31 @@
 #include <getopt.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <charconv>
+#include <cstring>
 
 namespace gif89 {
 namespace {
 
-struct Option {
-    char letter; ///< 0 for none
-    const char* name;
-    const char* argument; ///< null for none
-    const char* help;
-    void (*apply)(Options& options, const char* value);
-};
+using enum ValueKind;
+
+int ParseInRange(const std::string& option, const std::string& value, int least, int most) {
+    int number = 0;
+    const char* const last = value.data() + value.size();
+    const auto [end, error] = std::from_chars(value.data(), last, number);
+    if (error != std::errc() || end != last || number < least || number > most)
+        throw Problem(option + " " + value + " is not understood; expected " +
+                          std::to_string(least) + " to " + std::to_string(most),
+                      kUsage);
+    return number;
+}
 
 void SetMode(Options& options, const char* value) {
     const std::string mode = value;
     if (mode == "rgb")
-        options.mode = Mode::rgb;
+        options.shaping.way = Way::rgb;
     else if (mode == "indexed")
-        options.mode = Mode::indexed;
+        options.shaping.way = Way::indexed;
     else
         throw Problem("--mode " + mode + " is not known; expected rgb or indexed", kUsage);
 }
@@ -46,58 +51,117 @@ void AddChannel(Options& options, const char* value) {
     options.channels.push_back({text.substr(0, equals), text.substr(equals + 1)});
 }
 
-void SetColors(Options& options, const char* value) {
-    char* end = nullptr;
-    const long colors = std::strtol(value, &end, 10);
-    if (*value == '\0' || *end != '\0' || colors < 2 || colors > 256)
-        throw Problem("-n " + std::string(value) + " is out of range; expected 2 to 256", kUsage);
-    options.choices.colors = static_cast<int>(colors);
-}
-
 void SetComment(Options& options, const char* value) {
     options.commentText = value;
     options.choices.comment = true;
 }
 
-constexpr Option kOptions[] = {
-    {'o', "output", "FILE", "write FILE; - is standard output",
+void SetRequirement(Options& options, const char* value) {
+    const std::string text = value, limit = "max-error=";
+    if (text == "lossless")
+        options.required.lossless = true;
+    else if (text.starts_with(limit))
+        options.required.largestError =
+            ParseInRange("--require max-error", text.substr(limit.size()), 0, 255);
+    else
+        throw Problem("--require " + text + " is not known; expected lossless or max-error=N",
+                      kUsage);
+}
+
+void SetReport(Options& options, const char* value) {
+    if (std::strcmp(value, "json") != 0)
+        throw Problem(std::string("--report ") + value + " is not known; expected json", kUsage);
+    options.json = true;
+}
+
+constexpr Option kOutputOptions[] = {
+    {'o', "output", "FILE", file, nullptr, "write FILE; - is standard output",
      [](Options& o, const char* value) { o.output = value; }},
-    {'O', "output-folder", "DIR", "write into DIR under the input's name",
+    {'O', "output-folder", "DIR", folder, nullptr, "write into DIR under the input's name",
      [](Options& o, const char* value) { o.outputFolder = value; }},
-    {'f', "force", nullptr, "replace existing files",
+    {'f', "force", nullptr, none, nullptr, "replace existing files",
      [](Options& o, const char*) { o.force = true; }},
-    {0, "window", nullptr, "ask for the options in a window",
-     [](Options& o, const char*) { o.window = true; }},
-    {0, "mode", "MODE", "rgb: reduce the colours; indexed: keep the palette", SetMode},
-    {0, "interlace", nullptr, "store the rows in four passes (the usual way)",
-     [](Options& o, const char*) { o.choices.interlace = true; }},
-    {0, "no-interlace", nullptr, "store the rows from top to bottom",
-     [](Options& o, const char*) { o.choices.interlace = false; }},
-    {0, "comment", "TEXT", "write TEXT as the file's comment", SetComment},
-    {0, "no-comment", nullptr, "leave out the picture's comment",
-     [](Options& o, const char*) { o.choices.comment = false; }},
-    {0, "matte", "COLOR", "colour behind transparency: #rrggbb or r,g,b",
-     [](Options& o, const char* value) { o.choices.matte = ParseColor(value); }},
-    {0, "opaque", nullptr, "no transparency",
-     [](Options& o, const char*) { o.choices.opaque = true; }},
-    {0, "transparent", "LIST", "indexed: entries to hide, by number or #rrggbb", AddEntries},
-    {0, "alpha", "CHANNEL", "indexed: hide what this channel hides, by name or number",
-     [](Options& o, const char* value) { o.choices.alpha = value; }},
-    {0, "invert", nullptr, "indexed: the channel hides where it is bright",
-     [](Options& o, const char*) { o.choices.invert = true; }},
-    {0, "channel", "NAME=FILE", "indexed: add a grey picture as a channel", AddChannel},
-    {'p', "palette", "PALETTE", "rgb: exact, adaptive, fixed, or a palette file",
+    {0, "require", "WHAT", choice, "lossless max-error=",
+     "write nothing, and exit with 3, unless the file is lossless, or no channel of a pixel is off "
+     "by more than N with max-error=N",
+     SetRequirement},
+};
+
+constexpr Option kWayOptions[] = {
+    {0, "mode", "MODE", choice, "rgb indexed",
+     "rgb: reduce the colours; indexed: keep the picture's own. Without it a picture is indexed "
+     "whenever that loses nothing",
+     SetMode},
+    {'n', "colors", "N", text, nullptr, "at most N colours, 2 to 256",
+     [](Options& o, const char* value) { o.choices.colors = ParseInRange("-n", value, 2, 256); }},
+    {'p', "palette", "PALETTE", file, nullptr,
+     "reduce to a palette: exact, adaptive, fixed, or a palette file",
      [](Options& o, const char* value) { o.choices.palette = value; }},
-    {'n', "colors", "N", "rgb: number of colours, 2 to 256", SetColors},
-    {0, "resize", nullptr, "rgb: cut a fixed or loaded palette to -n colours",
+    {0, "resize", nullptr, none, nullptr, "cut a fixed or loaded palette to -n colours",
      [](Options& o, const char*) { o.choices.resize = true; }},
-    {'q', "quiet", nullptr, "say nothing but errors",
+    {0, "no-orient", nullptr, none, nullptr, "leave a picture as it is stored, turned or not",
+     [](Options& o, const char*) { o.orient = false; }},
+};
+
+constexpr Option kTransparencyOptions[] = {
+    {0, "alpha-threshold", "N", text, nullptr,
+     "opacity below N (1 to 255) is transparent, all other opaque",
+     [](Options& o, const char* value) {
+         o.shaping.alphaThreshold = ParseInRange("--alpha-threshold", value, 1, 255);
+     }},
+    {0, "opaque", nullptr, none, nullptr, "no transparency; what was transparent gets the matte",
+     [](Options& o, const char*) { o.choices.opaque = o.shaping.opaque = true; }},
+    {0, "matte", "COLOR", text, nullptr, "colour behind transparency: #rrggbb or r,g,b",
+     [](Options& o, const char* value) { o.choices.matte = o.shaping.matte = ParseColor(value); }},
+    {0, "transparent", "LIST", text, nullptr,
+     "indexed: entries to hide, by number or as #rrggbb, with commas between", AddEntries},
+    {0, "alpha", "CHANNEL", text, nullptr,
+     "indexed: hide what this channel hides, by name or number",
+     [](Options& o, const char* value) { o.choices.alpha = value; }},
+    {0, "invert", nullptr, none, nullptr, "indexed: the channel hides where it is bright",
+     [](Options& o, const char*) { o.choices.invert = true; }},
+    {0, "channel", "NAME=FILE", text, nullptr, "indexed: add a grey picture as a channel",
+     AddChannel},
+};
+
+constexpr Option kFileOptions[] = {
+    {0, "interlace", nullptr, none, nullptr, "store the rows in four passes (the usual way)",
+     [](Options& o, const char*) { o.choices.interlace = true; }},
+    {0, "no-interlace", nullptr, none, nullptr, "store the rows from top to bottom",
+     [](Options& o, const char*) { o.choices.interlace = false; }},
+    {0, "comment", "TEXT", text, nullptr, "write TEXT as the file's comment", SetComment},
+    {0, "no-comment", nullptr, none, nullptr, "leave out the picture's comment",
+     [](Options& o, const char*) { o.choices.comment = false; }},
+};
+
+constexpr Option kReportOptions[] = {
+    {'v', "verbose", nullptr, none, nullptr, "say what became of each picture",
+     [](Options& o, const char*) { o.verbose = true; }},
+    {0, "report", "FORMAT", choice, "json",
+     "json: one JSON object for each input, a line each, on standard output", SetReport},
+    {0, "report-file", "FILE", file, nullptr, "write the JSON report to FILE instead",
+     [](Options& o, const char* value) {
+         o.json = true;
+         o.reportFile = value;
+     }},
+    {'q', "quiet", nullptr, none, nullptr, "say nothing but errors",
      [](Options& o, const char*) { o.quiet = true; }},
-    {'h', "help", nullptr, "show this help", [](Options& o, const char*) { o.help = true; }},
-    {0, "version", nullptr, "show the version", [](Options& o, const char*) { o.version = true; }},
-    {0, "about", nullptr, "say what this is; with --window in a window",
+};
+
+constexpr Option kOtherOptions[] = {
+    {0, "window", nullptr, none, nullptr, "ask for the options in a window, with a preview",
+     [](Options& o, const char*) { o.window = true; }},
+    {'h', "help", nullptr, none, nullptr, "show this help",
+     [](Options& o, const char*) { o.help = true; }},
+    {0, "version", nullptr, none, nullptr, "show the version",
+     [](Options& o, const char*) { o.version = true; }},
+    {0, "about", nullptr, none, nullptr, "say what this is; with --window in a window",
      [](Options& o, const char*) { o.about = true; }},
 };
+
+constexpr OptionGroup kGroups[] = {
+    {"Output", kOutputOptions}, {"Colours", kWayOptions},   {"Transparency", kTransparencyOptions},
+    {"File", kFileOptions},     {"Report", kReportOptions}, {"Other", kOtherOptions}};
 
 std::string DescribeRefused(int answer, char** argv) {
     const std::string word =
@@ -106,66 +170,69 @@ std::string DescribeRefused(int answer, char** argv) {
     return "option " + word + " is not known or takes no value";
 }
 
-} // namespace
-
-Options ParseOptions(int argc, char** argv) {
-    // The letters stand in `letters`; options without one answer their place in the table.
-    std::string letters = ":";
-    std::vector<option> names;
+// Applies the options in their order; what is left are the inputs.
+void ApplyOptions(int argc, char** argv, Options& options) {
+    // Options are told apart by their place in `all`, for those with a letter as well.
     constexpr int kFirstPlace = 256;
-    int place = kFirstPlace;
-    for (const Option& entry : kOptions) {
-        if (entry.letter != 0) {
-            letters += entry.letter;
-            if (entry.argument) letters += ':';
+    std::string letters = ":";
+    std::vector<const Option*> all;
+    std::vector<option> names;
+    for (const OptionGroup& group : kGroups)
+        for (const Option& each : group.options) {
+            if (each.letter != 0) letters += each.letter;
+            if (each.letter != 0 && each.argument) letters += ':';
+            names.push_back({each.name, each.argument ? required_argument : no_argument, nullptr,
+                             kFirstPlace + static_cast<int>(all.size())});
+            all.push_back(&each);
         }
-        names.push_back(
-            {entry.name, entry.argument ? required_argument : no_argument, nullptr, place++});
-    }
     names.push_back({});
 
-    Options options;
     opterr = 0;
     optind = 0; // start anew, whatever was parsed before
     int answer;
     while ((answer = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr)) != -1) {
         if (answer == '?' || answer == ':') throw Problem(DescribeRefused(answer, argv), kUsage);
-        for (const Option& entry : kOptions)
-            if (answer == entry.letter ||
-                answer == kFirstPlace + static_cast<int>(&entry - kOptions))
-                entry.apply(options, optarg);
+        const auto found = std::find_if(all.begin(), all.end(), [answer, &all](auto& each) {
+            return answer == each->letter ||
+                   answer == kFirstPlace + static_cast<int>(&each - all.data());
+        });
+        (*found)->apply(options, optarg);
     }
     options.inputs.assign(argv + optind, argv + argc);
-    if (options.help || options.version || options.about) return options;
+}
 
+void CheckTogether(const Options& options) {
     const ExportChoices& choices = options.choices;
     const int ways = (choices.transparent.empty() ? 0 : 1) + (choices.alpha.empty() ? 0 : 1) +
                      (choices.opaque ? 1 : 0);
-    if (ways > 1) throw Problem("--transparent, --alpha and --opaque exclude each other", kUsage);
-    if (options.inputs.empty()) throw Problem("no input given; see --help", kUsage);
-    if (!options.output.empty() && !options.outputFolder.empty())
-        throw Problem("-o and -O exclude each other", kUsage);
-    if (!options.output.empty() && options.inputs.size() > 1)
-        throw Problem("-o takes one input; -O DIR takes many", kUsage);
-    return options;
+    const struct {
+        bool wrong;
+        const char* sentence;
+    } rules[] = {
+        {ways > 1, "--transparent, --alpha and --opaque exclude each other"},
+        {options.inputs.empty(), "no input given; see --help"},
+        {!options.output.empty() && !options.outputFolder.empty(), "-o and -O exclude each other"},
+        {!options.output.empty() && options.inputs.size() > 1,
+         "-o takes one input; -O DIR takes many"},
+        {std::count(options.inputs.begin(), options.inputs.end(), "-") > 1,
+         "standard input can be read once only"},
+    };
+    for (const auto& rule : rules)
+        if (rule.wrong) throw Problem(rule.sentence, kUsage);
 }
 
-std::string HelpText() {
-    std::string text =
-        "Usage: gif89 [OPTION]... [--] INPUT...\n"
-        "Saves pictures (PNG, JPEG, PGM, PPM, PAM) as GIF89a files beside them.\n"
-        "INPUT - is standard input; its GIF goes to standard output unless -o or -O\n"
-        "says otherwise.\n\n";
-    for (const Option& entry : kOptions) {
-        std::string left = entry.letter ? std::string("  -") + entry.letter + ", " : "      ";
-        left += std::string("--") + entry.name;
-        if (entry.argument) left += std::string("=") + entry.argument;
-        char line[160];
-        std::snprintf(line, sizeof line, "%-30s %s\n", left.c_str(), entry.help);
-        text += line;
-    }
-    text += "\nExit status: 0 all written, 1 some input failed, 2 wrong usage.\n";
-    return text;
+} // namespace
+
+std::span<const OptionGroup> TheOptionGroups() {
+    return kGroups;
+}
+
+Options ParseOptions(int argc, char** argv) {
+    Options options;
+    ApplyOptions(argc, argv, options);
+    if (options.help || options.version || options.about) return options;
+    CheckTogether(options);
+    return options;
 }
 
 } // namespace gif89

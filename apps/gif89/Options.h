@@ -1,16 +1,15 @@
-// The command line's options: one table for parsing and for --help.
+// The command line's options: one table for parsing, --help, the manual page and the completions.
 #pragma once
 
 #include "Operator.h"
+#include "Shape.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace gif89 {
-
-/// Which way a picture goes.
-enum class Mode : std::uint8_t { natural, rgb, indexed };
 
 /// A further plane for an indexed picture.
 struct ChannelFile {
@@ -18,15 +17,26 @@ struct ChannelFile {
     std::string path;
 };
 
+/// What a file must be to be written.
+struct Requirement {
+    bool lossless = false;
+    std::optional<int> largestError; ///< 0..255
+};
+
 struct Options {
     std::string output;       ///< -o; "-" is standard output
     std::string outputFolder; ///< -O
     bool force = false;
-    Mode mode = Mode::natural;
+    bool orient = true;
+    std::vector<ChannelFile> channels; ///< --channel
+    Shaping shaping;
     ExportChoices choices;
-    std::vector<ChannelFile> channels;      ///< --channel
     std::optional<std::string> commentText; ///< --comment; replaces the picture's own
+    Requirement required;
     bool quiet = false;
+    bool verbose = false;
+    bool json = false;      ///< --report json
+    std::string reportFile; ///< --report-file; empty is standard output
     bool help = false;
     bool version = false;
     bool about = false;
@@ -37,6 +47,24 @@ struct Options {
 /// Parses the arguments after the program's name. Throws Problem with code kUsage.
 Options ParseOptions(int argc, char** argv);
 
-std::string HelpText();
+/// What an option's value is, for completions.
+enum class ValueKind : std::uint8_t { none, text, file, folder, choice };
+
+struct Option {
+    char letter; ///< 0 for none
+    const char* name;
+    const char* argument; ///< null for none
+    ValueKind valueKind;
+    const char* values; ///< the choices, with spaces between; null when it is no choice
+    const char* help;
+    void (*apply)(Options& options, const char* value);
+};
+
+/// Options under one heading.
+struct OptionGroup {
+    const char* heading;
+    std::span<const Option> options;
+};
+std::span<const OptionGroup> TheOptionGroups();
 
 } // namespace gif89

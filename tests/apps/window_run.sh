@@ -71,7 +71,7 @@ same coast.gif
 mkdir "$out/cancelled"
 "$gif89" -qO "$out/cancelled" --window "$samples/pixel-art.png" 2>"$out/said" & job=$!
 find_window "GIF89a Options"
-click 16000 2
+click 16001 2
 code=0
 wait $job || code=$?
 [ "$code" = 1 ] || fail "Cancel gave the exit code $code"

@@ -28,11 +28,8 @@ class TemporaryFolder {
 
     /// Writes a file of that name here and returns its path.
     std::string Write(const std::string& name, const std::string& content) const {
-        WritePath(Path(name), content);
+        std::ofstream(Path(name), std::ios::binary) << content;
         return Path(name);
-    }
-    static void WritePath(const std::string& path, const std::string& content) {
-        std::ofstream(path, std::ios::binary) << content;
     }
     std::string Read(const std::string& name) const {
         std::ifstream file(Path(name), std::ios::binary);

@@ -1,0 +1,266 @@
+#include "Converter.h"
+
+#include "InputFile.h"
+#include "OpenDisplay.h"
+#include "Operator.h"
+#include "ReadPicture.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <new>
+#include <optional>
+
+namespace gif89 {
+namespace {
+
+constexpr char kStandardStream[] = "-";
+constexpr char kNameOfStandardInput[] = "stdin";
+constexpr int kUnseen = 256; // more than any error can be
+
+bool IsStandardStream(const std::string& name) {
+    return name == kStandardStream;
+}
+
+std::string DocumentNameOf(const std::string& input) {
+    if (IsStandardStream(input)) return kNameOfStandardInput;
+    return std::filesystem::path(input).stem();
+}
+
+bool WritesToStandardOutput(const Options& options) {
+    if (!options.outputFolder.empty()) return false;
+    if (!options.output.empty()) return IsStandardStream(options.output);
+    return std::any_of(options.inputs.begin(), options.inputs.end(), IsStandardStream);
+}
+
+// The module keeps quiet about a palette file that it cannot open.
+void CheckPaletteFile(const std::string& palette) {
+    if (palette.empty() || palette == "exact" || palette == "adaptive" || palette == "fixed")
+        return;
+    try {
+        InputFile::Open(palette);
+    } catch (const Problem& problem) {
+        throw Problem("the palette file " + palette + " " + problem.what());
+    }
+}
+
+// A palette of another kind than the picture's own is a matter of reducing colours, and a number
+// of colours is kept where the picture has no more.
+Shaping ShapingOf(const Options& options) {
+    Shaping shaping = options.shaping;
+    if (shaping.way != Way::natural) return shaping;
+    if (!options.choices.palette.empty() || options.choices.resize)
+        shaping.way = Way::rgb;
+    else
+        shaping.colors = options.choices.colors.value_or(shaping.colors);
+    return shaping;
+}
+
+std::string SummaryOf(const InputOutcome& outcome) {
+    const ExportReport& report = *outcome.report;
+    char numbers[100];
+    std::snprintf(numbers, sizeof numbers, ": %d x %d, %d colour%s, %zu bytes, %.2f s\n",
+                  report.columns, report.rows, report.shownColors,
+                  report.shownColors == 1 ? "" : "s", report.bytes, outcome.seconds);
+    return outcome.input + " -> " + (outcome.output.empty() ? "standard output" : outcome.output) +
+           numbers;
+}
+
+} // namespace
+
+void Converter::CloseFile::operator()(std::FILE* file) const {
+    std::fclose(file);
+}
+
+Converter::Converter(const Options& theOptions)
+    : options(theOptions), shaping(ShapingOf(theOptions)), module(ExportModule::DefaultPath()),
+      terminal(theOptions.inputs.size()) {
+    CheckPaletteFile(options.choices.palette);
+    if (options.window) display = OpenDisplay();
+    if (options.json) OpenReport();
+}
+
+ExitCode Converter::ConvertAll() {
+    ExitCode worst = kDone;
+    for (std::size_t number = 0; number < options.inputs.size(); ++number) {
+        const InputOutcome outcome = Convert(number);
+        Tell(outcome);
+        worst = std::max(worst, outcome.code);
+    }
+    if (report && (std::fflush(report) != 0 || std::ferror(report)))
+        throw Problem(std::string("the report cannot be written: ") + std::strerror(errno));
+    return worst;
+}
+
+InputOutcome Converter::Convert(std::size_t number) {
+    const auto start = std::chrono::steady_clock::now();
+    InputOutcome outcome;
+    outcome.input = options.inputs[number];
+    const auto fail = [&outcome](const char* sentence, ExitCode code) {
+        outcome.error = sentence;
+        outcome.code = code;
+    };
+    try {
+        Work(number, outcome);
+    } catch (const Problem& problem) {
+        fail(problem.what(), problem.Code());
+    } catch (const std::bad_alloc&) {
+        fail("not enough memory for the picture", kFailed);
+    } catch (const std::exception& error) {
+        fail(error.what(), kFailed);
+    }
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    outcome.seconds = took.count();
+    return outcome;
+}
+
+void Converter::Work(std::size_t number, InputOutcome& outcome) {
+    const std::string& input = outcome.input;
+    const Destination destination = DestinationOf(input);
+    terminal.ShowProgress(number, input, "reading");
+    Picture picture = ReadInput(input);
+    if (options.commentText) picture.comment = *options.commentText;
+    std::optional<Picture> original;
+    if (ShapingLoses(picture, shaping)) original = CopyPicture(picture);
+    Shape(picture, shaping);
+    for (const ChannelFile& channel : options.channels) AddChannel(picture, channel);
+
+    terminal.ShowProgress(number, input, "exporting");
+    SaveChecks checks;
+    checks.original = original ? &*original : nullptr;
+    checks.mayWrite = [this](const std::string& target) { RefuseSecond(target); };
+    checks.accept = [this, &outcome](const ExportReport& found) {
+        outcome.report = found;
+        CheckRequirement(found);
+    };
+    const SavedGif saved = Save(picture, input, destination, checks);
+    outcome.output = saved.path;
+    outcome.written = true;
+}
+
+Picture Converter::ReadInput(const std::string& input) const {
+    InputFile file = IsStandardStream(input) ? InputFile::StandardInput() : InputFile::Open(input);
+    return ReadPicture(file, options.orient ? Orientation::upright : Orientation::asStored);
+}
+
+Destination Converter::DestinationOf(const std::string& input) const {
+    Destination destination;
+    destination.existing = options.force ? Existing::replace : Existing::keep;
+    if (!options.outputFolder.empty()) {
+        destination.folder = options.outputFolder;
+    } else if (IsStandardStream(options.output) ||
+               (options.output.empty() && IsStandardStream(input))) {
+        if (isatty(STDOUT_FILENO))
+            throw Problem("a GIF is not written to a terminal; redirect it or use -o FILE", kUsage);
+        destination.stream = STDOUT_FILENO;
+    } else if (!options.output.empty()) {
+        destination.file = options.output;
+    } else {
+        destination.folder = std::filesystem::path(input).parent_path();
+    }
+    return destination;
+}
+
+// A grey picture's levels as a further plane.
+void Converter::AddChannel(Picture& picture, const ChannelFile& source) const {
+    if (picture.kind != Picture::Kind::indexed)
+        throw Problem("--channel is for indexed pictures", kUsage);
+    Picture plane;
+    try {
+        plane = ReadInput(source.path);
+    } catch (const Problem& problem) {
+        throw Problem("channel " + source.name + ": " + source.path + " " + problem.what());
+    }
+    if (plane.rows != picture.rows || plane.columns != picture.columns)
+        throw Problem("channel " + source.name + " is " + std::to_string(plane.columns) + " x " +
+                      std::to_string(plane.rows) + " pixels; " + std::to_string(picture.columns) +
+                      " x " + std::to_string(picture.rows) + " are expected");
+    picture.channels.push_back({source.name, TakeGreyLevels(plane)});
+}
+
+SavedGif Converter::Save(const Picture& picture, const std::string& input,
+                         const Destination& destination, const SaveChecks& checks) {
+    const auto save = [&](const DialogUser& user) {
+        return SavePicture(module, picture, DocumentNameOf(input), destination, user, checks);
+    };
+    if (options.window) return save({display.events, display.files});
+    ExportChoices choices = options.choices;
+    // The picture was found to have no more colours than that.
+    if (shaping.way == Way::natural && picture.kind == Picture::Kind::indexed)
+        choices.colors.reset();
+    Operator user(picture, choices);
+    try {
+        return save({&user.Events(), &user.Files()});
+    } catch (const Problem&) {
+        user.ThrowFailure();
+        throw;
+    }
+}
+
+// Two inputs of the same name would replace one another, -f or not.
+void Converter::RefuseSecond(const std::string& target) {
+    if (!written.insert(std::filesystem::absolute(target).lexically_normal()).second)
+        throw Problem("another input of this call was written to " + target + " already");
+}
+
+void Converter::CheckRequirement(const ExportReport& found) const {
+    const std::string loss = LossText(found);
+    if (options.required.lossless && !found.Lossless())
+        throw Problem("nothing was written, as --require lossless is not met: " +
+                          (loss.empty() ? "reading it was not lossless" : loss),
+                      kNotMet);
+    if (!options.required.largestError) return;
+    // A pixel whose opacity has changed has no colour to compare.
+    const bool opacityKept =
+        found.madeTransparent == 0 && found.madeOpaque == 0 && found.partlyOpaque == 0;
+    const int error = opacityKept ? found.largestError : kUnseen;
+    if (error > *options.required.largestError)
+        throw Problem("nothing was written, as --require max-error=" +
+                          std::to_string(*options.required.largestError) + " is not met: " + loss,
+                      kNotMet);
+}
+
+void Converter::Tell(const InputOutcome& outcome) {
+    if (report) WriteReport(outcome);
+    if (outcome.code != kDone) {
+        terminal.Error(outcome.input, outcome.error);
+        return;
+    }
+    if (options.quiet) return;
+    terminal.Say(SummaryOf(outcome));
+    if (options.verbose) terminal.Say(ReportText(*outcome.report));
+    const std::string loss = LossText(*outcome.report);
+    if (!loss.empty()) terminal.Warning(outcome.input, loss);
+}
+
+void Converter::OpenReport() {
+    if (options.reportFile.empty() || IsStandardStream(options.reportFile)) {
+        if (WritesToStandardOutput(options))
+            throw Problem("the GIF goes to standard output; name a --report-file", kUsage);
+        report = stdout;
+        return;
+    }
+    struct stat status;
+    const bool exists = stat(options.reportFile.c_str(), &status) == 0;
+    if (exists && S_ISREG(status.st_mode) && !options.force)
+        throw Problem(options.reportFile + ": exists already; -f replaces it");
+    ownReport.reset(std::fopen(options.reportFile.c_str(), "we"));
+    if (!ownReport)
+        throw Problem(options.reportFile +
+                      ": the report cannot be written: " + std::strerror(errno));
+    report = ownReport.get();
+}
+
+// Line by line, so that a job that is ended halfway leaves a report of what it did.
+void Converter::WriteReport(const InputOutcome& outcome) {
+    const std::string line = JsonLine(outcome);
+    std::fwrite(line.data(), 1, line.size(), report);
+    std::fflush(report);
+}
+
+} // namespace gif89

@@ -1,0 +1,56 @@
+// Converts the inputs of one call, one after another.
+#pragma once
+
+#include "Display.h"
+#include "ExportModule.h"
+#include "JsonReport.h"
+#include "Options.h"
+#include "Picture.h"
+#include "SavePicture.h"
+#include "Terminal.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <set>
+
+namespace gif89 {
+
+class Converter {
+  public:
+    /// Loads the module, opens the display and the report file as far as they are wanted. Throws
+    /// Problem. The options must outlive it.
+    explicit Converter(const Options& theOptions);
+
+    /// Converts all inputs, goes on after those that fail, and returns the highest code.
+    ExitCode ConvertAll();
+
+  private:
+    struct CloseFile {
+        void operator()(std::FILE* file) const;
+    };
+
+    InputOutcome Convert(std::size_t number);
+    void Work(std::size_t number, InputOutcome& outcome);
+    Picture ReadInput(const std::string& input) const;
+    Destination DestinationOf(const std::string& input) const;
+    void AddChannel(Picture& picture, const ChannelFile& source) const;
+    SavedGif Save(const Picture& picture, const std::string& input, const Destination& destination,
+                  const SaveChecks& checks);
+    void RefuseSecond(const std::string& target);
+    void CheckRequirement(const ExportReport& report) const;
+    void Tell(const InputOutcome& outcome);
+    void OpenReport();
+    void WriteReport(const InputOutcome& outcome);
+
+    const Options& options;
+    Shaping shaping; ///< with what other options say of the way
+    const ExportModule module;
+    Terminal terminal;
+    DisplayParts display;
+    std::unique_ptr<std::FILE, CloseFile> ownReport;
+    std::FILE* report = nullptr; ///< null without --report
+    std::set<std::filesystem::path> written;
+};
+
+} // namespace gif89

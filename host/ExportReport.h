@@ -1,0 +1,67 @@
+// What became of a picture on its way into a GIF file, found by comparing the decoded file with
+// what went in.
+#pragma once
+
+#include "DecodeGif.h"
+#include "Picture.h"
+
+#include <cstdint>
+#include <string>
+
+namespace gif89 {
+
+enum class CommentFate : std::uint8_t { none, kept, dropped };
+
+struct ExportReport {
+    // The file
+    int rows = 0;
+    int columns = 0;
+    std::size_t bytes = 0;
+    bool interlaced = false;
+    int transparentIndex = -1; ///< -1 for none
+    int tableEntries = 0;      ///< a power of two, 2..256
+    int usedEntries = 0;       ///< entries that pixels use
+    int shownColors = 0;       ///< distinct colours among those, the transparent one left out
+
+    // The way
+    bool indexed = false; ///< else RGB
+    /// "own" (the picture's), "found" (made of its few colours), "exact", "adaptive", "fixed" or
+    /// "loaded"
+    std::string palette;
+
+    // The pixels. Those of opacity 0 in the picture that are transparent in the file are equal,
+    // whatever their colours.
+    std::int64_t pixels = 0;
+    std::int64_t sourceColors = 0;    ///< distinct colours of visible pixels (opacity above 0)
+    std::int64_t changedPixels = 0;   ///< another colour or another opacity
+    std::int64_t madeTransparent = 0; ///< had some opacity, transparent in the file
+    std::int64_t madeOpaque = 0;      ///< had opacity 0, visible in the file
+    std::int64_t partlyOpaque = 0;    ///< had an opacity of 1..254, which a GIF cannot say
+    int alphaLevels = 0;              ///< distinct opacities among those, all lost
+    // Over pixels that are opaque in both:
+    int largestError = 0; ///< of a channel, 0..255
+    double meanError = 0; ///< of all their channels; 0 when there are none
+
+    CommentFate comment = CommentFate::none;
+    InputNotes notes;
+
+    /// The file shows exactly the picture that was read.
+    bool KeepsPixels() const { return changedPixels == 0; }
+    /// Nothing was lost between the input file and this one: KeepsPixels, and the reader rounded,
+    /// converted and left out nothing. Comments are no part of the picture.
+    bool Lossless() const;
+};
+
+/// Compares. `original` is the picture as it was read; `exported` is the one handed to the module
+/// (often the same); both have the size of `gif`. `palette` is as in the report and not looked at.
+ExportReport MakeReport(const Picture& original, const Picture& exported, const DecodedGif& gif,
+                        std::size_t bytes, std::string palette);
+
+/// Several short lines for a person, each ended by a newline.
+std::string ReportText(const ExportReport& report);
+
+/// What was lost in one line ("52,340 colours became 256 (largest error 24); ..."); empty when
+/// neither colours nor transparency nor a comment were.
+std::string LossText(const ExportReport& report);
+
+} // namespace gif89

@@ -1,0 +1,122 @@
+// What the report says of pictures and files put together by hand, and of random ones by counting
+// again the slow way.
+#include "ExportReport.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+#include <tuple>
+
+namespace gif89 {
+namespace {
+
+// A file of 4 x 1 pixels: red, green, transparent, red.
+DecodedGif MakeGif() {
+    DecodedGif gif;
+    gif.rows = 1;
+    gif.columns = 4;
+    gif.colors = 4;
+    gif.transparentIndex = 2;
+    SetTableEntry(gif.table, 0, {0, 255, 0, 0});
+    SetTableEntry(gif.table, 1, {0, 0, 255, 0});
+    gif.indices = std::make_unique<std::uint8_t[]>(4);
+    const std::uint8_t indices[] = {0, 1, 2, 0};
+    std::copy_n(indices, 4, gif.indices.get());
+    return gif;
+}
+
+Picture MakeFour(const std::vector<std::uint8_t>& bytes) {
+    Picture picture = MakePicture(Picture::Kind::rgbAlpha, 1, 4);
+    std::copy(bytes.begin(), bytes.end(), picture.pixels.get());
+    return picture;
+}
+
+TEST(ExportReport, FindsNothingWhereOnlyHiddenColorsDiffer) {
+    Picture picture = MakeFour({255, 0, 0, 255, 0, 255, 0, 255, 9, 9, 9, 0, 255, 0, 0, 255});
+    picture.comment = "left out";
+    const ExportReport report = MakeReport(picture, picture, MakeGif(), 50, "exact");
+    EXPECT_TRUE(report.Lossless());
+    EXPECT_EQ(report.sourceColors, 2);
+    EXPECT_EQ(report.usedEntries, 3);
+    EXPECT_EQ(report.shownColors, 2);
+    EXPECT_EQ(report.tableEntries, 4);
+    EXPECT_EQ(report.comment, CommentFate::dropped);
+    EXPECT_EQ(LossText(report), "the comment was left out");
+
+    for (const auto change :
+         {+[](InputNotes& n) { n.rounded = true; }, +[](InputNotes& n) { n.pictures = 2; },
+          +[](InputNotes& n) { n.inks = true; },
+          +[](InputNotes& n) { n.profileUse = InputNotes::ProfileUse::converted; }}) {
+        picture.notes = {};
+        change(picture.notes);
+        EXPECT_FALSE(MakeReport(picture, picture, MakeGif(), 50, "exact").Lossless());
+    }
+}
+
+TEST(ExportReport, CountsEachKindOfLoss) {
+    // Off by 3 and 10; half opaque; opaque but transparent in the file; transparent but visible.
+    const Picture picture = MakeFour({252, 10, 0, 255, 0, 255, 0, 128, 7, 8, 9, 255, 1, 2, 3, 0});
+    const ExportReport report = MakeReport(picture, picture, MakeGif(), 50, "exact");
+    EXPECT_EQ(report.changedPixels, 4);
+    EXPECT_EQ(report.largestError, 10);
+    EXPECT_DOUBLE_EQ(report.meanError, 13 / 3.0);
+    EXPECT_EQ(report.partlyOpaque, 1);
+    EXPECT_EQ(report.alphaLevels, 1);
+    EXPECT_EQ(report.madeTransparent, 1);
+    EXPECT_EQ(report.madeOpaque, 1);
+    EXPECT_EQ(LossText(report),
+              "3 colours became 2 (largest error 10, mean 4.33); 1 partly opaque pixel (1 level of "
+              "opacity) became opaque or transparent; 1 visible pixel became transparent; 1 "
+              "transparent pixel became visible");
+}
+
+TEST(ExportReport, AgreesWithCountingAgain) {
+    std::mt19937 random(11);
+    constexpr int kSide = 40, kPixels = kSide * kSide;
+    DecodedGif gif;
+    gif.rows = gif.columns = kSide;
+    gif.colors = 256;
+    gif.transparentIndex = 77;
+    gif.indices = std::make_unique<std::uint8_t[]>(kPixels);
+    for (int i = 0; i < 256; ++i) SetTableEntry(gif.table, i, UnpackColor(random() & 0xFFFFFF));
+    Picture picture = MakePicture(Picture::Kind::rgbAlpha, kSide, kSide);
+    std::int64_t changed = 0, errors = 0, compared = 0;
+    std::set<std::tuple<int, int, int>> colors;
+    std::set<int> levels;
+    int largest = 0;
+    for (int n = 0; n < kPixels; ++n) {
+        const auto index = static_cast<std::uint8_t>(random());
+        gif.indices[static_cast<std::size_t>(n)] = index;
+        std::uint8_t* const pixel = picture.pixels.get() + n * 4;
+        const RGBtuple is = TableEntry(gif.table, index);
+        const int off = static_cast<int>(random() % 3) - 1; // now and then the very colour
+        pixel[0] = static_cast<std::uint8_t>(is.red + off);
+        pixel[1] = is.green;
+        pixel[2] = is.blue;
+        pixel[3] = random() % 4 == 0 ? static_cast<std::uint8_t>(random()) : 255;
+        const int opacity = pixel[3];
+        if (opacity > 0) colors.emplace(pixel[0], pixel[1], pixel[2]);
+        if (opacity > 0 && opacity < 255) levels.insert(opacity);
+        const bool hidden = index == 77;
+        if (opacity == 255 && !hidden) {
+            const int error = std::abs(pixel[0] - is.red); // 255 where the byte wrapped
+            largest = std::max(largest, error);
+            errors += error;
+            ++compared;
+            changed += error != 0;
+        } else {
+            changed += !(opacity == 0 && hidden);
+        }
+    }
+    const ExportReport report = MakeReport(picture, picture, gif, 1, "adaptive");
+    EXPECT_EQ(report.changedPixels, changed);
+    EXPECT_EQ(report.sourceColors, static_cast<std::int64_t>(colors.size()));
+    EXPECT_EQ(report.alphaLevels, static_cast<int>(levels.size()));
+    EXPECT_EQ(report.largestError, largest);
+    EXPECT_DOUBLE_EQ(report.meanError,
+                     static_cast<double>(errors) / (3.0 * static_cast<double>(compared)));
+}
+
+} // namespace
+} // namespace gif89
