@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <random>
 #include <sstream>
@@ -156,6 +157,41 @@ TEST_F(CommandLine, KeepsTheOldFileWhenTheDiskRefuses) {
     EXPECT_EQ(Run({"-f", "-o", "/dev/full", input}).exitCode, 1);
     EXPECT_EQ(Run({"-f", "-o", "/dev/null", input}).exitCode, 0);
     EXPECT_EQ(folder.Names(), (Names{"noise.gif", "noise.ppm"}));
+}
+
+TEST_F(CommandLine, EndedAtAnyPointLeavesTheOldFileOrTheNewAndNothingElse) {
+    folder.Write("noise.ppm", NoisePicture(300));
+    ASSERT_EQ(Run({"-q", "noise.ppm"}).exitCode, 0);
+    const std::string finished = folder.Read("noise.gif");
+    int ended = 0, done = 0;
+    for (suseconds_t after = 300; done < 3 && after < 900000; after += after / 20) {
+        folder.Write("noise.gif", "old");
+        const ProgramRun run =
+            RunProgram("gif89", {"-qf", "noise.ppm"}, {folder.Path(), {}, RLIM_INFINITY, after});
+        const std::string left = folder.Read("noise.gif");
+        EXPECT_TRUE(left == finished || (left == "old" && run.exitCode == -SIGALRM)) << after;
+        EXPECT_EQ(folder.Names(), (Names{"noise.gif", "noise.ppm"})) << after;
+        ++(run.exitCode == 0 ? done : ended);
+    }
+    EXPECT_GT(ended, 10);
+    EXPECT_EQ(done, 3);
+}
+
+TEST_F(CommandLine, ReachesFilesWhosePathIsLongerThanTheSystemTakesAtOnce) {
+    const std::string step(200, 'd');
+    std::string path = folder.Path();
+    const std::string home = std::filesystem::current_path();
+    std::filesystem::current_path(path);
+    for (int depth = 0; depth < 22; ++depth, path += "/" + step) {
+        ASSERT_EQ(mkdir(step.c_str(), 0700), 0);
+        ASSERT_EQ(chdir(step.c_str()), 0);
+    }
+    std::ofstream("a.ppm", std::ios::binary) << kPicture;
+    const ProgramRun run = RunProgram("gif89", {path + "/a.ppm"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors.substr(0, 200);
+    std::ifstream written("a.gif", std::ios::binary);
+    EXPECT_NO_THROW(Decode(std::string(std::istreambuf_iterator<char>(written), {})));
+    std::filesystem::current_path(home);
 }
 
 TEST_F(CommandLine, NamesAsLongAsNamesCanBeKeepTheirSuffix) {

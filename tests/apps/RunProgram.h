@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,6 +22,7 @@ struct ProgramSettings {
     std::string folder; ///< working folder; empty keeps ours
     std::string input;  ///< file for standard input; empty is nothing to read
     rlim_t largestFile = RLIM_INFINITY;
+    suseconds_t endAfter = 0; ///< microseconds until a signal that it does not catch; 0 is never
 };
 
 /// Runs a program of the build tree, which lies beside the tests.
@@ -42,6 +44,8 @@ inline ProgramRun RunProgram(const std::string& name, const std::vector<std::str
         if (!settings.folder.empty() && chdir(settings.folder.c_str()) != 0) _exit(126);
         const rlimit limit = {settings.largestFile, RLIM_INFINITY};
         if (settings.largestFile != RLIM_INFINITY) setrlimit(RLIMIT_FSIZE, &limit);
+        const itimerval timer = {{}, {0, settings.endAfter}};
+        setitimer(ITIMER_REAL, &timer, nullptr);
         std::vector<char*> argv = {const_cast<char*>(name.c_str())};
         for (const std::string& argument : arguments)
             argv.push_back(const_cast<char*>(argument.c_str()));
