@@ -1,10 +1,10 @@
 #include "ExportReport.h"
 
 #include <algorithm>
-#include <array>
 #include <bitset>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <set>
 #include <utility>
 #include <vector>
@@ -16,100 +16,179 @@ namespace {
 class ColorCounter {
   public:
     void Add(PackedColor color) {
-        if (color == last) return;
-        last = color;
         std::uint64_t& word = seen[color / 64];
         const std::uint64_t bit = std::uint64_t{1} << color % 64;
-        count += (word & bit) == 0;
+        if (word & bit) return; // as a rule; a store each time would make the next load wait for it
         word |= bit;
+        ++count;
     }
     std::int64_t Count() const { return count; }
 
   private:
     std::vector<std::uint64_t> seen = std::vector<std::uint64_t>((1U << 24) / 64);
-    PackedColor last = ~PackedColor{0};
     std::int64_t count = 0;
+};
+
+/// A pixel of the picture that was read, or of the file.
+struct Pixel {
+    int red, green, blue;
+    int opacity;
+
+    PackedColor Color() const { return PackedColor(red << 16 | green << 8 | blue); }
 };
 
 /// Sums over the pixels of one comparison.
 class Comparison {
   public:
-    explicit Comparison(const DecodedGif& file) : gif(file) {}
-
-    void AddPixel(RGBtuple color, int opacity, std::uint8_t index) {
-        const bool hidden = index == gif.transparentIndex;
-        used.set(index);
-        if (opacity > 0) colors.Add(PackColor(color));
-        if (opacity == 255 && !hidden) {
-            AddOpaque(color, TableEntry(gif.table, index));
-            return;
-        }
-        report.madeTransparent += opacity > 0 && hidden;
-        report.madeOpaque += opacity == 0 && !hidden;
-        report.changedPixels += opacity > 0 || !hidden;
-        if (opacity > 0 && opacity < 255) {
-            ++report.partlyOpaque;
-            levels.set(static_cast<std::size_t>(opacity));
+    explicit Comparison(const DecodedGif& file) : gif(file) {
+        for (int index = 0; index < 256; ++index) {
+            const RGBtuple entry = TableEntry(gif.table, index);
+            shown[index] = {entry.red, entry.green, entry.blue,
+                            index == gif.transparentIndex ? 0 : 255};
         }
     }
 
-    ExportReport Finish() {
-        report.usedEntries = static_cast<int>(used.count());
-        report.shownColors = CountShownColors();
-        report.sourceColors = colors.Count();
-        report.alphaLevels = static_cast<int>(levels.count());
-        if (compared > 0)
-            report.meanError = static_cast<double>(errors) / (3.0 * static_cast<double>(compared));
-        return std::move(report);
-    }
+    void Run(const Picture& original);
+    ExportReport Finish();
 
   private:
-    int CountShownColors() const {
-        std::set<PackedColor> shown;
-        for (int index = 0; index < gif.colors; ++index)
-            if (used[static_cast<std::size_t>(index)] && index != gif.transparentIndex)
-                shown.insert(PackColor(TableEntry(gif.table, index)));
-        return static_cast<int>(shown.size());
-    }
-
-    void AddOpaque(RGBtuple was, RGBtuple is) {
-        const int red = std::abs(was.red - is.red), green = std::abs(was.green - is.green),
-                  blue = std::abs(was.blue - is.blue);
-        const int sum = red + green + blue;
-        ++compared;
-        errors += sum;
-        report.changedPixels += sum != 0;
-        report.largestError = std::max({report.largestError, red, green, blue});
+    void RunIndexed(const Picture& original);
+    void RunOpaque(const Picture& original);
+    template <typename Fetch> void RunAny(Fetch fetch);
+    void Add(const Pixel& was, int index, std::int64_t times);
+    std::size_t PixelCount() const {
+        return static_cast<std::size_t>(gif.rows) * static_cast<std::size_t>(gif.columns);
     }
 
     const DecodedGif& gif;
     ExportReport report;
     ColorCounter colors;
-    std::bitset<256> used, levels;
-    std::int64_t compared = 0, errors = 0;
+    Pixel shown[256]; ///< entries of the file; opacity 0 or 255
+    bool used[256] = {};
+    std::bitset<256> levels;
+    std::int64_t compared = 0, errorSum = 0;
 };
 
-void ComparePixels(const Picture& original, const DecodedGif& gif, Comparison& comparison) {
-    const std::size_t pixels =
-        static_cast<std::size_t>(gif.rows) * static_cast<std::size_t>(gif.columns);
-    const std::uint8_t* const indices = gif.indices.get();
-    const std::uint8_t* pixel = original.pixels.get();
-    if (original.kind == Picture::Kind::indexed) {
-        const std::uint8_t* const opacity = OpacityOf(original);
-        for (std::size_t n = 0; n < pixels; ++n)
-            comparison.AddPixel(TableEntry(original.table, pixel[n]), opacity ? opacity[n] : 255,
-                                indices[n]);
+void Comparison::Run(const Picture& original) {
+    const std::uint8_t* const pixels = original.pixels.get();
+    const std::uint8_t* const opacity = OpacityOf(original);
+    const RGBLookUpTable& table = original.table;
+    if (original.kind == Picture::Kind::indexed && !opacity) return RunIndexed(original);
+    if (original.kind == Picture::Kind::rgb && gif.transparentIndex < 0) return RunOpaque(original);
+    if (original.kind == Picture::Kind::indexed)
+        return RunAny([&table, pixels, opacity](std::size_t n) {
+            const RGBtuple color = TableEntry(table, pixels[n]);
+            return Pixel{color.red, color.green, color.blue, opacity[n]};
+        });
+    const std::size_t step = static_cast<std::size_t>(original.BytesPerPixel());
+    RunAny([pixels, step](std::size_t n) {
+        const std::uint8_t* const pixel = pixels + n * step;
+        return Pixel{pixel[0], pixel[1], pixel[2], step == 4 ? pixel[3] : 255};
+    });
+}
+
+// Counts the pairs of indices, which are few, and looks at each kind of pair once.
+void Comparison::RunIndexed(const Picture& original) {
+    std::vector<std::int32_t> pairs(256 * 256);
+    const std::size_t pixels = PixelCount();
+    for (std::size_t n = 0; n < pixels; ++n)
+        ++pairs[static_cast<std::size_t>(original.pixels[n] << 8 | gif.indices[n])];
+    for (int pair = 0; pair < 256 * 256; ++pair) {
+        const std::int32_t times = pairs[static_cast<std::size_t>(pair)];
+        if (times == 0) continue;
+        const RGBtuple color = TableEntry(original.table, pair >> 8);
+        Add({color.red, color.green, color.blue, 255}, pair & 255, times);
+    }
+}
+
+// Photographs. A row of the file is laid out as the picture's is, so that the compiler can take
+// many bytes at a time for the differences.
+void Comparison::RunOpaque(const Picture& original) {
+    const std::size_t columns = static_cast<std::size_t>(gif.columns), samples = columns * 3;
+    std::vector<std::uint8_t> line(samples + 1); // each pixel is stored with the byte behind it
+    PackedColor colorOf[256];
+    std::uint8_t bytesOf[256][4] = {};
+    for (int entry = 0; entry < 256; ++entry) {
+        colorOf[entry] = shown[entry].Color();
+        const RGBtuple color = TableEntry(gif.table, entry);
+        bytesOf[entry][0] = color.red;
+        bytesOf[entry][1] = color.green;
+        bytesOf[entry][2] = color.blue;
+    }
+    const std::uint8_t* index = gif.indices.get();
+    const std::uint8_t* row = original.pixels.get();
+    PackedColor last = ~PackedColor{0}; // no colour
+    int largest = 0;
+    for (int y = 0; y < gif.rows; ++y, row += samples) {
+        std::int64_t changed = 0;
+        for (std::size_t x = 0; x < columns; ++x, ++index) {
+            const std::uint8_t* const was = row + x * 3;
+            const PackedColor color = PackRGB(was[0], was[1], was[2]);
+            std::memcpy(line.data() + x * 3, bytesOf[*index], 4);
+            used[*index] = true;
+            changed += color != colorOf[*index];
+            if (color != last) colors.Add(last = color);
+        }
+        report.changedPixels += changed;
+        std::int32_t rowSum = 0; // at most 32767 x 3 x 255
+        for (std::size_t n = 0; n < samples; ++n) {
+            const int error = std::abs(row[n] - line[n]);
+            rowSum += error;
+            largest = std::max(largest, error);
+        }
+        errorSum += rowSum;
+    }
+    report.largestError = largest;
+    compared = static_cast<std::int64_t>(PixelCount());
+}
+
+template <typename Fetch> void Comparison::RunAny(Fetch fetch) {
+    const std::size_t pixels = PixelCount();
+    for (std::size_t n = 0; n < pixels; ++n) Add(fetch(n), gif.indices[n], 1);
+}
+
+void Comparison::Add(const Pixel& was, int index, std::int64_t times) {
+    const Pixel& is = shown[index];
+    used[index] = true;
+    if (was.opacity > 0) colors.Add(was.Color());
+    if (was.opacity == 255 && is.opacity == 255) {
+        const int red = std::abs(was.red - is.red), green = std::abs(was.green - is.green),
+                  blue = std::abs(was.blue - is.blue);
+        const int sum = red + green + blue;
+        compared += times;
+        errorSum += sum * times;
+        if (sum > 0) report.changedPixels += times;
+        report.largestError = std::max({report.largestError, red, green, blue});
         return;
     }
-    const bool alpha = original.kind == Picture::Kind::rgbAlpha;
-    for (std::size_t n = 0; n < pixels; ++n, pixel += alpha ? 4 : 3)
-        comparison.AddPixel({0, pixel[0], pixel[1], pixel[2]}, alpha ? pixel[3] : 255, indices[n]);
+    const bool hidden = is.opacity == 0;
+    if (was.opacity == 0 && hidden) return;
+    report.changedPixels += times;
+    if (hidden) report.madeTransparent += times;
+    if (was.opacity == 0) report.madeOpaque += times;
+    if (was.opacity == 0 || was.opacity == 255) return;
+    report.partlyOpaque += times;
+    levels.set(static_cast<std::size_t>(was.opacity));
+}
+
+ExportReport Comparison::Finish() {
+    std::set<PackedColor> visible;
+    for (int index = 0; index < 256; ++index) {
+        report.usedEntries += used[index];
+        if (used[index] && shown[index].opacity > 0) visible.insert(shown[index].Color());
+    }
+    report.shownColors = static_cast<int>(visible.size());
+    report.sourceColors = colors.Count();
+    report.alphaLevels = static_cast<int>(levels.count());
+    if (compared > 0)
+        report.meanError = static_cast<double>(errorSum) / (3.0 * static_cast<double>(compared));
+    return std::move(report);
 }
 
 // Counts in groups of three digits.
 std::string Count(std::int64_t number) {
     std::string text = std::to_string(number);
-    for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
+    for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, 1, ',');
     return text;
 }
 
@@ -180,7 +259,7 @@ bool ExportReport::Lossless() const {
 ExportReport MakeReport(const Picture& original, const Picture& exported, const DecodedGif& gif,
                         std::size_t bytes, std::string palette) {
     Comparison comparison(gif);
-    ComparePixels(original, gif, comparison);
+    comparison.Run(original);
     ExportReport report = comparison.Finish();
     report.rows = gif.rows;
     report.columns = gif.columns;

@@ -63,7 +63,8 @@ std::string Wrap(std::string_view text, std::size_t indent) {
         const std::string_view word = text.substr(0, text.find(' '));
         text.remove_prefix(std::min(text.size(), word.size() + 1));
         if (column > indent && column + 1 + word.size() > kColumns) {
-            wrapped += "\n" + std::string(indent, ' ');
+            wrapped += '\n';
+            wrapped.append(indent, ' ');
             column = indent;
         } else if (column > indent) {
             wrapped += ' ';
@@ -125,7 +126,7 @@ std::string ZshText(std::string_view text) {
 }
 
 std::string ZshValue(const Option& option) {
-    const std::string name = ":" + std::string(option.argument) + ":";
+    const std::string name = std::string(":") + option.argument + ":";
     switch (option.valueKind) {
     case ValueKind::file:
         return name + "_files";
@@ -174,9 +175,10 @@ std::string ManualPage() {
         for (const Option& option : group.options) {
             text += ".TP\n";
             if (option.letter) text += std::string("\\fB\\-") + option.letter + "\\fR, ";
-            text += "\\fB\\-\\-" + Roff(option.name) + "\\fR";
-            if (option.argument) text += "=\\fI" + Roff(option.argument) + "\\fR";
-            text += "\n" + Roff(option.help) + "\n";
+            text += std::string("\\fB\\-\\-") + option.name + "\\fR";
+            if (option.argument) text += std::string("=\\fI") + option.argument + "\\fR";
+            text += '\n';
+            text += Roff(option.help) + '\n';
         }
     }
     text += ".SH EXAMPLES\n";
@@ -186,9 +188,8 @@ std::string ManualPage() {
     for (const auto& entry : kExitCodes)
         text += ".TP\n\\fB" + std::to_string(entry.code) + "\\fR\n" + Roff(entry.meaning) + "\n";
     text += ".PP\n" + Roff(kExitRule) + "\n";
-    text += ".SH ENVIRONMENT\n.TP\n\\fBNO_COLOR\\fR\nwhen set and not empty, messages on a "
-            "terminal are not coloured\n";
-    return text + ".SH \"SEE ALSO\"\n.BR gif89\\-desktop (1)\n";
+    return text + ".SH ENVIRONMENT\n.TP\n\\fBNO_COLOR\\fR\nwhen set and not empty, messages on a "
+                  "terminal are not coloured\n";
 }
 
 std::string BashCompletion() {
@@ -231,10 +232,10 @@ std::string BashCompletion() {
 std::string ZshCompletion() {
     std::string text = "#compdef gif89\n_arguments -s -S \\\n";
     ForEachOption([&](const Option& option) {
-        const std::string help = "[" + ZshText(option.help) + "]";
+        const std::string help = std::string("[") + ZshText(option.help) + "]";
         const std::string value = option.argument ? ZshValue(option) : "";
         const auto line = [&](const std::string& spelling) {
-            text += "  " + Quoted("*" + spelling + help + value, "'\\''") + " \\\n";
+            text += "  " + Quoted(std::string("*") + spelling + help + value, "'\\''") + " \\\n";
         };
         if (option.letter) line(std::string("-") + option.letter + (option.argument ? "+" : ""));
         line(std::string("--") + option.name + (option.argument ? "=" : ""));
