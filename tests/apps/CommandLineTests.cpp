@@ -387,4 +387,23 @@ TEST_F(CommandLine, DoesWhatItsHelpShows) {
     }
 }
 
+TEST_F(CommandLine, IsDescribedWholeInEveryText) {
+    const std::filesystem::path texts =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / "share";
+    std::istringstream words(Run({"--help"}).output);
+    Names options;
+    for (std::string word; words >> word;)
+        if (word.starts_with("--") && word.size() > 2 && words.good())
+            options.push_back(word.substr(2, word.find_first_of("=.,'") - 2));
+    ASSERT_GE(options.size(), 25U);
+    for (const char* path : {"man/man1/gif89.1", "bash-completion/completions/gif89",
+                             "zsh/site-functions/_gif89", "fish/vendor_completions.d/gif89.fish"}) {
+        std::ifstream file(texts / path);
+        std::string text(std::istreambuf_iterator<char>(file), {});
+        text.erase(std::remove(text.begin(), text.end(), '\\'), text.end()); // the man macros'
+        for (const std::string& option : options)
+            EXPECT_TRUE(Contains(text, option)) << path << " lacks --" << option;
+    }
+}
+
 } // namespace
