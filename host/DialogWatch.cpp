@@ -2,19 +2,17 @@
 
 #include "ControlManager.h"
 #include "DialogManager.h"
+#include "OptionItems.h"
+
+#include <iterator>
 
 namespace gif89 {
 
-namespace {
-constexpr short kRGBDialog = 16000, kPaletteItem = 10;
-constexpr const char* kPalettes[] = {"exact", "adaptive", "fixed"};
-} // namespace
-
 void DialogWatch::DialogClosed(DialogPtr dialog) {
-    if (dialog->resourceID == kRGBDialog) {
+    if (dialog->resourceID == kRGBOptions) {
         const auto chosen =
-            static_cast<std::size_t>(GetControlValue(dialog->Item(kPaletteItem)->control)) - 1;
-        palette = chosen < std::size(kPalettes) ? kPalettes[chosen] : "loaded";
+            static_cast<std::size_t>(GetControlValue(dialog->Item(kRGBPalettePopUp)->control)) - 1;
+        palette = chosen < std::size(kPaletteNames) ? kPaletteNames[chosen] : "loaded";
     }
     EventRelay::DialogClosed(dialog);
 }

@@ -1,26 +1,15 @@
 #include "Operator.h"
 
+#include "OptionItems.h"
+
 #include <algorithm>
 #include <charconv>
 
 namespace gif89 {
 namespace {
 
-// The dialogs and the items of theirs that are operated.
-constexpr short kRGBDialog = 16000, kIndexedDialog = 16001;
-constexpr short kOKItem = 1;
-enum IndexedItem : short { kTableItem = 5, kIndexedInterlace, kIndexedComment };
-constexpr short kIndexedMatte = 12, kChannelItem = 16;
-constexpr short kLoadItem = 3, kRGBMatte = 4, kPaletteItem = 10, kCountItem = 13;
-constexpr short kRGBInterlace = 15, kRGBComment = 16, kResizeItem = 18;
-
 // The colour table: cells on a pitch of 11 pixels, 32 in a row.
 constexpr int kCellPitch = 11, kCellsPerRow = 32, kCellMiddle = 5;
-
-constexpr struct {
-    const char* name;
-    short entry;
-} kPalettes[] = {{"exact", 1}, {"adaptive", 2}, {"fixed", 3}};
 
 std::optional<int> ParseNumber(std::string_view text) {
     int number = 0;
@@ -68,6 +57,17 @@ RGBtuple ParseColor(const std::string& text) {
                   kUsage);
 }
 
+short OwnTransparency(const Picture& picture) {
+    for (std::size_t i = 0; i < picture.channels.size(); ++i) {
+        const Channel& channel = picture.channels[i];
+        if (channel.name == kTransparencyChannel &&
+            std::any_of(channel.bytes.get(), channel.bytes.get() + picture.PixelBytes(),
+                        [](std::uint8_t opacity) { return opacity < kVisibleFrom; }))
+            return static_cast<short>(i + 1);
+    }
+    return 0;
+}
+
 Operator::Operator(const Picture& thePicture, const ExportChoices& theChoices)
     : picture(thePicture), choices(theChoices),
       script([this](DialogPtr dialog) { return NextAct(dialog); }) {}
@@ -83,11 +83,11 @@ Act Operator::NextAct(DialogPtr dialog) {
         if (!script.Alerts().empty()) throw Problem(script.Alerts().back(), refusal);
         if (!planned) {
             planned = true;
-            if (dialog->resourceID == kIndexedDialog)
+            if (dialog->resourceID == kIndexedOptions)
                 PlanIndexed(dialog);
             else
                 PlanRGB(dialog);
-            acts.push_back(PressItem(kOKItem));
+            acts.push_back(PressItem(kOKButton));
         }
     } catch (const Problem& found) {
         problem = found;
@@ -106,20 +106,20 @@ void Operator::PlanIndexed(DialogPtr dialog) {
         throw Problem("an indexed picture keeps its own palette; --palette, --colors and --resize "
                       "need --mode rgb",
                       kUsage);
-    PlanCheckBox(dialog, kIndexedInterlace, choices.interlace, "interlacing");
-    PlanCheckBox(dialog, kIndexedComment, choices.comment, "a comment");
+    PlanCheckBox(dialog, kIndexedInterlaceBox, choices.interlace, "interlacing");
+    PlanCheckBox(dialog, kIndexedCommentBox, choices.comment, "a comment");
     PlanMarks(dialog);
     PlanChannel(dialog);
-    if (choices.matte) PlanMatte(dialog, kIndexedMatte);
+    if (choices.matte) PlanMatte(dialog, kIndexedMatteBox);
 }
 
 void Operator::PlanRGB(DialogPtr dialog) {
     if (!choices.transparent.empty() || !choices.alpha.empty() || choices.invert)
         throw Problem("--transparent, --alpha and --invert are for indexed pictures", kUsage);
     PlanPalette(dialog);
-    PlanCheckBox(dialog, kRGBInterlace, choices.interlace, "interlacing");
-    PlanCheckBox(dialog, kRGBComment, choices.comment, "a comment");
-    if (choices.matte && !choices.opaque) PlanMatte(dialog, kRGBMatte); // else it is laid under
+    PlanCheckBox(dialog, kRGBInterlaceBox, choices.interlace, "interlacing");
+    PlanCheckBox(dialog, kRGBCommentBox, choices.comment, "a comment");
+    if (choices.matte && !choices.opaque) PlanMatte(dialog, kRGBMatteBox); // else it is laid under
 }
 
 void Operator::PlanCheckBox(DialogPtr dialog, short item, const std::optional<bool>& wanted,
@@ -131,7 +131,7 @@ void Operator::PlanCheckBox(DialogPtr dialog, short item, const std::optional<bo
 }
 
 void Operator::PlanMarks(DialogPtr dialog) {
-    const Rect& table = dialog->Item(kTableItem)->rect;
+    const Rect& table = dialog->Item(kIndexedTable)->rect;
     for (const std::string& name : choices.transparent)
         for (const int entry : EntriesNamed(name, ShownEntries())) {
             const int row = entry / kCellsPerRow, column = entry % kCellsPerRow;
@@ -173,14 +173,7 @@ std::vector<int> Operator::EntriesNamed(const std::string& name, int shown) cons
 std::string Operator::WantedChannel() const {
     if (!choices.alpha.empty()) return choices.alpha;
     if (choices.opaque || !choices.transparent.empty()) return {};
-    for (const Channel& channel : picture.channels) {
-        if (channel.name != kTransparencyChannel) continue;
-        const std::uint8_t* const end = channel.bytes.get() + picture.PixelBytes();
-        const bool hides = std::any_of<const std::uint8_t*>(
-            channel.bytes.get(), end, [](std::uint8_t opacity) { return opacity < 128; });
-        if (hides) return kTransparencyChannel;
-    }
-    return {};
+    return OwnTransparency(picture) > 0 ? kTransparencyChannel : "";
 }
 
 short Operator::ChannelNamed(const std::string& name) const {
@@ -205,42 +198,41 @@ void Operator::PlanChannel(DialogPtr) {
             throw Problem("--invert needs a channel; name one with --alpha", kUsage);
         return;
     }
-    // Entry 1 of the pop-up is "none", entry k + 1 channel k.
-    const auto entry = static_cast<short>(ChannelNamed(wanted) + 1);
+    const auto entry = static_cast<short>(kNoChannel + ChannelNamed(wanted));
     if (choices.invert) acts.push_back(HoldKey(kKeyOption));
-    acts.push_back(ChooseEntry(kChannelItem, entry));
+    acts.push_back(ChooseEntry(kIndexedChannelPopUp, entry));
     if (choices.invert) acts.push_back(ReleaseKey(kKeyOption));
 }
 
 void Operator::PlanPalette(DialogPtr dialog) {
     const auto* const named =
-        std::find_if(std::begin(kPalettes), std::end(kPalettes),
-                     [this](const auto& each) { return choices.palette == each.name; });
+        std::find(std::begin(kPaletteNames), std::end(kPaletteNames), choices.palette);
+    const auto entry = static_cast<short>(kExactPalette + (named - std::begin(kPaletteNames)));
     if (choices.palette.empty()) {
         // A number of colours is only asked for where it is not the picture's own.
-        if (choices.colors && !IsEnabled(dialog, kCountItem))
-            acts.push_back(ChooseEntry(kPaletteItem, 2));
-    } else if (named == std::end(kPalettes)) {
-        acts.push_back(PressItem(kLoadItem));
+        if (choices.colors && !IsEnabled(dialog, kRGBCountText))
+            acts.push_back(ChooseEntry(kRGBPalettePopUp, kAdaptivePalette));
+    } else if (named == std::end(kPaletteNames)) {
+        acts.push_back(PressItem(kRGBLoadButton));
         acts.push_back(PickFile(choices.palette));
     } else {
-        if (!(*dialog->Item(kPaletteItem)->menu)->CanChoose(named->entry))
+        if (!(*dialog->Item(kRGBPalettePopUp)->menu)->CanChoose(entry))
             throw Problem("the picture has too many colours for an exact palette", kUsage);
-        acts.push_back(ChooseEntry(kPaletteItem, named->entry));
+        acts.push_back(ChooseEntry(kRGBPalettePopUp, entry));
     }
     if (choices.palette == "exact" && choices.colors)
         throw Problem("an exact palette has the picture's own number of colours; leave out -n",
                       kUsage);
-    if (choices.colors) acts.push_back(SetText(kCountItem, std::to_string(*choices.colors)));
+    if (choices.colors) acts.push_back(SetText(kRGBCountText, std::to_string(*choices.colors)));
     if (!choices.resize) return;
     if (choices.palette.empty() || choices.palette == "exact" || choices.palette == "adaptive")
         throw Problem("--resize needs a palette of its own; name one with -p", kUsage);
-    acts.push_back(PressItem(kResizeItem));
+    acts.push_back(PressItem(kRGBResizeBox));
 }
 
 // Where nothing is transparent no colour shows through, and there is nothing to choose.
 void Operator::PlanMatte(DialogPtr dialog, short item) {
-    const bool indexed = dialog->resourceID == kIndexedDialog;
+    const bool indexed = dialog->resourceID == kIndexedOptions;
     const bool transparency = indexed ? !choices.transparent.empty() || !WantedChannel().empty()
                                       : IsEnabled(dialog, item);
     if (!transparency) return;

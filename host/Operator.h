@@ -33,6 +33,13 @@ struct ExportChoices {
 /// Reads a colour: #rrggbb, or three numbers 0..255 with commas between. Throws Problem (kUsage).
 RGBtuple ParseColor(const std::string& text);
 
+/// A channel hides pixels below this opacity.
+constexpr std::uint8_t kVisibleFrom = 128;
+
+/// The number of the channel that is an indexed picture's own transparency, from 1; 0 when there
+/// is none or it hides nothing.
+short OwnTransparency(const Picture& picture);
+
 /// Operates the dialogs of one export. The picture and the choices must outlive it.
 class Operator {
   public:

@@ -1,5 +1,6 @@
 #include "Converter.h"
 
+#include "ChoicesWatch.h"
 #include "InputFile.h"
 #include "OpenDisplay.h"
 #include "Operator.h"
@@ -188,7 +189,10 @@ SavedGif Converter::Save(const Picture& picture, const std::string& input,
     const auto save = [&](const DialogUser& user) {
         return SavePicture(module, picture, DocumentNameOf(input), destination, user, checks);
     };
-    if (options.window) return save({display.events, display.files});
+    if (options.window) {
+        ChoicesWatch watch(*display.events, display.files, picture);
+        return save({&watch, &watch});
+    }
     ExportChoices choices = options.choices;
     // The picture was found to have no more colours than that.
     if (shaping.way == Way::natural && picture.kind == Picture::Kind::indexed)

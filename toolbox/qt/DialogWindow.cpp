@@ -10,6 +10,8 @@
 #include <QScreen>
 #include <QWindow>
 
+#include <algorithm>
+
 namespace {
 
 QSize SizeOf(const Rect& rect) {
@@ -36,6 +38,7 @@ DialogWindow::DialogWindow(DialogPtr theDialog, Postings& thePostings)
       canvas(new Canvas(this, SizeOf(theDialog->portRect),
                         [theDialog] { InvalidateAll(theDialog); })) {
     setFixedSize(canvas->size());
+    setFont(FontFor(0, 0));
     setModal(true);
     dialog->surface = canvas;
 }
@@ -49,11 +52,24 @@ void DialogWindow::Present(QWindow* parent) {
     setWindowTitle(QString::fromStdString(dialog->title));
     winId(); // makes the native window
     windowHandle()->setTransientParent(parent);
-    move(screen()->availableGeometry().center() - rect().center());
+    move(PlaceOver(parent));
     GiveKeys();
     show();
     activateWindow();
     UpdateOrigin();
+}
+
+// In the middle of the window it belongs to, or else of the screen.
+QPoint DialogWindow::PlaceOver(const QWindow* parent) const {
+    const QScreen* const shown = parent ? parent->screen() : screen();
+    const QRect room = shown->availableGeometry();
+    const QPoint middle = parent ? parent->geometry().center() : room.center();
+    const QPoint corner = middle - rect().center();
+    const auto keep = [](int place, int first, int last) {
+        return std::max(first, std::min(place, last));
+    };
+    return {keep(corner.x(), room.left(), room.right() - width()),
+            keep(corner.y(), room.top(), room.bottom() - height())};
 }
 
 // Widgets made in the order of the items follow one another in that order with the tab key.

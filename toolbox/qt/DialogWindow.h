@@ -14,7 +14,7 @@ class DialogWindow : public QDialog {
     DialogWindow(DialogPtr dialog, Postings& postings);
     ~DialogWindow() override;
 
-    /// Makes the widgets, and shows the window in the middle of the screen.
+    /// Makes the widgets, and shows the window in the middle of `parent`, or of the screen.
     void Present(QWindow* parent);
     void Update(short item, ItemChange change);
     /// The drawn part's cursor; null is the arrow. Widgets keep theirs.
@@ -29,6 +29,7 @@ class DialogWindow : public QDialog {
     void reject() override;
 
   private:
+    QPoint PlaceOver(const QWindow* parent) const;
     void MakeWidgets();
     void GiveKeys();
     void UpdateFocus(short item);

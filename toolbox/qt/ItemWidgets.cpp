@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
+#include <QStyleFactory>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -134,6 +135,12 @@ QWidget* MakeStaticText(QWidget* parent) {
     return label;
 }
 
+// The layouts are made for this one, whatever style the program's other windows have.
+QStyle* FixedStyle() {
+    static QStyle* const style = QStyleFactory::create(QStringLiteral("Fusion"));
+    return style;
+}
+
 QWidget* MakeWidget(DialogPtr dialog, short number, QWidget* parent, Postings& postings) {
     const DialogItem& item = *dialog->Item(number);
     switch (item.BaseKind()) {
@@ -160,6 +167,7 @@ QWidget* MakeWidget(DialogPtr dialog, short number, QWidget* parent, Postings& p
 QWidget* MakeItemWidget(DialogPtr dialog, short item, QWidget* parent, Postings& postings) {
     QWidget* widget = MakeWidget(dialog, item, parent, postings);
     if (!widget) return nullptr;
+    widget->setStyle(FixedStyle());
     if (IsNativeControl(widget)) {
         // The mouse leaves the keys where they are, except for a text to be edited.
         const bool edits = qobject_cast<QLineEdit*>(widget) != nullptr;

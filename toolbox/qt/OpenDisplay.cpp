@@ -1,4 +1,5 @@
-// The library's one function: starts the toolkit without ever ending the program over it.
+// The library's one function: starts the toolkit without ever ending the program over it, or joins
+// the program's own.
 #include "Display.h"
 
 #include "Accessibility.h"
@@ -43,22 +44,30 @@ void StartToolkit(const std::string& platform) {
     qInstallMessageHandler(usual);
 }
 
-// The layouts are fixed, and so are the style and the sizes of letters; the theme's colours stay.
+// Questions look like the dialogs, whose layouts are fixed; the theme's colours stay.
 void SetLook() {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setFont(FontFor(0, 0));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    InstallItemAccessibility();
+}
+
+// True when windows can be shown. The toolkit of a program with windows of its own stays as it is.
+bool HaveToolkit() {
+    if (QCoreApplication::instance()) return qobject_cast<QApplication*>(qApp) != nullptr;
+    const std::string platform = WantedPlatform();
+    StartToolkit(platform);
+    const bool screenless = QGuiApplication::platformName() == QLatin1String(kNoScreen);
+    if (screenless && platform.rfind(kNoScreen, 0) != 0) return false;
+    SetLook();
+    return true;
 }
 
 WindowDisplay* Open() {
-    const std::string platform = WantedPlatform();
-    StartToolkit(platform);
+    const bool canShow = HaveToolkit();
     // The toolkit takes the user's locale for everything; the program prints numbers with points.
     std::setlocale(LC_NUMERIC, "C");
-    const bool screenless = QGuiApplication::platformName() == QLatin1String(kNoScreen);
-    if (screenless && platform.rfind(kNoScreen, 0) != 0) return nullptr;
-    SetLook();
+    if (!canShow) return nullptr;
+    InstallItemAccessibility();
     return new WindowDisplay;
 }
 

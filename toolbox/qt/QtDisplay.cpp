@@ -28,6 +28,17 @@ DialogWindow* DialogWindowOf(QObject* receiver) {
     return dynamic_cast<DialogWindow*>(static_cast<QWidget*>(receiver)->window());
 }
 
+// The window of the program's own that a first dialog belongs to; null when it has none.
+QWindow* ProgramWindow() {
+    const auto isOne = [](const QWidget* widget) {
+        return widget && widget->isVisible() && widget->windowType() == Qt::Window;
+    };
+    if (isOne(QApplication::activeWindow())) return QApplication::activeWindow()->windowHandle();
+    for (const QWidget* widget : QApplication::topLevelWidgets())
+        if (isOne(widget)) return widget->windowHandle();
+    return nullptr;
+}
+
 QString TitleOf(const DialogWindow* window) {
     return window ? window->windowTitle() : QStringLiteral("GIF89");
 }
@@ -50,7 +61,8 @@ void QtDisplay::DialogShown(DialogPtr dialog) {
     DialogWindow* window = Find(dialog);
     if (!window) return;
     ForgetInput();
-    window->Present(parent && parent != window ? parent->windowHandle() : nullptr);
+    const bool isFirst = !parent || parent == window;
+    window->Present(isFirst ? ProgramWindow() : parent->windowHandle());
     window->ShowCursor(cursor.get());
     mouse = QCursor::pos();
 }

@@ -1,0 +1,182 @@
+#include "ChoicesWatch.h"
+
+#include "ControlManager.h"
+#include "FileManager.h"
+#include "OptionItems.h"
+
+#include <algorithm>
+#include <bitset>
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+
+namespace gif89 {
+namespace {
+
+bool IsOptions(DialogPtr dialog) {
+    return dialog->resourceID == kRGBOptions || dialog->resourceID == kIndexedOptions;
+}
+
+std::size_t PixelCount(const Picture& picture) {
+    return static_cast<std::size_t>(picture.rows) * static_cast<std::size_t>(picture.columns);
+}
+
+std::string NameColor(RGBtuple color) {
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", color.red, color.green, color.blue);
+    return text;
+}
+
+} // namespace
+
+ChoicesWatch::ChoicesWatch(EventSource& display, StandardFileResponder* openDialog,
+                           const Picture& exported)
+    : EventRelay(display), files(openDialog), picture(exported) {}
+
+// Watching
+
+void ChoicesWatch::DialogShown(DialogPtr dialog) {
+    EventRelay::DialogShown(dialog);
+    if (!IsOptions(dialog)) return;
+    opened = ReadItems(dialog);
+    pickedColor = false;
+    if (dialog->resourceID != kIndexedOptions) return;
+    if (const short channel = OwnTransparency(picture))
+        ChoosePopUpEntry(dialog, kIndexedChannelPopUp, static_cast<short>(channel + 1));
+}
+
+void ChoicesWatch::DialogClosed(DialogPtr dialog) {
+    if (IsOptions(dialog)) closed = ReadItems(dialog);
+    EventRelay::DialogClosed(dialog);
+}
+
+bool ChoicesWatch::PickColor(Point where, const std::string& prompt, const RGBColor& start,
+                             RGBColor* picked) {
+    const bool chosen = EventRelay::PickColor(where, prompt, start, picked);
+    pickedColor |= chosen;
+    return chosen;
+}
+
+void ChoicesWatch::PutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
+                           StandardFileReply* reply) {
+    if (files) files->PutFile(prompt, defaultName, reply);
+}
+
+void ChoicesWatch::GetFile(FileFilterProc filter, StandardFileReply* reply) {
+    if (!files) return;
+    files->GetFile(filter, reply);
+    std::string path;
+    if (reply->sfGood && FSSpecToPath(&reply->sfFile, &path) == noErr) pickedFiles.push_back(path);
+}
+
+ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {
+    Items read;
+    for (std::size_t i = 0; i < dialog->items.size(); ++i)
+        if (const ControlHandle control = dialog->items[i].control)
+            read.values[static_cast<short>(i + 1)] = GetControlValue(control);
+    if (dialog->resourceID != kRGBOptions) return read;
+    read.count = dialog->Item(kRGBCountText)->text;
+    const MenuInfo& palettes = **dialog->Item(kRGBPalettePopUp)->menu;
+    const short entry = read.values[kRGBPalettePopUp];
+    if (entry > kFixedPalette && static_cast<std::size_t>(entry) <= palettes.entries.size())
+        read.paletteFile = palettes.entries[static_cast<std::size_t>(entry) - 1].text;
+    return read;
+}
+
+// What was chosen
+
+ExportChoices ChoicesWatch::Choices(const DecodedGif& gif, Marks marks) const {
+    ExportChoices choices;
+    const bool indexed = picture.kind == Picture::Kind::indexed;
+    const short interlace = indexed ? kIndexedInterlaceBox : kRGBInterlaceBox;
+    const short comment = indexed ? kIndexedCommentBox : kRGBCommentBox;
+    if (Changed(interlace)) choices.interlace = closed.values.at(interlace) != 0;
+    if (Changed(comment)) choices.comment = closed.values.at(comment) != 0;
+    // The colour that was picked stands in the table of the file.
+    if (pickedColor && gif.transparentIndex >= 0)
+        choices.matte = TableEntry(gif.table, gif.transparentIndex);
+    if (indexed)
+        TakeIndexed(gif, marks, choices);
+    else
+        TakeRGB(choices);
+    return choices;
+}
+
+bool ChoicesWatch::Changed(short item) const {
+    const auto before = opened.values.find(item), after = closed.values.find(item);
+    return after != closed.values.end() &&
+           (before == opened.values.end() || before->second != after->second);
+}
+
+// Marks and the inverting of a channel show in no item, but the file tells them.
+void ChoicesWatch::TakeIndexed(const DecodedGif& gif, Marks marks, ExportChoices& choices) const {
+    const auto found = closed.values.find(kIndexedChannelPopUp);
+    const short entry = found == closed.values.end() ? kNoChannel : found->second;
+    const short own = OwnTransparency(picture);
+    if (entry <= kNoChannel) {
+        choices.transparent = MarkedEntries(gif, marks);
+        choices.opaque = own != 0 && choices.transparent.empty();
+        return;
+    }
+    const auto channel = static_cast<std::size_t>(entry - kNoChannel);
+    if (channel > picture.channels.size()) return;
+    const Channel& chosen = picture.channels[channel - 1];
+    // A channel hides every pixel or shows it, so that the first one tells which way it is read.
+    const bool hidden = gif.indices[0] == gif.transparentIndex;
+    choices.invert = hidden != (chosen.bytes[0] < kVisibleFrom);
+    if (choices.invert || static_cast<short>(channel) != own)
+        choices.alpha = chosen.name.empty() ? std::to_string(channel) : chosen.name;
+}
+
+std::vector<std::string> ChoicesWatch::MarkedEntries(const DecodedGif& gif, Marks marks) const {
+    std::bitset<256> used, marked;
+    const std::size_t pixels = PixelCount(picture);
+    for (std::size_t n = 0; n < pixels; ++n) {
+        used.set(picture.pixels[n]);
+        if (gif.indices[n] == gif.transparentIndex) marked.set(picture.pixels[n]);
+    }
+    std::vector<std::string> names;
+    for (int entry = 0; entry < 256; ++entry) {
+        if (!marked[static_cast<std::size_t>(entry)]) continue;
+        const RGBtuple color = TableEntry(picture.table, entry);
+        bool wholeColor = marks == Marks::asColors;
+        for (int other = 0; other < picture.colors && wholeColor; ++other) {
+            const auto bit = static_cast<std::size_t>(other);
+            const bool same = PackColor(TableEntry(picture.table, other)) == PackColor(color);
+            wholeColor = !same || !used[bit] || marked[bit];
+        }
+        std::string name = wholeColor ? NameColor(color) : std::to_string(entry);
+        if (std::find(names.begin(), names.end(), name) == names.end())
+            names.push_back(std::move(name));
+    }
+    return names;
+}
+
+void ChoicesWatch::TakeRGB(ExportChoices& choices) const {
+    const auto found = closed.values.find(kRGBPalettePopUp);
+    if (found == closed.values.end()) return;
+    const short entry = found->second;
+    const bool own = entry == kExactPalette || entry == kAdaptivePalette;
+    if (Changed(kRGBPalettePopUp))
+        choices.palette =
+            entry <= kFixedPalette ? kPaletteNames[entry - kExactPalette] : PaletteFile();
+    const bool changedCount = closed.count != opened.count || Changed(kRGBPalettePopUp);
+    int count = 0;
+    const char* const end = closed.count.data() + closed.count.size();
+    if (entry != kExactPalette && changedCount &&
+        std::from_chars(closed.count.data(), end, count).ptr == end)
+        choices.colors = count;
+    choices.resize = !own && closed.values.at(kRGBResizeBox) != 0;
+}
+
+// The menu shows the file's name; without a match a longer name is shown in short.
+std::string ChoicesWatch::PaletteFile() const {
+    const auto found =
+        std::find_if(pickedFiles.rbegin(), pickedFiles.rend(), [this](const std::string& path) {
+            return std::filesystem::path(path).filename() == closed.paletteFile;
+        });
+    if (found != pickedFiles.rend()) return *found;
+    return pickedFiles.empty() ? std::string() : pickedFiles.back();
+}
+
+} // namespace gif89
