@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <set>
 #include <utility>
 #include <vector>
@@ -12,9 +14,16 @@
 namespace gif89 {
 namespace {
 
+struct FreeBlock {
+    void operator()(std::uint64_t* block) const { std::free(block); }
+};
+
 /// Counts colours, one bit for each of the 2^24.
 class ColorCounter {
   public:
+    ColorCounter() {
+        if (!seen) throw std::bad_alloc();
+    }
     void Add(PackedColor color) {
         std::uint64_t& word = seen[color / 64];
         const std::uint64_t bit = std::uint64_t{1} << color % 64;
@@ -25,7 +34,9 @@ class ColorCounter {
     std::int64_t Count() const { return count; }
 
   private:
-    std::vector<std::uint64_t> seen = std::vector<std::uint64_t>((1U << 24) / 64);
+    // Comes cleared from the system, page by page as it is touched; small pictures touch little.
+    std::unique_ptr<std::uint64_t[], FreeBlock> seen{
+        static_cast<std::uint64_t*>(std::calloc((1U << 24) / 64, sizeof(std::uint64_t)))};
     std::int64_t count = 0;
 };
 
@@ -93,7 +104,7 @@ void Comparison::RunIndexed(const Picture& original) {
     const std::size_t pixels = PixelCount();
     for (std::size_t n = 0; n < pixels; ++n)
         ++pairs[static_cast<std::size_t>(original.pixels[n] << 8 | gif.indices[n])];
-    for (int pair = 0; pair < 256 * 256; ++pair) {
+    for (int pair = 0; pair < original.colors * 256; ++pair) {
         const std::int32_t times = pairs[static_cast<std::size_t>(pair)];
         if (times == 0) continue;
         const RGBtuple color = TableEntry(original.table, pair >> 8);
