@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -89,6 +90,24 @@ std::span<const std::uint8_t> InputFile::ReadAvailable() {
     const std::span<const std::uint8_t> available(buffer.data() + next, filled - next);
     next = filled;
     return available;
+}
+
+std::vector<std::uint8_t> InputFile::ReadRest(std::size_t mostBytes) {
+    std::vector<std::uint8_t> bytes;
+    try {
+        // The size is a hint that spares copies; a pipe has none, and a file may grow meanwhile.
+        struct stat status = {};
+        if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
+            bytes.reserve(std::min(static_cast<std::size_t>(status.st_size), mostBytes));
+        for (auto more = ReadAvailable(); !more.empty(); more = ReadAvailable()) {
+            if (more.size() > mostBytes - bytes.size())
+                throw Problem("has more than " + std::to_string(mostBytes >> 20) + " megabytes");
+            bytes.insert(bytes.end(), more.begin(), more.end());
+        }
+    } catch (const std::bad_alloc&) {
+        throw Problem("cannot be read: there is not enough memory for the file");
+    }
+    return bytes;
 }
 
 // Appends to what the buffer holds, as much as one system call brings; false at the end.

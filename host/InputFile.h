@@ -42,6 +42,13 @@ class InputFile {
     /// bytes stay valid until the next call of any member.
     std::span<const std::uint8_t> ReadAvailable();
 
+    /// Takes everything up to the end, for formats that are not written in reading order. Throws
+    /// Problem when there is more than `mostBytes` of it or not enough memory.
+    std::vector<std::uint8_t> ReadRest(std::size_t mostBytes = kMostBytes);
+
+    /// A file of the largest picture we take, stored plainly with four samples a pixel.
+    static constexpr std::size_t kMostBytes = std::size_t{1} << 32;
+
   private:
     enum class Ownership : std::uint8_t { owned, borrowed };
 

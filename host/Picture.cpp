@@ -15,11 +15,17 @@ std::string SidesText(long long rows, long long columns) {
     return std::to_string(columns) + " x " + std::to_string(rows) + " pixels";
 }
 
-bool IsOpaque(const Picture& picture) {
-    const std::uint8_t* pixel = picture.pixels.get();
-    for (std::size_t left = picture.PixelBytes() / 4; left > 0; --left, pixel += 4)
-        if (pixel[3] != 255) return false;
+bool AreOpaque(const std::uint8_t* opacity, std::size_t pixels, int step) {
+    for (; pixels > 0; --pixels, opacity += step)
+        if (*opacity != 255) return false;
     return true;
+}
+
+void DropOpaqueChannel(Picture& picture) {
+    const std::uint8_t* const opacity = OpacityOf(picture);
+    if (opacity && AreOpaque(opacity, picture.PixelBytes(), 1))
+        std::erase_if(picture.channels,
+                      [opacity](const Channel& channel) { return channel.bytes.get() == opacity; });
 }
 
 } // namespace
@@ -64,6 +70,17 @@ const std::uint8_t* OpacityOf(const Picture& picture) {
     return nullptr;
 }
 
+std::uint8_t* AddChannel(Picture& picture, std::string name) {
+    try {
+        picture.channels.push_back({std::move(name), std::make_unique_for_overwrite<std::uint8_t[]>(
+                                                         picture.PixelBytes())});
+    } catch (const std::bad_alloc&) {
+        throw Problem("is " + SidesText(picture.rows, picture.columns) +
+                      "; there is not enough memory for its channels");
+    }
+    return picture.channels.back().bytes.get();
+}
+
 void SetGreyRamp(Picture& picture, int colors) {
     const int brightest = colors - 1;
     picture.table = {};
@@ -75,8 +92,10 @@ void SetGreyRamp(Picture& picture, int colors) {
 }
 
 void DropOpaqueAlpha(Picture& picture) {
-    if (picture.kind != Picture::Kind::rgbAlpha || !IsOpaque(picture)) return;
+    DropOpaqueChannel(picture);
+    if (picture.kind != Picture::Kind::rgbAlpha) return;
     const std::size_t pixels = picture.PixelBytes() / 4;
+    if (!AreOpaque(picture.pixels.get() + 3, pixels, 4)) return;
     // The block keeps its size: a smaller one would need both at once.
     std::uint8_t* to = picture.pixels.get();
     const std::uint8_t* from = to;

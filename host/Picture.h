@@ -77,11 +77,15 @@ Picture CopyPicture(const Picture& picture);
 /// The opacity of an indexed picture: the bytes of channel "Transparency", null without one.
 const std::uint8_t* OpacityOf(const Picture& picture);
 
+/// Gives an indexed picture a further channel, bytes undefined, and returns them; the picture owns
+/// them. Throws Problem when there is not enough memory.
+std::uint8_t* AddChannel(Picture& picture, std::string name);
+
 /// Gives an indexed picture a table of `colors` greys, 2..256, evenly from black to white.
 void SetGreyRamp(Picture& picture, int colors);
 
-/// Turns an rgbAlpha picture whose every pixel is opaque into an rgb one, in place; leaves any
-/// other picture alone.
+/// Turns an rgbAlpha picture whose every pixel is opaque into an rgb one, in place, and drops the
+/// opacity of an indexed one likewise; leaves any other picture alone.
 void DropOpaqueAlpha(Picture& picture);
 
 /// Takes the transparency out of a picture: lays an rgbAlpha picture over a colour and makes it an

@@ -1,12 +1,18 @@
 #include "ReadJpeg.h"
 
+#include "ColorProfile.h"
 #include "CommentText.h"
+#include "ExifOrientation.h"
 #include "Problem.h"
 
 #include <algorithm>
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <optional>
+#include <span>
+#include <string_view>
 #include <utility>
 
 #include <jpeglib.h> // wants <cstdio> before
@@ -22,7 +28,10 @@ constexpr int kMostScans = 500;
 
 // Complaints that leave the pixels as they were meant. Cameras are fond of padding.
 constexpr int kHarmlessWarnings[] = {JWRN_ADOBE_XFORM, JWRN_JFIF_MAJOR, JWRN_EXTRANEOUS_DATA,
-                                     JWRN_TOO_MUCH_DATA};
+                                     JWRN_TOO_MUCH_DATA, JWRN_BOGUS_ICC};
+
+// Markers beside those that make up the picture.
+constexpr int kExifMarker = JPEG_APP0 + 1, kProfileMarker = JPEG_APP0 + 2;
 
 /// One reading. libjpeg reports errors by a jump back into Guard; so whatever owns memory is a
 /// member, and the frames that a jump leaves hold only trivial objects.
@@ -49,8 +58,9 @@ class JpegReader {
     void Create();
     void ReadHeader();
     void MakeTarget();
+    void TakeProfile();
     void ReadRows();
-    void PlaceInks(std::uint8_t* place) const;
+    int Orientation() const;
     std::string Comment() const;
 
     InputFile& input;
@@ -64,6 +74,7 @@ class JpegReader {
 
     Picture picture;
     std::vector<std::uint8_t> inks; // one row of cyan, magenta, yellow, black
+    std::optional<InkConverter> inkConverter;
 };
 
 JpegReader& ReaderOf(j_common_ptr common) {
@@ -94,6 +105,8 @@ void JpegReader::OnError(j_common_ptr common) {
 void JpegReader::OnMessage(j_common_ptr common, int level) {
     if (level >= 0) return; // a trace
     const int code = common->err->msg_code;
+    if (code == JWRN_BOGUS_ICC)
+        ReaderOf(common).picture.notes.profileUse = InputNotes::ProfileUse::unusable;
     if (std::find(std::begin(kHarmlessWarnings), std::end(kHarmlessWarnings), code) ==
         std::end(kHarmlessWarnings))
         OnError(common);
@@ -138,7 +151,8 @@ Picture JpegReader::Read() {
     ReadHeader();
     MakeTarget();
     ReadRows();
-    picture.comment = Comment(); // forgotten by the next step
+    picture.notes.orientation = Orientation();
+    picture.comment = Comment(); // both are forgotten by the next step
     Guard([this] { jpeg_finish_decompress(&decoder); });
     return std::move(picture);
 }
@@ -162,7 +176,8 @@ void JpegReader::Create() {
 
 void JpegReader::ReadHeader() {
     Guard([this] {
-        jpeg_save_markers(&decoder, JPEG_COM, 0xFFFF);
+        for (const int marker : {JPEG_COM, kExifMarker, kProfileMarker})
+            jpeg_save_markers(&decoder, marker, 0xFFFF);
         jpeg_read_header(&decoder, TRUE);
     });
     switch (decoder.jpeg_color_space) {
@@ -189,8 +204,23 @@ void JpegReader::MakeTarget() {
     const bool grey = decoder.out_color_space == JCS_GRAYSCALE;
     picture = MakePicture(grey ? Picture::Kind::indexed : Picture::Kind::rgb, decoder.image_height,
                           decoder.image_width);
+    picture.notes.format = "JPEG";
+    picture.notes.bits = decoder.data_precision;
+    TakeProfile();
     if (grey) SetGreyRamp(picture, 256);
-    if (decoder.out_color_space == JCS_CMYK) inks.resize(std::size_t{4} * decoder.image_width);
+    if (decoder.out_color_space != JCS_CMYK) return;
+    inks.resize(std::size_t{4} * decoder.image_width);
+    // Pictures with the Adobe marker store the paper that is left, the others the ink.
+    inkConverter.emplace(picture.notes,
+                         decoder.saw_Adobe_marker ? InkStorage::paper : InkStorage::ink);
+}
+
+void JpegReader::TakeProfile() {
+    JOCTET* bytes = nullptr;
+    unsigned count = 0;
+    Guard([this, &bytes, &count] { jpeg_read_icc_profile(&decoder, &bytes, &count); });
+    const std::unique_ptr<JOCTET, void (*)(void*)> owner(bytes, std::free);
+    picture.notes.profile.assign(bytes, bytes + count);
 }
 
 void JpegReader::ReadRows() {
@@ -201,23 +231,25 @@ void JpegReader::ReadRows() {
                 picture.pixels.get() + picture.RowBytes() * decoder.output_scanline;
             JSAMPROW row = inks.empty() ? place : inks.data();
             jpeg_read_scanlines(&decoder, &row, 1);
-            if (!inks.empty()) PlaceInks(place);
+            if (!inks.empty()) inkConverter->ConvertRow(row, decoder.image_width, place);
         }
     });
 }
 
-void JpegReader::PlaceInks(std::uint8_t* place) const {
-    // Pictures with the Adobe marker store the paper that is left, the others the ink.
-    const unsigned flip = decoder.saw_Adobe_marker ? 0 : 255;
-    for (std::size_t n = 0; n < inks.size(); n += 4) {
-        const unsigned black = inks[n + 3] ^ flip;
-        for (std::size_t ink = 0; ink < 3; ++ink)
-            *place++ = static_cast<std::uint8_t>(((inks[n + ink] ^ flip) * black + 127) / 255);
+int JpegReader::Orientation() const {
+    for (jpeg_saved_marker_ptr marker = decoder.marker_list; marker; marker = marker->next) {
+        const std::span<const std::uint8_t> block(marker->data, marker->data_length);
+        const std::string_view text(reinterpret_cast<const char*>(block.data()), block.size());
+        // Other things come in markers of the same number.
+        if (marker->marker == kExifMarker && text.starts_with(std::string_view("Exif\0\0", 6)))
+            return ExifOrientation(block);
     }
+    return 1;
 }
 
 std::string JpegReader::Comment() const {
     for (jpeg_saved_marker_ptr marker = decoder.marker_list; marker; marker = marker->next) {
+        if (marker->marker != JPEG_COM) continue;
         std::string text = CommentText(
             {reinterpret_cast<const char*>(marker->data), std::size_t{marker->data_length}});
         if (!text.empty()) return text;

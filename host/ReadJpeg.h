@@ -9,7 +9,8 @@ namespace gif89 {
 /// Reads a whole JPEG file, whose first marker comes next.
 ///
 /// Grey becomes indexed with a ramp of 256 greys, everything else RGB; ink colours (CMYK, YCCK)
-/// are turned into RGB by plain multiplication, without profiles. The slow integer transform and
+/// go through an InkConverter, which applies their profile. The profile of other pictures and the
+/// EXIF orientation are left to the caller, in the notes. The slow integer transform and
 /// smooth upsampling are asked for by name, so that a picture always gives the same pixels. The
 /// comment is that of the first comment marker with a text. Throws Problem for input that is cut
 /// short or whose pixels are damaged; bytes after the end are ignored. Source: ITU-T T.81.

@@ -1,43 +1,70 @@
 #include "ReadPicture.h"
 
+#include "ColorProfile.h"
+#include "Orient.h"
 #include "Problem.h"
+#include "ReadBmp.h"
+#include "ReadGif.h"
 #include "ReadJpeg.h"
 #include "ReadPng.h"
 #include "ReadPnm.h"
+#include "ReadTiff.h"
+#include "ReadWebp.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace gif89 {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 struct Format {
-    std::string_view signature;
+    std::string_view signature;  // a question mark stands for any byte
     std::string_view followedBy; // one of these, or anything if empty
     Picture (*read)(InputFile& input);
 };
 constexpr Format kFormats[] = {{"\x89PNG\r\n\x1a\n", "", ReadPng},
                                {"\xFF\xD8\xFF", "", ReadJpeg},
+                               {"RIFF????WEBP", "", ReadWebp},
+                               {"II*\0"sv, "", ReadTiff},
+                               {"MM\0*"sv, "", ReadTiff},
+                               {"II+\0"sv, "", ReadTiff}, // of 64 bits
+                               {"MM\0+"sv, "", ReadTiff},
+                               {"GIF87a", "", ReadGif},
+                               {"GIF89a", "", ReadGif},
+                               {"BM", "", ReadBmp},
                                {"P5", " \t\n\v\f\r#", ReadPnm},
                                {"P6", " \t\n\v\f\r#", ReadPnm},
                                {"P7", "\n", ReadPnm}}; // "P7 332" is something else
 
 bool Matches(const Format& format, std::string_view start) {
-    if (!start.starts_with(format.signature)) return false;
+    const auto fits = [](char wanted, char byte) { return wanted == '?' || wanted == byte; };
+    if (start.size() < format.signature.size() ||
+        !std::equal(format.signature.begin(), format.signature.end(), start.begin(), fits))
+        return false;
     start.remove_prefix(format.signature.size());
     return format.followedBy.empty() ||
            (!start.empty() && format.followedBy.find(start[0]) != std::string_view::npos);
 }
 
-} // namespace
-
-Picture ReadPicture(InputFile& input, Orientation) {
+Picture ReadStored(InputFile& input) {
     const auto bytes = input.Peek();
     const std::string_view start(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (start.empty()) throw Problem("is empty");
     for (const Format& format : kFormats)
         if (Matches(format, start)) return format.read(input);
-    throw Problem("is not a PNG, JPEG, PGM, PPM or PAM picture");
+    throw Problem("is not a PNG, JPEG, WebP, TIFF, GIF, BMP, PGM, PPM or PAM picture");
+}
+
+} // namespace
+
+Picture ReadPicture(InputFile& input, Orientation orientation) {
+    Picture picture = ReadStored(input);
+    ApplyProfile(picture);
+    if (orientation == Orientation::upright) TurnUpright(picture);
+    return picture;
 }
 
 } // namespace gif89

@@ -1,6 +1,7 @@
 #include "ReadPng.h"
 
 #include "CommentText.h"
+#include "ExifOrientation.h"
 #include "Problem.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <exception>
 #include <png.h>
+#include <span>
 #include <utility>
 
 namespace gif89 {
@@ -63,7 +65,7 @@ class PngReader {
     template <typename Step> void Guard(Step step);
     [[noreturn]] void Fail() const;
     [[noreturn]] static void OnError(png_structp png, png_const_charp message);
-    static void OnWarning(png_structp, png_const_charp) {}
+    static void OnWarning(png_structp png, png_const_charp message);
     static png_voidp OnAllocate(png_structp, png_alloc_size_t size);
     static void OnFree(png_structp, png_voidp block) { std::free(block); }
     static void OnRead(png_structp png, png_bytep bytes, std::size_t count);
@@ -77,6 +79,8 @@ class PngReader {
     void PlaceRow(int row, const Grid& grid);
     void CheckIndices() const;
     void FinishTransparency();
+    void TakeProfile();
+    int Orientation() const;
     std::string Comment() const;
 
     InputFile& input;
@@ -88,6 +92,7 @@ class PngReader {
     png_uint_32 columns = 0, rows = 0;
     int depth = 0, colorType = 0;
     bool interlaced = false;
+    bool profileDoubted = false;
     const ColorForm* form = nullptr;
     bool keyed = false;          // pixels of color `key` are transparent
     unsigned key[3] = {};        // at full depth
@@ -123,6 +128,13 @@ void PngReader::OnError(png_structp png, png_const_charp message) {
     png_longjmp(png, 1);
 }
 
+// Warnings open with the name of the chunk. The library drops a damaged profile, and one that is
+// not for the picture's color type.
+void PngReader::OnWarning(png_structp png, png_const_charp message) {
+    auto* reader = static_cast<PngReader*>(png_get_error_ptr(png));
+    if (std::strncmp(message, "iCCP:", 5) == 0) reader->profileDoubted = true;
+}
+
 png_voidp PngReader::OnAllocate(png_structp, png_alloc_size_t size) {
     return size <= kLargestBlock ? std::malloc(size) : nullptr;
 }
@@ -149,6 +161,8 @@ Picture PngReader::Read() {
     CheckIndices();
     FinishTransparency();
     DropOpaqueAlpha(picture);
+    TakeProfile();
+    picture.notes.orientation = Orientation();
     picture.comment = Comment();
     return std::move(picture);
 }
@@ -175,6 +189,8 @@ void PngReader::ReadHeader() {
 void PngReader::MakeTarget() {
     keyed = colorType != PNG_COLOR_TYPE_PALETTE && png_get_valid(png, info, PNG_INFO_tRNS) != 0;
     picture = MakePicture(keyed ? form->keyedKind : form->kind, rows, columns);
+    picture.notes.format = "PNG";
+    picture.notes.bits = depth;
     if (picture.kind == indexed) SetTable();
     if (png_get_valid(png, info, PNG_INFO_tRNS) != 0) SetTransparency();
     Guard([this] {
@@ -262,6 +278,7 @@ void PngReader::PlaceRow(int row, const Grid& grid) {
             }
             const unsigned sample = samples[form->from[n]];
             pixel[n] = depth == 16 ? ReduceTo8Bits(sample) : static_cast<std::uint8_t>(sample);
+            if (depth == 16 && sample % 257 != 0) picture.notes.rounded = true;
         }
         if (opacities) opacities[column] = transparent ? 0 : 255;
     }
@@ -285,6 +302,30 @@ void PngReader::FinishTransparency() {
                        [this](std::uint8_t index) { return opacityOf[index]; });
     if (std::all_of(opacities, end, [](std::uint8_t opacity) { return opacity == 255; }))
         picture.channels.clear();
+}
+
+void PngReader::TakeProfile() {
+    using enum InputNotes::ProfileUse;
+    InputNotes& notes = picture.notes;
+    png_charp name = nullptr; // chosen by the writing program; the profile has one of its own
+    png_bytep bytes = nullptr;
+    png_uint_32 count = 0;
+    int method = 0, intent = 0;
+    if (png_get_iCCP(png, info, &name, &method, &bytes, &count) != 0) {
+        notes.profile.assign(bytes, bytes + count);
+    } else if (png_get_sRGB(png, info, &intent) != 0) {
+        notes.profileUse = same;
+        notes.profileName = "sRGB";
+    } else if (profileDoubted) {
+        notes.profileUse = unusable;
+    }
+}
+
+int PngReader::Orientation() const {
+    png_bytep exif = nullptr;
+    png_uint_32 count = 0;
+    if (png_get_eXIf_1(png, info, &count, &exif) == 0) return 1;
+    return ExifOrientation({exif, count});
 }
 
 std::string PngReader::Comment() const {

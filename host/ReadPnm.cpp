@@ -3,6 +3,7 @@
 #include "Problem.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <optional>
@@ -165,6 +166,8 @@ Picture MakeTarget(const Header& header) {
     static constexpr Picture::Kind kKinds[] = {Picture::Kind::indexed, Picture::Kind::rgbAlpha,
                                                Picture::Kind::rgb, Picture::Kind::rgbAlpha};
     Picture picture = MakePicture(kKinds[header.depth - 1], header.rows, header.columns);
+    picture.notes.format = header.format;
+    picture.notes.bits = static_cast<int>(std::bit_width(static_cast<unsigned>(header.maximum)));
     if (header.depth == 1) SetGreyRamp(picture, std::min(header.maximum, 255) + 1);
     return picture;
 }
@@ -196,6 +199,7 @@ class PixelReader {
             ReadRow(inPlace ? place : row.data(), y);
             if (!inPlace) PlaceRow(place, y);
         }
+        picture.notes.rounded = rounded;
     }
 
   private:
@@ -208,8 +212,9 @@ class PixelReader {
                                                " bytes too early");
     }
 
-    void PlaceRow(std::uint8_t* place, int y) const {
+    void PlaceRow(std::uint8_t* place, int y) {
         const bool wide = header.maximum > 255;
+        const auto maximum = static_cast<unsigned>(header.maximum);
         const std::uint8_t* next = row.data();
         for (std::size_t n = 0; n < samples; ++n) {
             unsigned value = *next++;
@@ -219,6 +224,7 @@ class PixelReader {
                                                        std::to_string(value) +
                                                        ", above the largest value of " +
                                                        std::to_string(header.maximum));
+            if (wide && levels[value] * maximum != value * 255) rounded = true;
             const bool isGreyOfTwo = header.depth == 2 && n % 2 == 0;
             for (int copies = isGreyOfTwo ? 3 : 1; copies > 0; --copies) *place++ = levels[value];
         }
@@ -229,6 +235,7 @@ class PixelReader {
     const std::vector<std::uint8_t> levels;
     const std::size_t samples, rowBytes; // of one row
     std::vector<std::uint8_t> row;
+    bool rounded = false;
 };
 
 } // namespace

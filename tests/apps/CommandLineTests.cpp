@@ -144,6 +144,20 @@ TEST_F(CommandLine, RefusesWrongUsageWithCodeTwo) {
     EXPECT_TRUE(Run({"--version"}).output.starts_with("gif89 "));
 }
 
+TEST_F(CommandLine, NamesTheOptionThatItRefuses) {
+    const std::pair<Names, const char*> cases[] = {
+        {{"-o"}, "option -o needs a value"},
+        {{"--output"}, "option --output needs a value"},
+        {{"--quiet=yes", "a"}, "option --quiet=yes is not known or takes no value"},
+        {{"-x", "a"}, "option -x is not known"},
+        {{"--unknown", "a"}, "option --unknown is not known"},
+    };
+    for (const auto& [arguments, want] : cases) {
+        const std::string errors = Run(arguments).errors;
+        EXPECT_TRUE(Contains(errors, want)) << "want " << want << "\ngot " << errors;
+    }
+}
+
 TEST_F(CommandLine, KeepsTheOldFileWhenTheDiskRefuses) {
     const std::string input = folder.Write("noise.ppm", NoisePicture(300));
     folder.Write("noise.gif", "old");

@@ -47,10 +47,11 @@ class StandardInputFrom {
 
 TEST(ReadPicture, OtherContentIsRefusedByItsFirstBytes) {
     EXPECT_EQ(RefusalOf({}), "is empty");
-    for (const std::string content : {"G", "GIF89a", "P", "P5", "P51 1 255 a", "P4 8 1\na",
-                                      "P7 332\n", "\x89PNG\n\x1a\n--------", "\xFF\xD8"})
+    for (const std::string content :
+         {"G", "GIF88a", "B", "II*", "P", "P5", "P51 1 255 a", "P4 8 1\na", "P7 332\n",
+          "\x89PNG\n\x1a\n--------", "\xFF\xD8"})
         EXPECT_EQ(RefusalOf(Bytes(content.begin(), content.end())),
-                  "is not a PNG, JPEG, PGM, PPM or PAM picture")
+                  "is not a PNG, JPEG, WebP, TIFF, GIF, BMP, PGM, PPM or PAM picture")
             << content;
 }
 

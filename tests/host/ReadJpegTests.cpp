@@ -1,4 +1,6 @@
 // JPEG pictures against the library's own plain decoding, and what is refused.
+#include "MakeExif.h"
+#include "MakeProfile.h"
 #include "PictureFromBytes.h"
 
 #include <gtest/gtest.h>
@@ -22,6 +24,8 @@ struct JpegForm {
     bool progressive = false;
     bool separateScans = false; // one for each component
     std::string comment = {};
+    Bytes profile = {}; // empty for none
+    Bytes exif = {};    // empty for none
 };
 
 // Soft shapes with some noise, so that transform, subsampling and smoothing all matter.
@@ -62,6 +66,17 @@ Bytes MakeJpeg(const JpegForm& form, const Bytes& samples) {
     if (!form.comment.empty())
         jpeg_write_marker(&writer, JPEG_COM, reinterpret_cast<const JOCTET*>(form.comment.data()),
                           static_cast<unsigned>(form.comment.size()));
+    if (!form.profile.empty())
+        jpeg_write_icc_profile(&writer, form.profile.data(),
+                               static_cast<unsigned>(form.profile.size()));
+    for (const std::string start : {"http", "Exif"}) { // other things come in the same marker
+        Bytes block(start.begin(), start.end());
+        block.resize(6);
+        block.insert(block.end(), form.exif.begin(), form.exif.end());
+        if (!form.exif.empty())
+            jpeg_write_marker(&writer, JPEG_APP0 + 1, block.data(),
+                              static_cast<unsigned>(block.size()));
+    }
     const auto rowBytes = static_cast<std::size_t>(form.columns * form.samples);
     while (writer.next_scanline < writer.image_height) {
         JSAMPROW row = const_cast<JSAMPROW>(samples.data() + rowBytes * writer.next_scanline);
@@ -134,6 +149,43 @@ TEST(ReadJpeg, InkBecomesLight) {
             }
         EXPECT_EQ(PixelsOf(PictureFromBytes(file)), expected)
             << "stored as " << stored << ", Adobe marker " << adobe;
+    }
+}
+
+TEST(ReadJpeg, ProfileAndOrientationAreApplied) {
+    using enum gif89::InputNotes::ProfileUse;
+    JpegForm form = {.given = JCS_GRAYSCALE, .stored = JCS_GRAYSCALE, .samples = 1};
+    form.profile = MakeGreyProfile(1);
+    form.profile.resize(70'000); // goes into two markers
+    form.exif = MakeExif(3);
+    Bytes file = MakeJpeg(form, RandomRows(form, 13));
+    Bytes stored = DecodePlainly(file, JCS_GRAYSCALE);
+    std::reverse(stored.begin(), stored.end());
+    Picture picture = PictureFromBytes(file);
+    EXPECT_EQ(picture.notes.profileUse, converted);
+    EXPECT_EQ(PixelsOf(picture), stored);
+    EXPECT_EQ(picture.comment, ""); // none of the other markers' texts
+    EXPECT_NEAR(picture.table.red[60], StandardLevel(60 / 255.0), 1);
+
+    file[FindMarker(file, 0xE2) + 16] = 7; // the first part of the profile says it is the seventh
+    picture = PictureFromBytes(file);
+    EXPECT_EQ(picture.notes.profileUse, unusable);
+    EXPECT_EQ(picture.table.red[60], 60);
+}
+
+TEST(ReadJpeg, InkProfileIsApplied) {
+    for (const bool adobe : {true, false}) {
+        JpegForm form = {.given = JCS_CMYK, .stored = JCS_CMYK, .samples = 4, .adobe = adobe};
+        form.profile = MakeInkProfile();
+        const Bytes file = MakeJpeg(form, RandomRows(form, 14));
+        const Bytes inks = DecodePlainly(file, JCS_CMYK);
+        const Bytes pixels = PixelsOf(PictureFromBytes(file));
+        for (std::size_t n = 0; n < inks.size() / 4; ++n) {
+            const std::uint8_t* ink = &inks[4 * n];
+            const double stored = (10 * ink[0] + 20 * ink[1] + 30 * ink[2] + 40 * ink[3]) / 255.0;
+            EXPECT_NEAR(pixels[3 * n], StandardLevel(LightOf(adobe ? stored : 100 - stored)), 1)
+                << "pixel " << n << ", Adobe marker " << adobe;
+        }
     }
 }
 

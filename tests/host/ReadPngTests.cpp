@@ -1,5 +1,7 @@
 // PNG pictures of every form against a plain computation from the samples they were written from.
+#include "MakeExif.h"
 #include "MakePng.h"
+#include "MakeProfile.h"
 #include "PictureFromBytes.h"
 
 #include <gtest/gtest.h>
@@ -121,6 +123,48 @@ TEST(ReadPng, GammaLeavesValuesAloneAndTransparencyIsKeptOnlyWhenAPixelShowsIt) 
     EXPECT_EQ(PixelsOf(PictureFromBytes(MakePng(solid, {7, 255, 9, 255}))),
               (Bytes{7, 7, 7, 9, 9, 9}));
     EXPECT_EQ(PictureFromBytes(MakePng(solid, {7, 255, 9, 254})).kind, Picture::Kind::rgbAlpha);
+}
+
+TEST(ReadPng, ProfileIsApplied) {
+    using enum gif89::InputNotes::ProfileUse;
+    constexpr int kGrey = PNG_COLOR_TYPE_GRAY, kColor = PNG_COLOR_TYPE_RGB;
+    const int linear = StandardLevel(100 / 255.0), dark = StandardLevel(std::pow(100 / 255.0, 3));
+    const Bytes colors = MakeRgbProfile(1), greys = MakeGreyProfile(3);
+    const struct {
+        PngForm form;
+        std::vector<unsigned> pixel;
+        gif89::InputNotes::ProfileUse use;
+        int level;
+    } cases[] = {
+        {{.colorType = kColor, .profile = colors}, {100, 100, 100}, converted, linear},
+        {{.colorType = PNG_COLOR_TYPE_PALETTE, .palette = {{100, 100, 100}}, .profile = colors},
+         {0},
+         converted,
+         linear},
+        {{.colorType = kGrey, .profile = greys}, {100}, converted, dark},
+        {{.colorType = PNG_COLOR_TYPE_GRAY_ALPHA, .profile = greys}, {100, 9}, converted, dark},
+        {{.colorType = kColor, .standard = true}, {100, 100, 100}, same, 100},
+        {{.colorType = kColor, .profile = MakeStandardProfile()}, {100, 100, 100}, same, 100},
+        {{.colorType = kColor, .profileChunk = {"ICC\0\0junk", 9}}, {100, 100, 100}, unusable, 100},
+        {{.colorType = kGrey}, {100}, none, 100}};
+    for (const auto& each : cases) {
+        Picture picture = PictureFromBytes(MakePng(each.form, each.pixel));
+        EXPECT_EQ(picture.notes.profileUse, each.use);
+        ExpandToRGB(picture);
+        EXPECT_NEAR(picture.pixels[1], each.level, 1) << "color type " << each.form.colorType;
+    }
+}
+
+TEST(ReadPng, OrientationAndDepthAreNoted) {
+    const PngForm turned = {.columns = 2, .exif = MakeExif(6, ByteOrder::big)};
+    const Picture picture = PictureFromBytes(MakePng(turned, {1, 2}));
+    EXPECT_TRUE(picture.rows == 2 && picture.columns == 1 && picture.notes.oriented);
+    const PngForm deep = {.columns = 2, .depth = 16};
+    for (const unsigned sample : {257 * 9U, 257 * 9 + 1U}) {
+        const gif89::InputNotes notes = PictureFromBytes(MakePng(deep, {65535, sample})).notes;
+        EXPECT_EQ(notes.bits, 16);
+        EXPECT_EQ(notes.rounded, sample % 257 != 0);
+    }
 }
 
 TEST(ReadPng, CommentComesFromTheTexts) {

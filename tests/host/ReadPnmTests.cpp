@@ -73,6 +73,29 @@ TEST(ReadPnm, EveryMaximumRoundsToTheNearestLevel) {
     }
 }
 
+TEST(ReadPnm, NotesWhatWasRead) {
+    const struct {
+        std::string file;
+        const char* format;
+        int bits;
+        bool rounded;
+    } cases[] = {
+        {"P5 2 1 255 \x01\x02"s, "PGM", 8, false},
+        {"P5 1 1 15 \x07"s, "PGM", 4, false},
+        {"P6 1 1 100 abc"s, "PPM", 7, false},
+        {"P6 1 1 65535\n\x01\x01\xFF\xFF\x00\x00"s, "PPM", 16, false},
+        {"P6 1 1 65535\n\x01\x01\xFF\xFF\x00\x01"s, "PPM", 16, true},
+        {Pam(1, 2, 510, "ENDHDR\n\x01\xFE\x00\x02"s), "PAM", 9, false},
+        {Pam(1, 2, 510, "ENDHDR\n\x01\xFE\x00\x03"s), "PAM", 9, true},
+    };
+    for (const auto& c : cases) {
+        const gif89::InputNotes notes = PictureFromBytes(BytesOf(c.file)).notes;
+        EXPECT_EQ(notes.format, c.format) << c.file;
+        EXPECT_EQ(notes.bits, c.bits) << c.file;
+        EXPECT_EQ(notes.rounded, c.rounded) << c.file;
+    }
+}
+
 TEST(ReadPnm, RefusalsSayWhy) {
     const std::pair<std::string, const char*> cases[] = {
         {"P5 2 1 9 \x09\x0A"s, "a sample in row 0 is 10, above the largest value of 9"},

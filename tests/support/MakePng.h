@@ -21,6 +21,10 @@ struct PngForm {
     std::vector<std::uint8_t> opacities = {};     // of the palette's first entries
     std::optional<png_color_16> transparent = {}; // the color of grey and RGB pictures
     double gamma = 0;                             // 0 for none
+    bool standard = false;                        // declared to be sRGB
+    std::vector<std::uint8_t> profile = {};       // empty for none
+    std::string profileChunk = {};                // written as it stands; empty for none
+    std::vector<std::uint8_t> exif = {};          // empty for none
     std::vector<PngText> texts = {};              // behind the pixels
 };
 

@@ -1,0 +1,45 @@
+#include "ExifOrientation.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include <libexif/exif-data.h>
+
+namespace gif89 {
+
+namespace {
+
+constexpr std::uint8_t kIntroduction[] = {'E', 'x', 'i', 'f', 0, 0};
+
+struct ExifRelease {
+    void operator()(ExifData* data) const { exif_data_unref(data); }
+};
+
+// libexif wants the introduction, or takes the block for a whole JPEG file.
+std::vector<std::uint8_t> WithIntroduction(std::span<const std::uint8_t> exif) {
+    std::vector<std::uint8_t> block(exif.begin(), exif.end());
+    if (exif.size() < sizeof kIntroduction ||
+        !std::equal(std::begin(kIntroduction), std::end(kIntroduction), exif.begin()))
+        block.insert(block.begin(), std::begin(kIntroduction), std::end(kIntroduction));
+    return block;
+}
+
+} // namespace
+
+int ExifOrientation(std::span<const std::uint8_t> exif) {
+    const std::vector<std::uint8_t> block = WithIntroduction(exif);
+    if (block.size() > std::numeric_limits<unsigned>::max()) return 1;
+    const std::unique_ptr<ExifData, ExifRelease> data(
+        exif_data_new_from_data(block.data(), static_cast<unsigned>(block.size())));
+    if (!data) return 1;
+    // The other directories of a block describe its thumbnail. Integers of other widths have been
+    // brought to the right one by the library.
+    const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
+    if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) return 1;
+    const int orientation = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
+    return orientation >= 1 && orientation <= 8 ? orientation : 1;
+}
+
+} // namespace gif89

@@ -1,0 +1,131 @@
+#include "ReadWebp.h"
+
+#include "ExifOrientation.h"
+#include "Frame.h"
+#include "Problem.h"
+
+#include <memory>
+#include <webp/decode.h>
+#include <webp/demux.h>
+
+namespace gif89 {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+struct DeleteDemuxer {
+    void operator()(WebPDemuxer* demuxer) const { WebPDemuxDelete(demuxer); }
+};
+using Demuxer = std::unique_ptr<WebPDemuxer, DeleteDemuxer>;
+
+Problem DamageProblem(const std::string& what) {
+    return Problem("is a damaged WebP picture: " + what);
+}
+
+void CheckStatus(VP8StatusCode status) {
+    switch (status) {
+    case VP8_STATUS_OK:
+        return;
+    case VP8_STATUS_OUT_OF_MEMORY:
+        throw Problem("cannot be read: there is not enough memory to decode it");
+    case VP8_STATUS_SUSPENDED:
+    case VP8_STATUS_NOT_ENOUGH_DATA:
+        throw DamageProblem("its pixels end too early");
+    case VP8_STATUS_UNSUPPORTED_FEATURE:
+        throw DamageProblem("its pixels are stored in a way that the format does not have");
+    default:
+        throw DamageProblem("its pixels cannot be decoded");
+    }
+}
+
+Demuxer OpenFile(const Bytes& file) {
+    const WebPData data = {file.data(), file.size()};
+    WebPDemuxState state = WEBP_DEMUX_PARSE_ERROR;
+    Demuxer demuxer(WebPDemuxPartial(&data, &state));
+    if (demuxer && state == WEBP_DEMUX_DONE) return demuxer;
+    throw DamageProblem(state == WEBP_DEMUX_PARSE_ERROR ? "its chunks make no picture"
+                                                        : "the file ends before the picture does");
+}
+
+Bytes TakeChunk(const WebPDemuxer* demuxer, const char* name) {
+    WebPChunkIterator found;
+    Bytes bytes;
+    if (WebPDemuxGetChunk(demuxer, name, 1, &found) != 0)
+        bytes.assign(found.chunk.bytes, found.chunk.bytes + found.chunk.size);
+    WebPDemuxReleaseChunkIterator(&found);
+    return bytes;
+}
+
+InputNotes TakeNotes(const WebPDemuxer* demuxer) {
+    InputNotes notes;
+    notes.format = "WebP";
+    notes.pictures = static_cast<int>(WebPDemuxGetI(demuxer, WEBP_FF_FRAME_COUNT));
+    notes.profile = TakeChunk(demuxer, "ICCP");
+    notes.orientation = ExifOrientation(TakeChunk(demuxer, "EXIF"));
+    return notes;
+}
+
+/// Where the first picture lies on the canvas, and its data, which belong to the file.
+struct FirstPicture {
+    Frame frame;
+    WebPData data;
+};
+
+FirstPicture FindFirst(const WebPDemuxer* demuxer) {
+    WebPIterator found;
+    if (WebPDemuxGetFrame(demuxer, 1, &found) == 0) throw DamageProblem("it has no picture");
+    const FirstPicture first = {{.left = found.x_offset,
+                                 .top = found.y_offset,
+                                 .columns = found.width,
+                                 .rows = found.height},
+                                found.fragment};
+    WebPDemuxReleaseIterator(&found);
+    return first;
+}
+
+Plane PixelsOf(const Picture& picture) {
+    return {picture.pixels.get(), picture.rows, picture.columns, picture.BytesPerPixel()};
+}
+
+void DecodeFirst(const FirstPicture& first, const WebPBitstreamFeatures& features,
+                 const Picture& picture) {
+    WebPDecoderConfig config;
+    WebPInitDecoderConfig(&config);
+    config.input = features;
+    config.options.no_fancy_upsampling = 0;
+    config.options.dithering_strength = 0;
+    config.options.alpha_dithering_strength = 0;
+    config.output.colorspace = picture.kind == Picture::Kind::rgb ? MODE_RGB : MODE_RGBA;
+    config.output.is_external_memory = 1;
+    std::uint8_t* const place = PixelsOf(picture).At(first.frame.top, first.frame.left);
+    std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
+    config.output.u.RGBA = {place, static_cast<int>(picture.RowBytes()),
+                            static_cast<std::size_t>(end - place)};
+    CheckStatus(WebPDecode(first.data.bytes, first.data.size, &config));
+}
+
+} // namespace
+
+Picture ReadWebp(InputFile& input) {
+    const Bytes file = input.ReadRest();
+    const Demuxer demuxer = OpenFile(file);
+    const auto rows = static_cast<int>(WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT));
+    const auto columns = static_cast<int>(WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_WIDTH));
+    const FirstPicture first = FindFirst(demuxer.get());
+    WebPBitstreamFeatures features;
+    CheckStatus(WebPGetFeatures(first.data.bytes, first.data.size, &features));
+    if (features.width != first.frame.columns || features.height != first.frame.rows)
+        throw DamageProblem("its first frame does not have the sides that it states");
+
+    const bool opaque = first.frame.Covers(rows, columns) && features.has_alpha == 0;
+    Picture picture =
+        MakePicture(opaque ? Picture::Kind::rgb : Picture::Kind::rgbAlpha, rows, columns);
+    picture.notes = TakeNotes(demuxer.get());
+    DecodeFirst(first, features, picture);
+    FillAround(PixelsOf(picture), first.frame, 0);
+    DropOpaqueAlpha(picture);
+    return picture;
+}
+
+} // namespace gif89

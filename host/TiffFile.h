@@ -1,0 +1,55 @@
+// A TIFF file in memory, as libtiff sees it, with its complaints turned into problems.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <tiffio.h>
+
+namespace gif89 {
+
+/// Opens the first picture. The library prints nothing: its first error, and the warnings that
+/// tell of missing or wrong pixels, are kept for Check.
+class TiffFile {
+  public:
+    /// What libtiff may ask for at once; more is refused.
+    static constexpr std::int64_t kLargestBlock = 256 << 20;
+
+    /// @param bytes the whole file, which must outlive this object; it is not changed
+    ///
+    /// Throws Problem when the directory of the first picture is damaged.
+    explicit TiffFile(std::span<const std::uint8_t> bytes);
+    TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
+    ~TiffFile();
+
+    TIFF* Get() const { return tiff; }
+
+    /// Throws Problem with the library's first complaint when there was one, or when a call of the
+    /// library is said to have failed.
+    void Check(bool succeeded = true) const;
+
+    /// The value of a field of one number, or the one that stands in for a missing field.
+    template <typename Number> Number Field(std::uint32_t tag, Number missing) const {
+        Number value = missing;
+        return TIFFGetFieldDefaulted(tiff, tag, &value) != 0 ? value : missing;
+    }
+
+  private:
+    void Open(TIFFOpenOptions* options);
+    static int OnError(TIFF*, void* file, const char* module, const char* format, va_list values);
+    static int OnWarning(TIFF*, void* file, const char* module, const char* format, va_list values);
+    static tmsize_t OnRead(thandle_t file, void* into, tmsize_t count);
+    static tmsize_t OnWrite(thandle_t, void*, tmsize_t) { return 0; }
+    static toff_t OnSeek(thandle_t file, toff_t offset, int from);
+    static toff_t OnSize(thandle_t file);
+    static int OnClose(thandle_t) { return 0; }
+    static int OnMap(thandle_t file, void** first, toff_t* count);
+    static void OnUnmap(thandle_t, void*, toff_t) {}
+
+    std::span<const std::uint8_t> content;
+    toff_t position = 0;
+    TIFF* tiff = nullptr;
+    char complaint[400] = "";
+};
+
+} // namespace gif89
