@@ -327,6 +327,7 @@ TEST_F(CommandLine, WritesNothingWhereAConditionIsNotMet) {
     folder.Write("deep.ppm", std::string("P6 1 1 65535\n\x01\x02\x01\x01\x03\x03", 19));
     const std::tuple<Names, int> cases[] = {
         {{"lossless", "few.ppm"}, 0},        {{"lossless", "noise.ppm"}, 3},
+        {{"lossless", "soft.pam"}, 3},       {{"lossless", "deep.ppm"}, 3},
         {{"max-error=255", "noise.ppm"}, 0}, {{"max-error=10", "noise.ppm"}, 3},
         {{"max-error=255", "soft.pam"}, 3},  {{"max-error=0", "few.ppm"}, 0},
         {{"max-error=256", "few.ppm"}, 2},   {{"beauty", "few.ppm"}, 2}};
