@@ -163,9 +163,13 @@ constexpr OptionGroup kGroups[] = {
     {"Output", kOutputOptions}, {"Colours", kWayOptions},   {"Transparency", kTransparencyOptions},
     {"File", kFileOptions},     {"Report", kReportOptions}, {"Other", kOtherOptions}};
 
+// What getopt_long answers for a long option: its place in the table, above all letters.
+constexpr int kFirstPlace = 256;
+
 std::string DescribeRefused(int answer, char** argv) {
+    const bool isLetter = optopt != 0 && optopt < kFirstPlace;
     const std::string word =
-        optopt != 0 ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
+        isLetter ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
     if (answer == ':') return "option " + word + " needs a value";
     return "option " + word + " is not known or takes no value";
 }
@@ -173,7 +177,6 @@ std::string DescribeRefused(int answer, char** argv) {
 // Applies the options in their order; what is left are the inputs.
 void ApplyOptions(int argc, char** argv, Options& options) {
     // Options are told apart by their place in `all`, for those with a letter as well.
-    constexpr int kFirstPlace = 256;
     std::string letters = ":";
     std::vector<const Option*> all;
     std::vector<option> names;

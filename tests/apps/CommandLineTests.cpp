@@ -140,6 +140,8 @@ TEST_F(CommandLine, RefusesWrongUsageWithCodeTwo) {
         EXPECT_EQ(run.output, "");
     }
     EXPECT_EQ(folder.Names(), Names{"a.ppm"});
+    EXPECT_TRUE(Contains(Run({"--quiet=yes", "a.ppm"}).errors, "option --quiet=yes is not"));
+    EXPECT_TRUE(Contains(Run({"a.ppm", "--output"}).errors, "option --output needs a value"));
     EXPECT_EQ(Run({"--help"}).exitCode, 0);
     EXPECT_TRUE(Run({"--version"}).output.starts_with("gif89 "));
 }
