@@ -1,17 +1,11 @@
 #include "ReadBmp.h"
 
-#include "BmpDecoder.h"
-#include "ExportModule.h"
 #include "Problem.h"
-
-#include <dlfcn.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <span>
 #include <utility>
 
@@ -23,18 +17,33 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kInfo = 14;              // where the second header starts, behind the file's
 constexpr std::uint32_t kOldestInfoBytes = 12; // the only version with words for sides
-constexpr std::uint32_t kAlphaInfoBytes = 56;  // from here on with a mask for alpha
+constexpr std::uint32_t kShortestInfoBytes = 16; // of the others; fields may be cut off
+constexpr std::uint32_t kAlphaInfoBytes = 56;    // from here on with a mask for alpha
 constexpr std::uint32_t kVersion5InfoBytes = 124;
-constexpr std::uint32_t kBitFields = 3, kAlphaBitFields = 6; // compressions that are none
-constexpr std::uint32_t kEmbeddedProfile = 0x4D424544;       // 'MBED'
+constexpr std::uint32_t kEmbeddedProfile = 0x4D424544; // 'MBED'
+
+enum Compression : std::uint32_t { // BI_RGB and so on
+    kPlain = 0,
+    kRuns8 = 1,
+    kRuns4 = 2,
+    kMasks = 3,
+    kMasksWithAlpha = 6
+};
 
 struct Header {
-    std::uint32_t pixelsOffset = 0;
+    std::size_t firstPixel = 0; // offset in the file
     std::uint32_t infoBytes = 0;
     long long columns = 0, rows = 0;
     bool topDown = false;
     int bits = 0; // of a pixel
-    std::uint32_t compression = 0;
+    std::uint32_t compression = kPlain;
+    std::uint32_t colors = 0; // in the table; 0 for as many as there can be
+
+    bool HasTable() const { return bits <= 8; }
+    std::size_t RowBytes() const {
+        return static_cast<std::size_t>((columns * bits + 31) / 32 * 4);
+    }
+    std::size_t EntryBytes() const { return infoBytes == kOldestInfoBytes ? 3 : 4; }
 };
 
 /// The bits of a pixel's word that make one sample.
@@ -49,9 +58,12 @@ Problem DamageProblem(const std::string& what) {
     return Problem("is a damaged BMP picture: " + what);
 }
 
+Problem EndProblem() {
+    return DamageProblem("the file ends before the picture does");
+}
+
 std::uint32_t ReadLE(const Bytes& file, std::size_t offset, int bytes) {
-    if (offset + static_cast<std::size_t>(bytes) > file.size())
-        throw DamageProblem("the file ends inside its headers");
+    if (offset + static_cast<std::size_t>(bytes) > file.size()) throw EndProblem();
     std::uint32_t value = 0;
     for (int n = bytes - 1; n >= 0; --n)
         value = value << 8 | file[offset + static_cast<std::size_t>(n)];
@@ -60,21 +72,40 @@ std::uint32_t ReadLE(const Bytes& file, std::size_t offset, int bytes) {
 
 Header ReadHeader(const Bytes& file) {
     Header header;
-    header.pixelsOffset = ReadLE(file, 10, 4); // bfOffBits
-    header.infoBytes = ReadLE(file, kInfo, 4); // biSize
+    header.infoBytes = ReadLE(file, kInfo, 4);                     // biSize
+    header.firstPixel = std::max<std::size_t>(ReadLE(file, 10, 4), // bfOffBits
+                                              kInfo + std::size_t{header.infoBytes});
     if (header.infoBytes == kOldestInfoBytes) {
         header.columns = ReadLE(file, kInfo + 4, 2);                 // bcWidth
         header.rows = ReadLE(file, kInfo + 6, 2);                    // bcHeight
         header.bits = static_cast<int>(ReadLE(file, kInfo + 10, 2)); // bcBitCount
         return header;
     }
-    const auto rows = static_cast<std::int32_t>(ReadLE(file, kInfo + 8, 4)); // biHeight
-    header.columns = static_cast<std::int32_t>(ReadLE(file, kInfo + 4, 4));  // biWidth
+    if (header.infoBytes < kShortestInfoBytes)
+        throw DamageProblem("its header has " + std::to_string(header.infoBytes) + " bytes");
+    const auto field = [&](std::size_t offset) {
+        return offset + 4 <= header.infoBytes ? ReadLE(file, kInfo + offset, 4) : 0;
+    };
+    const auto rows = static_cast<std::int32_t>(field(8)); // biHeight
+    header.columns = static_cast<std::int32_t>(field(4));  // biWidth
     header.rows = std::abs(static_cast<long long>(rows));
     header.topDown = rows < 0;
-    header.bits = static_cast<int>(ReadLE(file, kInfo + 14, 2)); // biBitCount
-    header.compression = ReadLE(file, kInfo + 16, 4);            // biCompression
+    header.bits = static_cast<int>(field(12) >> 16); // biBitCount
+    header.compression = field(16);                  // biCompression
+    header.colors = field(32);                       // biClrUsed
     return header;
+}
+
+void CheckForm(const Header& header) {
+    constexpr std::pair<std::uint32_t, int> kForms[] = {
+        {kPlain, 1},  {kPlain, 2},           {kPlain, 4},          {kPlain, 8}, {kPlain, 16},
+        {kPlain, 24}, {kPlain, 32},          {kRuns8, 8},          {kRuns4, 4}, {kMasks, 16},
+        {kMasks, 32}, {kMasksWithAlpha, 16}, {kMasksWithAlpha, 32}};
+    if (std::find(std::begin(kForms), std::end(kForms),
+                  std::pair(header.compression, header.bits)) == std::end(kForms))
+        throw Problem("is a BMP picture of " + std::to_string(header.bits) +
+                      " bits a pixel with compression number " +
+                      std::to_string(header.compression) + ", which is not known");
 }
 
 std::span<const std::uint8_t> FindProfile(const Bytes& file, const Header& header) {
@@ -82,27 +113,40 @@ std::span<const std::uint8_t> FindProfile(const Bytes& file, const Header& heade
     if (ReadLE(file, kInfo + 56, 4) != kEmbeddedProfile) return {};  // bV5CSType
     const std::size_t offset = kInfo + ReadLE(file, kInfo + 112, 4); // bV5ProfileData
     const std::size_t size = ReadLE(file, kInfo + 116, 4);           // bV5ProfileSize
-    if (offset + size > file.size()) throw DamageProblem("the file ends before its profile does");
+    if (offset + size > file.size()) throw EndProblem();
     return std::span(file).subspan(offset, size);
 }
 
 Masks ReadMasks(const Bytes& file, const Header& header) {
+    if (header.compression == kPlain && header.bits == 16)
+        return {{{0x7C00}, {0x3E0}, {0x1F}, {0}}};
+    if (header.compression == kPlain) return {{{0xFF0000}, {0xFF00}, {0xFF}, {0}}};
     Masks masks;
-    if (header.compression == 0 && header.bits == 16) return {{{0x7C00}, {0x3E0}, {0x1F}, {0}}};
-    if (header.compression == 0) return {{{0xFF0000}, {0xFF00}, {0xFF}, {0}}};
     const bool hasAlpha =
-        header.infoBytes >= kAlphaInfoBytes || header.compression == kAlphaBitFields;
+        header.infoBytes >= kAlphaInfoBytes || header.compression == kMasksWithAlpha;
     for (std::size_t n = 0; n < (hasAlpha ? 4 : 3); ++n)
-        masks[n].bits = ReadLE(file, kInfo + 40 + 4 * n, 4); // biRedMask and so on
-    for (std::size_t n = 0; n < 3; ++n)
-        if (masks[n].bits == 0) throw DamageProblem("a color has no bits");
+        masks[n].bits = ReadLE(file, kInfo + 40 + 4 * n, 4); // bV4RedMask and so on
+    if (masks[0].bits == 0 || masks[1].bits == 0 || masks[2].bits == 0)
+        throw DamageProblem("a color has no bits");
     return masks;
 }
 
-/// Reads the pictures of 16 and 32 bits a pixel, which the library would not scale to full range.
-class MaskedReader {
+/// The bytes of a stored row, the first of which may be the picture's last.
+const std::uint8_t* StoredRow(const Bytes& file, const Header& header, int row) {
+    const auto place = static_cast<std::size_t>(header.topDown ? row : header.rows - 1 - row);
+    return file.data() + header.firstPixel + place * header.RowBytes();
+}
+
+void CheckRows(const Bytes& file, const Header& header) {
+    const std::size_t wanted = static_cast<std::size_t>(header.rows) * header.RowBytes();
+    if (file.size() < header.firstPixel || file.size() - header.firstPixel < wanted)
+        throw EndProblem();
+}
+
+/// Reads pictures of 16, 24 and 32 bits a pixel.
+class ColorReader {
   public:
-    MaskedReader(const Bytes& bytes, const Header& fileHeader)
+    ColorReader(const Bytes& bytes, const Header& fileHeader)
         : file(bytes), header(fileHeader), masks(ReadMasks(file, header)) {}
     Picture Read();
 
@@ -116,29 +160,21 @@ class MaskedReader {
     Picture picture;
 };
 
-Picture MaskedReader::Read() {
+Picture ColorReader::Read() {
     const bool hasAlpha = masks[3].bits != 0;
     picture = MakePicture(hasAlpha ? Picture::Kind::rgbAlpha : Picture::Kind::rgb, header.rows,
                           header.columns);
-    const auto rows = static_cast<std::size_t>(picture.rows);
-    const std::size_t rowBytes =
-        (static_cast<std::size_t>(picture.columns) * static_cast<std::size_t>(header.bits) / 8 +
-         3) /
-        4 * 4;
-    const std::size_t first =
-        std::max<std::size_t>(header.pixelsOffset, kInfo + std::size_t{header.infoBytes});
-    if (file.size() < first + rows * rowBytes)
-        throw DamageProblem("the file ends before the picture does");
-    for (std::size_t row = 0; row < rows; ++row)
-        ReadRow(file.data() + first + (header.topDown ? row : rows - 1 - row) * rowBytes,
-                picture.pixels.get() + row * picture.RowBytes());
+    CheckRows(file, header);
+    for (int row = 0; row < picture.rows; ++row)
+        ReadRow(StoredRow(file, header, row),
+                picture.pixels.get() + static_cast<std::size_t>(row) * picture.RowBytes());
     picture.notes.bits = 0;
     for (const Mask& mask : masks)
         picture.notes.bits = std::max(picture.notes.bits, std::popcount(mask.bits));
     return std::move(picture);
 }
 
-void MaskedReader::ReadRow(const std::uint8_t* from, std::uint8_t* to) {
+void ColorReader::ReadRow(const std::uint8_t* from, std::uint8_t* to) {
     const int samples = picture.BytesPerPixel();
     for (int column = 0; column < picture.columns; ++column) {
         std::uint32_t word = 0;
@@ -148,86 +184,155 @@ void MaskedReader::ReadRow(const std::uint8_t* from, std::uint8_t* to) {
     }
 }
 
-std::uint8_t MaskedReader::Level(std::uint32_t word, const Mask& mask) {
+std::uint8_t ColorReader::Level(std::uint32_t word, const Mask& mask) {
     const std::uint64_t maximum = mask.Maximum();
     const std::uint64_t scaled = std::uint64_t{(word & mask.bits) >> mask.Shift()} * 255;
     if (maximum > 255 && scaled % maximum != 0) picture.notes.rounded = true;
     return static_cast<std::uint8_t>((scaled + maximum / 2) / maximum);
 }
 
-DecodeBmpProc* LoadDecoder() {
-    const std::filesystem::path module = ExportModule::DefaultPath();
-    const std::string path = module.parent_path() / kBmpDecoderLibrary;
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!library)
-        throw Problem(std::string("cannot be read: the part for BMP pictures does not load: ") +
-                      dlerror());
-    auto* const decode = reinterpret_cast<DecodeBmpProc*>(dlsym(library, kDecodeBmpSymbol));
-    if (!decode) throw Problem("cannot be read: " + path + " is no part for BMP pictures");
-    return decode;
-}
+/// Unpacks runs into a picture's indices.
+class RunReader {
+  public:
+    RunReader(const Bytes& bytes, const Header& fileHeader, const Picture& target)
+        : file(bytes), header(fileHeader), picture(target), next(header.firstPixel) {}
 
-std::unique_ptr<DecodedBmp> Decode(const Bytes& file) {
-    static DecodeBmpProc* const decode = LoadDecoder();
-    char reason[200] = "";
-    std::unique_ptr<DecodedBmp> decoded(decode(file.data(), file.size(), reason, sizeof reason));
-    if (!decoded) throw DamageProblem(reason);
-    return decoded;
-}
-
-const std::uint8_t* RowOf(const DecodedBmp& decoded, int row) {
-    return decoded.pixels + row * decoded.rowBytes;
-}
-
-void SetTable(Picture& picture, const DecodedBmp& decoded) {
-    picture.colors = std::clamp(decoded.tableColors, 1, 256);
-    for (int index = 0; index < decoded.tableColors; ++index)
-        SetTableEntry(picture.table, index, UnpackColor(decoded.table[index] & 0xFFFFFF));
-}
-
-void CopyIndices(Picture& picture, const DecodedBmp& decoded) {
-    std::uint8_t* to = picture.pixels.get();
-    for (int row = 0; row < picture.rows; ++row) {
-        const std::uint8_t* const from = RowOf(decoded, row);
-        for (int column = 0; column < picture.columns; ++column)
-            *to++ = decoded.form == DecodedBmp::Form::indices
-                        ? from[column]
-                        : from[column / 8] >> (7 - column % 8) & 1;
+    void Read() {
+        while (ReadRun()) {
+        }
+        SkipTo(picture.rows, 0); // only now, so that a small damaged file costs no memory
     }
-    const int highest = *std::max_element(picture.pixels.get(), to);
-    if (highest >= picture.colors)
-        throw DamageProblem("a pixel has color " + std::to_string(highest) + " of a table of " +
-                            std::to_string(picture.colors));
+
+  private:
+    bool ReadRun();
+    bool ReadEscape(int code);
+    void ReadPixels(int count);
+    std::uint8_t* Place() const;
+    void Put(int index);
+    void SkipTo(int toRow, int toColumn);
+    int Byte() {
+        if (next >= file.size()) throw EndProblem();
+        return file[next++];
+    }
+    // Of a byte that stands for one pixel or, high bits first, for two.
+    int IndexOf(int byte, int n) const {
+        if (header.compression == kRuns8) return byte;
+        return n % 2 == 0 ? byte >> 4 : byte & 15;
+    }
+
+    const Bytes& file;
+    const Header& header;
+    const Picture& picture;
+    std::size_t next;        // byte in the file
+    int row = 0, column = 0; // of the next pixel, in the order of the file
+};
+
+// A count and what to repeat, or 0 and a code. False at the end of the picture.
+bool RunReader::ReadRun() {
+    const int count = Byte();
+    const int value = Byte();
+    if (count == 0) return ReadEscape(value);
+    for (int n = 0; n < count; ++n) Put(IndexOf(value, n));
+    return true;
 }
 
-void CopyColors(Picture& picture, const DecodedBmp& decoded) {
+bool RunReader::ReadEscape(int code) {
+    constexpr int kEndOfRow = 0, kEndOfPicture = 1, kStep = 2;
+    switch (code) {
+    case kEndOfRow:
+        SkipTo(row + 1, 0);
+        return true;
+    case kEndOfPicture:
+        return false;
+    case kStep: {
+        const int right = Byte();
+        const int down = Byte();
+        SkipTo(row + down, column + right);
+        return true;
+    }
+    default:
+        ReadPixels(code);
+        return true;
+    }
+}
+
+// As many pixels as they are, up to a whole word.
+void RunReader::ReadPixels(int count) {
+    const std::size_t first = next;
+    const int perByte = header.compression == kRuns8 ? 1 : 2;
+    for (int n = 0, byte = 0; n < count; ++n) {
+        if (n % perByte == 0) byte = Byte();
+        Put(IndexOf(byte, n));
+    }
+    if ((next - first) % 2 != 0) Byte();
+}
+
+std::uint8_t* RunReader::Place() const {
+    const auto place = static_cast<std::size_t>(header.topDown ? row : picture.rows - 1 - row);
+    return picture.pixels.get() + place * picture.RowBytes() + column;
+}
+
+// There are writers that pack the bytes that pad a row as well; they are dropped.
+void RunReader::Put(int index) {
+    if (row >= picture.rows) throw DamageProblem("a run leaves the picture");
+    if (column < picture.columns) {
+        *Place() = static_cast<std::uint8_t>(index);
+        ++column;
+    }
+}
+
+void RunReader::SkipTo(int toRow, int toColumn) {
+    const auto skip = [this](int to) {
+        if (to <= column) return;
+        std::fill_n(Place(), to - column, std::uint8_t{0});
+        column = to;
+    };
+    for (; row < std::min(toRow, picture.rows); ++row, column = 0) skip(picture.columns);
+    if (row < picture.rows) skip(std::min(toColumn, picture.columns));
+}
+
+void SetTable(const Bytes& file, const Header& header, Picture& picture) {
+    const std::size_t first = kInfo + std::size_t{header.infoBytes};
+    // Files of the oldest version may leave out the last entries without saying so.
+    const std::size_t room = (header.firstPixel - first) / header.EntryBytes();
+    const std::size_t most = std::min<std::size_t>(std::size_t{1} << header.bits, room);
+    const std::size_t colors =
+        header.colors == 0 ? most : std::min<std::size_t>(most, header.colors);
+    if (colors == 0) throw DamageProblem("there is no color table");
+    picture.colors = static_cast<int>(colors);
+    for (int index = 0; index < picture.colors; ++index) {
+        const std::size_t entry = first + static_cast<std::size_t>(index) * header.EntryBytes();
+        const std::uint32_t color = ReadLE(file, entry, 3); // rgbBlue, rgbGreen, rgbRed
+        SetTableEntry(picture.table, index, UnpackColor(color));
+    }
+}
+
+void UnpackRows(const Bytes& file, const Header& header, const Picture& picture) {
+    CheckRows(file, header);
+    const int perByte = 8 / header.bits, mask = (1 << header.bits) - 1;
     std::uint8_t* to = picture.pixels.get();
     for (int row = 0; row < picture.rows; ++row) {
-        const std::uint8_t* from = RowOf(decoded, row);
-        for (int column = 0; column < picture.columns; ++column, from += 4) {
-            std::uint32_t color = 0;
-            std::memcpy(&color, from, 4);
-            *to++ = static_cast<std::uint8_t>(color >> 16);
-            *to++ = static_cast<std::uint8_t>(color >> 8);
-            *to++ = static_cast<std::uint8_t>(color);
+        const std::uint8_t* const from = StoredRow(file, header, row);
+        for (int column = 0; column < picture.columns; ++column) {
+            const int shift = (perByte - 1 - column % perByte) * header.bits;
+            *to++ = static_cast<std::uint8_t>(from[column / perByte] >> shift & mask);
         }
     }
 }
 
-Picture ReadThroughLibrary(const Bytes& file, const Header& header) {
-    // Sees to the sides before the library asks for memory.
-    MakePicture(Picture::Kind::rgbAlpha, header.rows, header.columns);
-    const std::unique_ptr<DecodedBmp> decoded = Decode(file);
-    const bool hasTable = decoded->form != DecodedBmp::Form::colors;
-    Picture picture = MakePicture(hasTable ? Picture::Kind::indexed : Picture::Kind::rgb,
-                                  decoded->rows, decoded->columns);
-    if (hasTable) {
-        SetTable(picture, *decoded);
-        CopyIndices(picture, *decoded);
-    } else {
-        CopyColors(picture, *decoded);
-    }
-    picture.notes.bits = std::min(header.bits, 8);
+Picture ReadIndexed(const Bytes& file, const Header& header) {
+    Picture picture = MakePicture(Picture::Kind::indexed, header.rows, header.columns);
+    SetTable(file, header, picture);
+    if (header.compression == kPlain)
+        UnpackRows(file, header, picture);
+    else
+        RunReader(file, header, picture).Read();
+    const std::uint8_t* const first = picture.pixels.get();
+    const int highest = *std::max_element(first, first + picture.PixelBytes());
+    if (highest >= picture.colors)
+        throw DamageProblem("a pixel has color " + std::to_string(highest) + " of a table of " +
+                            std::to_string(picture.colors));
+    picture.notes.bits = header.bits;
     return picture;
 }
 
@@ -236,10 +341,9 @@ Picture ReadThroughLibrary(const Bytes& file, const Header& header) {
 Picture ReadBmp(InputFile& input) {
     const Bytes file = input.ReadRest();
     const Header header = ReadHeader(file);
-    const bool masked = (header.bits == 16 || header.bits == 32) &&
-                        (header.compression == 0 || header.compression == kBitFields ||
-                         header.compression == kAlphaBitFields);
-    Picture picture = masked ? MaskedReader(file, header).Read() : ReadThroughLibrary(file, header);
+    CheckForm(header);
+    Picture picture =
+        header.HasTable() ? ReadIndexed(file, header) : ColorReader(file, header).Read();
     DropOpaqueAlpha(picture);
     picture.notes.format = "BMP";
     const std::span<const std::uint8_t> profile = FindProfile(file, header);

@@ -106,7 +106,8 @@ Picture GifReader::Read() {
     Finish();
     picture.comment = std::move(comment);
     picture.notes.format = "GIF";
-    picture.notes.bits = std::bit_width(static_cast<unsigned>(picture.colors - 1));
+    picture.notes.bits =
+        static_cast<int>(std::bit_width(static_cast<unsigned>(picture.colors - 1)));
     picture.notes.pictures = pictures;
     return std::move(picture);
 }

@@ -70,7 +70,8 @@ TiffLayout ReadLayout(const TiffFile& file) {
     layout.bits = file.Field(TIFFTAG_BITSPERSAMPLE, layout.bits);
     layout.samples = file.Field(TIFFTAG_SAMPLESPERPIXEL, layout.samples);
     layout.sampleFormat = file.Field(TIFFTAG_SAMPLEFORMAT, layout.sampleFormat);
-    layout.photometric = file.Field(TIFFTAG_PHOTOMETRIC, layout.photometric);
+    if (TIFFGetField(file.Get(), TIFFTAG_PHOTOMETRIC, &layout.photometric) == 0)
+        throw Problem("is a damaged TIFF picture: it does not say what its samples mean");
     layout.compression = file.Field(TIFFTAG_COMPRESSION, layout.compression);
     layout.separate = file.Field(TIFFTAG_PLANARCONFIG, std::uint16_t{PLANARCONFIG_CONTIG}) ==
                       PLANARCONFIG_SEPARATE;
@@ -87,10 +88,11 @@ void CheckLayout(const TiffFile& file, const TiffLayout& layout) {
         TIFFIsCODECConfigured(layout.compression) == 0)
         refuse("with compression number " + std::to_string(layout.compression) +
                ", which is not known");
-    if (IsLeftToLibrary(layout)) return;
+    if (IsLeftToLibrary(layout) && layout.samples == 3) return;
     if (!layout.form)
-        refuse("of photometric interpretation " + std::to_string(layout.photometric) +
-               "; grey, palette, RGB, CMYK and YCbCr are expected");
+        refuse("of photometric interpretation " + std::to_string(layout.photometric) + " and " +
+               std::to_string(layout.samples) +
+               " samples a pixel; grey, palette, RGB, CMYK or YCbCr without more is expected");
     if (layout.sampleFormat != SAMPLEFORMAT_UINT && layout.sampleFormat != SAMPLEFORMAT_VOID)
         refuse("of signed or floating-point samples; unsigned ones are expected");
     const int mostBits = layout.photometric == PHOTOMETRIC_PALETTE ? 8 : 16;
@@ -131,7 +133,7 @@ std::string TakeComment(const TiffFile& file) {
 /// writers who put their 8 bits into the low or the high byte.
 enum class TableRange : std::uint8_t { whole, lowByte, highByte };
 
-TableRange FindRange(std::span<const std::uint16_t* const> channels, int colors) {
+TableRange FindRange(std::span<std::uint16_t* const> channels, int colors) {
     unsigned low = 0, high = 0;
     for (const std::uint16_t* const channel : channels)
         for (int index = 0; index < colors; ++index) {
@@ -269,7 +271,8 @@ void SampleReader::MakeBuffers(std::uint64_t bufferBytes, std::uint64_t rowBytes
     const std::uint64_t rowSamples =
         std::uint64_t{rowPixels} * static_cast<std::uint64_t>(samplesOfPlane);
     file.Check(bufferBytes >= rowBytes && rowBytes >= (rowSamples * layout.bits + 7) / 8);
-    buffers.assign(planeCount, std::vector<std::uint8_t>(bufferBytes));
+    buffers.resize(planeCount);
+    for (std::vector<std::uint8_t>& buffer : buffers) buffer.resize(bufferBytes);
     samples.resize(std::size_t{std::min(rowPixels, layout.columns)} * layout.samples);
 }
 

@@ -91,7 +91,8 @@ TEST(InputFile, AnErrorInTheMiddleIsNotTheEnd) {
     for (const std::string& sent :
          {std::string("P5 9 9 255\nabcdefghijklm"),
           std::string("\x89PNG\r\n\x1a\n\0\0\0\x0dIHDR", 16),
-          std::string("\xFF\xD8\xFF\xE0\0\x10JFIF\0\x01\x01\0\0\x01", 16)}) {
+          std::string("\xFF\xD8\xFF\xE0\0\x10JFIF\0\x01\x01\0\0\x01", 16),
+          std::string("GIF89a\x02\0\x02\0\x80\0\0", 13), std::string("II*\0\x08\0\0\0", 8)}) {
         int ends[2];
         ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
         ASSERT_EQ(write(ends[0], sent.data(), sent.size()), static_cast<ssize_t>(sent.size()));
@@ -102,4 +103,9 @@ TEST(InputFile, AnErrorInTheMiddleIsNotTheEnd) {
         EXPECT_EQ(ReasonOf([&] { ReadPicture(input); }), "cannot be read: Connection reset by peer")
             << sent;
     }
+}
+
+TEST(InputFile, EndlessRestIsRefused) {
+    EXPECT_EQ(ReasonOf([] { InputFile::Open("/dev/zero").ReadRest(3 << 20); }),
+              "has more than 3 megabytes");
 }
