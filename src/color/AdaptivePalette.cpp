@@ -1,13 +1,14 @@
-// The histogram passes, the median cut, and the order of the palette it yields.
+// The median cut and the order of the palette it yields.
 #include "AdaptivePalette.h"
 
-#include "Composite.h"
 #include "HostUtilities.h"
+#include "PixelVector.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -15,33 +16,61 @@ constexpr int kCells = 32; // along each channel
 constexpr int kLargestPalette = 256;
 constexpr RGBtuple kWhite = {0, 255, 255, 255};
 
-// Calls `count` with every pixel of a band.
-template <int kPixelBytes, class CountPixel>
-void ForEachPixel(const Rect& area, std::int32_t rowBytes, const std::uint8_t* data,
-                  CountPixel count) {
-    const int rows = area.bottom - area.top;
-    const int columns = area.right - area.left;
-    for (int y = 0; y < rows; ++y) {
-        const std::uint8_t* pixel = data + std::ptrdiff_t{y} * rowBytes;
-        for (int x = 0; x < columns; ++x, pixel += kPixelBytes) count(pixel);
+// Calls `call` with each of the numbers as a constant, so that what it indexes stays in registers.
+template <std::size_t... kNumber, class Call>
+void ForEachOf(std::index_sequence<kNumber...>, Call call) {
+    (call(std::integral_constant<std::size_t, kNumber>{}), ...);
+}
+
+// ProjectBox for a box whose blue cells lie in kGroups groups of four. A group is added at once,
+// cells outside of the box as zeros, and sums along blue stay in four parts until the end; the
+// plain way is to add every count to three sums in memory.
+template <std::size_t kGroups>
+void ProjectGroups(int redLo, int redHi, int greenLo, int greenHi, int blueLo, int blueHi,
+                   std::int32_t* redProj, std::int32_t* greenProj, std::int32_t* blueProj,
+                   const std::uint32_t histogram[32][32][32]) {
+    const int firstCell = blueLo / 4 * 4, lastGroup = blueHi / 4 * 4;
+    const CountVector fromLo = CountVector::Range(blueLo - firstCell, 3);
+    const CountVector upToHi = CountVector::Range(0, blueHi - lastGroup);
+    CountVector blueSums[kGroups], greenSums[kCells];
+    constexpr auto kEach = std::make_index_sequence<kGroups>{};
+    ForEachOf(kEach, [&](auto k) { blueSums[k] = CountVector::Zero(); });
+    for (int g = greenLo; g <= greenHi; ++g) greenSums[g] = CountVector::Zero();
+
+    for (int r = redLo; r <= redHi; ++r) {
+        CountVector redSum = CountVector::Zero();
+        for (int g = greenLo; g <= greenHi; ++g) {
+            const std::uint32_t* row = histogram[r][g] + firstCell;
+            CountVector rowSum = CountVector::Zero();
+            ForEachOf(kEach, [&](auto k) {
+                CountVector counts = CountVector::Load(row + 4 * k);
+                if (k == 0) counts = counts & fromLo;
+                if (k == kGroups - 1) counts = counts & upToHi;
+                blueSums[k] = blueSums[k] + counts;
+                rowSum = rowSum + counts;
+            });
+            greenSums[g] = greenSums[g] + rowSum;
+            redSum = redSum + rowSum;
+        }
+        redProj[r] = redSum.Sum();
     }
+    for (int g = greenLo; g <= greenHi; ++g) greenProj[g] = greenSums[g].Sum();
+    ForEachOf(kEach, [&](auto k) { blueSums[k].Store(blueProj + firstCell + 4 * k); });
 }
 
 // The list of boxes grows up to `target`. The box with the longest side is cut next, whatever its
-// pixels: ties go to the earlier box, then to red before green before blue.
+// pixels: ties go to the earlier box, then to red before green before blue. A cut makes no side
+// longer, so one walk over the growing list for each length, from the longest down, meets the sides
+// in just that order; looking through all boxes before every cut is what this replaces.
 int CutBoxes(HistRange* boxes, int target, const std::uint32_t histogram[32][32][32]) {
     int made = 1;
-    while (made < target) {
-        int longestBox = 0, longestChannel = 0;
+    for (int span = kCells - 1; span > 0; --span) // boxes of single cells stay as they are
         for (int i = 0; i < made; ++i)
-            for (int c = 0; c < 3; ++c)
-                if (boxes[i].channels[c].span > boxes[longestBox].channels[longestChannel].span) {
-                    longestBox = i;
-                    longestChannel = c;
+            for (short c = 0; c < 3; ++c)
+                if (boxes[i].channels[c].span == span) {
+                    if (made >= target) return made;
+                    SplitBox(&boxes[i], &boxes[made++], c, histogram);
                 }
-        if (boxes[longestBox].channels[longestChannel].span == 0) break; // all are single cells
-        SplitBox(&boxes[longestBox], &boxes[made++], static_cast<short>(longestChannel), histogram);
-    }
     return made;
 }
 
@@ -68,26 +97,6 @@ SortKey MakeSortKey(const RGBLookUpTable& table, int index) {
 }
 
 } // namespace
-
-short CalcHistogram3DNoTransparency(const Rect* area, std::int32_t rowBytes,
-                                    const std::uint8_t* data, std::uint32_t histogram[32][32][32]) {
-    ForEachPixel<3>(*area, rowBytes, data, [=](const std::uint8_t* pixel) {
-        ++histogram[pixel[0] >> 3][pixel[1] >> 3][pixel[2] >> 3];
-    });
-    return 0;
-}
-
-short CalcHistogram3DWithTransparency(const Rect* area, std::int32_t rowBytes,
-                                      const std::uint8_t* data, HistInfo* info) {
-    Histogram& histogram = *info->histogram;
-    const RGBtuple below = UnpackColor(info->transColor);
-    ForEachPixel<4>(*area, rowBytes, data, [&histogram, below](const std::uint8_t* pixel) {
-        if (pixel[3] == 0) return;
-        const RGBtuple color = CompositePixel(pixel, below);
-        ++histogram[color.red >> 3][color.green >> 3][color.blue >> 3];
-    });
-    return 0;
-}
 
 void MakeAdaptivePalette(RGBLookUpTable* table, short numColors,
                          std::uint32_t histogram[32][32][32]) {
@@ -116,14 +125,11 @@ void ProjectBox(short redLo, short redHi, short greenLo, short greenHi, short bl
                 const std::uint32_t histogram[32][32][32]) {
     for (std::int32_t* projection : {redProj, greenProj, blueProj})
         std::fill_n(projection, kCells, 0);
-    for (int r = redLo; r <= redHi; ++r)
-        for (int g = greenLo; g <= greenHi; ++g)
-            for (int b = blueLo; b <= blueHi; ++b) {
-                const auto count = static_cast<std::int32_t>(histogram[r][g][b]);
-                redProj[r] += count;
-                greenProj[g] += count;
-                blueProj[b] += count;
-            }
+    constexpr decltype(&ProjectGroups<1>) kProjectGroups[] = {
+        ProjectGroups<1>, ProjectGroups<2>, ProjectGroups<3>, ProjectGroups<4>,
+        ProjectGroups<5>, ProjectGroups<6>, ProjectGroups<7>, ProjectGroups<8>};
+    kProjectGroups[blueHi / 4 - blueLo / 4](redLo, redHi, greenLo, greenHi, blueLo, blueHi, redProj,
+                                            greenProj, blueProj, histogram);
 }
 
 short ShrinkBox(HistRange* box, const std::uint32_t histogram[32][32][32]) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "ColorTable.h"
+#include "PixelVector.h"
 
 /// below + (color - below) x alpha / 255, rounded to nearest, in unsigned 32-bit arithmetic:
 /// 65793 / 2^24 stands for 1 / 255 and is exact for every product of two bytes.
@@ -22,4 +23,15 @@ constexpr RGBtuple CompositePixel(const std::uint8_t* pixel, RGBtuple below) {
     return {0, CompositeChannel(pixel[0], below.red, alpha),
             CompositeChannel(pixel[1], below.green, alpha),
             CompositeChannel(pixel[2], below.blue, alpha)};
+}
+
+/// The same for all channels at once, opaque pixels included: 16 bits hold every step, since adding
+/// 128 and then the sum's own high byte divides a product of two bytes by 255 and rounds.
+inline PixelVector CompositePixel(PixelVector pixel, PixelVector below) {
+    const PixelVector difference = pixel - below;
+    const PixelVector sign = difference >> 15; // 0 or -1
+    const PixelVector distance = (difference ^ sign) - sign;
+    const PixelVector product = distance * pixel.SplatFourth() + PixelVector::Splat(128);
+    const PixelVector part = (product + product.ShiftUnsigned(8)).ShiftUnsigned(8);
+    return below + ((part ^ sign) - sign);
 }

@@ -1,150 +1,197 @@
-// The sweeps that fill the inverse map, and the diffusion itself.
+// The diffusion, two rows at a time where both run in the same direction. The plain version, pixel
+// after pixel in channels of their own, is PlainDiffusion among the tests.
 #include "DiffuseColor.h"
 
 #include "Composite.h"
+#include "PixelVector.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
+#include <utility>
 
 namespace {
 
-constexpr int kCells = 32; // along each channel
-constexpr int kMapBytes = kCells * kCells * kCells;
-constexpr short kRedStride = 1024, kGreenStride = 32, kBlueStride = 1;
-constexpr std::uint8_t kUnreached = 255; // above every real distance, 3 x 31 at most
-
 static_assert((-1 >> 1) == -1, "errors are split by arithmetic shifts");
 
-int CellOf(int red, int green, int blue) {
-    return (red >> 3) * kRedStride + (green >> 3) * kGreenStride + (blue >> 3) * kBlueStride;
-}
-
-// Downward, so that the lowest of several entries in a cell stays.
-void SeedCells(const RGBLookUpTable& table, std::uint8_t* inverse, std::uint8_t* distance,
-               int numColors) {
-    for (int i = 255; i >= 0; --i) {
-        const int cell = CellOf(table.red[i], table.green[i], table.blue[i]);
-        inverse[cell] = static_cast<std::uint8_t>(std::min(i, numColors - 1));
-        distance[cell] = 0;
+// What every pixel of a band is mapped with.
+struct Mapping {
+    Mapping(const RGBLookUpTable& table, const std::uint8_t* inverseMap, PackedColor transColor,
+            std::int32_t index)
+        : inverse(inverseMap), below(Widen(UnpackColor(transColor))),
+          transIndex(static_cast<std::uint8_t>(index)) {
+        for (int i = 0; i < 256; ++i) {
+            const PixelVector entry = Widen(TableEntry(table, i));
+            entry.StoreFour(levels[i]);
+            (entry + entry + entry).StoreFour(tripled[i]);
+        }
     }
+
+    static PixelVector Widen(RGBtuple color) {
+        return PixelVector::Widen(PackRGB(color.blue, color.green, color.red));
+    }
+
+    alignas(8) std::int16_t levels[256][4]; // the palette, an entry's channels side by side
+    alignas(8) std::int16_t tripled[256][4];
+    const std::uint8_t* inverse;
+    PixelVector below;       // the transparent colour; this and the index are not looked at
+    std::uint8_t transIndex; // in pictures without opacity
+};
+
+// The pixel's bytes, red lowest. Of three bytes no fourth is read, which may lie past the picture.
+template <int kPixelBytes> std::uint32_t LoadPixel(const std::uint8_t* pixel) {
+    const auto color = static_cast<std::uint32_t>(pixel[0] | pixel[1] << 8 | pixel[2] << 16);
+    return kPixelBytes == 3 ? color : color | static_cast<std::uint32_t>(pixel[3]) << 24;
 }
 
-// The transparent colour and its index; the transparent index is not looked at in pictures
-// without opacity.
-struct Transparency {
-    RGBtuple below = {};
-    std::uint8_t index = 0;
+// What a step leaves behind it: all that reached the cell it was at, and the cell one pixel behind
+// in the row below, to which nothing will be added any more.
+struct Step {
+    PixelVector reached, finished;
 };
 
-// One row of pixels and its errors; pixels follow each other in the direction of `step`.
-struct ScanRow {
-    const std::uint8_t* src;
+// One row on its way; pixels are counted in the direction of the scan.
+template <int kPixelBytes, int kStep> struct RowScan {
+    const std::uint8_t* src; // the first pixel in the scan
     std::uint8_t* dst;
-    std::int16_t* current; // errors of this row, 3 values a pixel
-    std::int16_t* next;    // errors of the row below
-    int columns;
-    int step; // 1 from left to right, -1 from right to left
-};
+    PixelVector share = PixelVector::Splat(0); // of the last pixel's error, for the one ahead and
+                                               // for the one below
 
-template <int kPixelBytes>
-void DiffuseRow(const ScanRow& row, const RGBLookUpTable& table, const std::uint8_t* inverse,
-                const Transparency& transparency) {
-    const int ahead = 3 * row.step;
-    int x = row.step > 0 ? 0 : row.columns - 1;
-    for (int left = row.columns; left > 0; --left, x += row.step) {
-        const std::uint8_t* pixel = row.src + std::ptrdiff_t{x} * kPixelBytes;
-        RGBtuple color = {0, pixel[0], pixel[1], pixel[2]};
+    // A cell that has no pixel or a transparent one: what reaches it goes nowhere.
+    Step Pass(PixelVector cell) {
+        return {cell + share, std::exchange(share, PixelVector::Splat(0))};
+    }
+
+    Step Map(const Mapping& mapping, std::ptrdiff_t i, PixelVector cell) {
+        const std::uint8_t* pixel = src + i * (kStep * kPixelBytes);
+        PixelVector color = PixelVector::Widen(LoadPixel<kPixelBytes>(pixel));
         if constexpr (kPixelBytes == 4) {
             if (pixel[3] == 0) {
-                row.dst[x] = transparency.index;
-                continue;
+                dst[i * kStep] = mapping.transIndex;
+                return Pass(cell);
             }
-            color = CompositePixel(pixel, transparency.below);
+            color = CompositePixel(color, mapping.below);
         }
-        std::int16_t* current = row.current + 3 * x;
-        std::int16_t* below = row.next + 3 * x;
-        const short red = DiffuseIn(color.red, current[0]);
-        const short green = DiffuseIn(color.green, current[1]);
-        const short blue = DiffuseIn(color.blue, current[2]);
-        const std::uint8_t index = inverse[CellOf(red, green, blue)];
-        row.dst[x] = index;
-        const int errors[] = {red - table.red[index], green - table.green[index],
-                              blue - table.blue[index]};
-        for (int c = 0; c < 3; ++c)
-            DiffuseOut(static_cast<std::int16_t>(errors[c]), below + c - ahead, below + c,
-                       current + c + ahead);
+
+        // DiffuseIn, and the cell of the inverse map.
+        const PixelVector errors = cell + share;
+        const PixelVector corrected = (color + errors).Grouped() - (errors >> 2);
+        const std::uint32_t bytes = corrected.ClampToBytes();
+        const std::uint8_t* greensAndBlues = mapping.inverse + (bytes << 7 & 0x7C00);
+        const std::uint8_t index = greensAndBlues[(bytes >> 6 & 0x3E0) | (bytes >> 19 & 0x1F)];
+        dst[i * kStep] = index;
+
+        // DiffuseOut. Every pixel waits for its predecessor's share, so that is kept short: half of
+        // what a quarter leaves of an error e is (3 * e + 3) >> 3, and all of that but the entry is
+        // known before the entry is.
+        const PixelVector wanted = corrected.Clamp();
+        const PixelVector error = wanted - PixelVector::LoadFour(mapping.levels[index]);
+        const Step step = {errors, share + (error >> 2)};
+        share = (wanted + wanted + wanted + PixelVector::Splat(3) -
+                 PixelVector::LoadFour(mapping.tripled[index])) >>
+                3;
+        return step;
     }
+};
+
+// A band and the error rows, by row of the picture.
+struct Band {
+    const std::uint8_t* src;
+    std::uint8_t* dst;
+    int columns;
+    int firstRow;
+    std::ptrdiff_t srcRowBytes, dstRowBytes;
+    std::int16_t* errors;
+
+    // One spare cell on either side of a row takes what is pushed past the edge.
+    std::int16_t* ErrorsInto(int y) const {
+        return errors + (y & 1 ? (std::ptrdiff_t{columns} + 2) * 3 : 0);
+    }
+};
+
+// One row, or two of which the lower follows the upper at a distance of two pixels. Then the cell
+// it needs is finished and still in a register, and neither row's step waits for the other's: the
+// processor works on both at once, where one row alone has it wait at every pixel.
+template <int kPixelBytes, int kStep, int kRows> struct RowGroup {
+    static constexpr int kLag = kRows == 2 ? 2 : 0;
+
+    RowGroup(const Band& band, int y) : columns(band.columns) {
+        const int row = y - band.firstRow;
+        const int first = kStep > 0 ? 0 : columns - 1;
+        upper.src = band.src + row * band.srcRowBytes + std::ptrdiff_t{first} * kPixelBytes;
+        upper.dst = band.dst + row * band.dstRowBytes + first;
+        lower.src = upper.src + band.srcRowBytes;
+        lower.dst = upper.dst + band.dstRowBytes;
+        const std::ptrdiff_t firstCell = kStep > 0 ? 0 : (std::ptrdiff_t{columns} + 1) * 3;
+        source = band.ErrorsInto(y) + firstCell;
+        reached = band.ErrorsInto(y + kRows - 1) + firstCell;
+        next = band.ErrorsInto(y + kRows) + firstCell;
+    }
+
+    // Goes through cell `at` of the upper row, and through the one kLag cells before of the lower:
+    // 0 and columns + 1 are the spare ones, and beyond those there is nothing to do. kInside says
+    // that both rows are at a pixel.
+    template <bool kInside> void Advance(const Mapping& mapping, std::ptrdiff_t at) {
+        const auto go = [&](auto& row, std::ptrdiff_t rowAt, PixelVector cell) {
+            return kInside || (rowAt >= 1 && rowAt <= columns) ? row.Map(mapping, rowAt - 1, cell)
+                                                               : row.Pass(cell);
+        };
+        constexpr int kCell = 3 * kStep;
+        Step step = go(upper, at,
+                       kInside || at <= columns + 1 ? PixelVector::LoadThree(source + at * kCell)
+                                                    : PixelVector::Splat(0));
+        if constexpr (kRows == 2)
+            step = go(lower, at - kLag, std::exchange(finishedAbove, step.finished));
+
+        const std::ptrdiff_t last = at - kLag;
+        if (kInside || (last >= 0 && last <= columns + 1))
+            step.reached.StoreThree(reached + last * kCell);
+        if (kInside || last >= 1) step.finished.StoreThree(next + (last - 1) * kCell);
+    }
+
+    RowScan<kPixelBytes, kStep> upper, lower;
+    PixelVector finishedAbove = PixelVector::Splat(0);
+    const std::int16_t* source; // errors into the upper row
+    std::int16_t* reached;      // for all that reached the last row's cells, which stays there
+    std::int16_t* next;         // errors into the row that follows
+    int columns;
+};
+
+template <int kPixelBytes, int kStep, int kRows>
+void DiffuseRows(const Band& band, int y, const Mapping& mapping) {
+    using Rows = RowGroup<kPixelBytes, kStep, kRows>;
+    Rows rows(band, y);
+    const int columns = band.columns;
+    std::ptrdiff_t at = 0;
+    for (; at <= Rows::kLag; ++at) rows.template Advance<false>(mapping, at);
+    Rows inside = rows; // a copy whose address nobody takes, so that it lives in registers
+    for (; at <= columns; ++at) inside.template Advance<true>(mapping, at);
+    rows = inside;
+    for (; at <= columns + Rows::kLag + 2; ++at) rows.template Advance<false>(mapping, at);
 }
 
 // The bands of a picture, with (4 bytes a pixel) and without opacity.
-template <int kPixelBytes>
-void DiffuseRows(const std::uint8_t* src, std::uint8_t* dst, int rows, int columns, int firstRow,
-                 std::ptrdiff_t srcRowBytes, std::ptrdiff_t dstRowBytes,
-                 const RGBLookUpTable& table, const std::uint8_t* inverse, std::int16_t* errors,
-                 const Transparency& transparency) {
-    // One spare pixel on either side of an error row takes what is pushed past the edge.
-    const std::ptrdiff_t errorRow = (std::ptrdiff_t{columns} + 2) * 3;
-    for (int i = 0; i < rows; ++i) {
-        // Buffers and direction follow the picture's row, so that errors flow from band to band.
-        const int y = firstRow + i;
-        std::int16_t* current = errors + (y & 1 ? errorRow : 0);
-        std::int16_t* next = errors + (y & 1 ? 0 : errorRow);
-        std::memset(next, 0, static_cast<std::size_t>(errorRow) * sizeof(std::int16_t));
-        // Deliberate: the direction changes every second row, not every row.
-        const int step = y & 2 ? -1 : 1;
-        DiffuseRow<kPixelBytes>(
-            {src + i * srcRowBytes, dst + i * dstRowBytes, current + 3, next + 3, columns, step},
-            table, inverse, transparency);
+template <int kPixelBytes> void DiffuseBand(const Band& band, int rows, const Mapping& mapping) {
+    // Deliberate: the direction changes every second row, not every row. Buffers and direction
+    // follow the picture's row, so that errors flow from band to band.
+    constexpr decltype(&DiffuseRows<kPixelBytes, 1, 1>) kScans[][2] = {
+        {DiffuseRows<kPixelBytes, 1, 1>, DiffuseRows<kPixelBytes, 1, 2>},
+        {DiffuseRows<kPixelBytes, -1, 1>, DiffuseRows<kPixelBytes, -1, 2>}};
+    if (band.columns <= 0) return;
+    const int bottom = band.firstRow + rows;
+    for (int y = band.firstRow, together; y < bottom; y += together) {
+        together = y % 2 == 0 && y + 1 < bottom ? 2 : 1;
+        kScans[y >> 1 & 1][together - 1](band, y, mapping);
     }
 }
 
 } // namespace
 
-void BuildInverse(const RGBLookUpTable* table, std::uint8_t* inverse, std::uint8_t* distance,
-                  short numColors) {
-    std::memset(distance, kUnreached, kMapBytes);
-    SeedCells(*table, inverse, distance, numColors);
-    // The order of the axes decides ties.
-    constexpr short kAxes[][3] = {{kBlueStride, kRedStride, kGreenStride},
-                                  {kBlueStride, kGreenStride, kRedStride},
-                                  {kGreenStride, kRedStride, kBlueStride}};
-    for (const auto& [outer, inner, along] : kAxes)
-        for (int i = 0; i < kCells; ++i)
-            for (int j = 0; j < kCells; ++j) {
-                const int start = i * outer + j * inner;
-                SpreadLine(inverse + start, distance + start, along);
-            }
-}
-
-void SpreadLine(std::uint8_t* inverse, std::uint8_t* distance, short stride) {
-    SpreadAcross(inverse, distance, stride);
-    const int last = (kCells - 1) * stride;
-    SpreadAcross(inverse + last, distance + last, static_cast<short>(-stride));
-}
-
-std::uint8_t SpreadAcross(std::uint8_t* inverse, std::uint8_t* distance, short stride) {
-    std::uint8_t carriedIndex = 0;
-    std::uint8_t carriedDistance = kUnreached;
-    for (int i = 0, cell = 0; i < kCells; ++i, cell += stride) {
-        if (carriedDistance != kUnreached) ++carriedDistance;
-        if (carriedDistance < distance[cell]) {
-            inverse[cell] = carriedIndex;
-            distance[cell] = carriedDistance;
-        } else {
-            carriedIndex = inverse[cell];
-            carriedDistance = distance[cell];
-        }
-    }
-    return carriedIndex;
-}
-
 void DiffuseColorNoTransparency(const std::uint8_t* src, std::uint8_t* dst, short rows,
                                 short columns, short firstRow, std::int32_t srcRowBytes,
                                 std::int32_t dstRowBytes, const RGBLookUpTable* table,
                                 const std::uint8_t* inverse, std::int16_t* errors) {
-    DiffuseRows<3>(src, dst, rows, columns, firstRow, srcRowBytes, dstRowBytes, *table, inverse,
-                   errors, {});
+    DiffuseBand<3>({src, dst, columns, firstRow, srcRowBytes, dstRowBytes, errors}, rows,
+                   {*table, inverse, 0, 0});
 }
 
 void DiffuseColorWithTransparency(const std::uint8_t* src, std::uint8_t* dst, short rows,
@@ -152,8 +199,8 @@ void DiffuseColorWithTransparency(const std::uint8_t* src, std::uint8_t* dst, sh
                                   std::int32_t dstRowBytes, const RGBLookUpTable* table,
                                   const std::uint8_t* inverse, std::int16_t* errors,
                                   PackedColor transColor, std::int32_t transIndex) {
-    DiffuseRows<4>(src, dst, rows, columns, firstRow, srcRowBytes, dstRowBytes, *table, inverse,
-                   errors, {UnpackColor(transColor), static_cast<std::uint8_t>(transIndex)});
+    DiffuseBand<4>({src, dst, columns, firstRow, srcRowBytes, dstRowBytes, errors}, rows,
+                   {*table, inverse, transColor, transIndex});
 }
 
 short DiffuseIn(std::uint8_t value, std::int16_t error) {

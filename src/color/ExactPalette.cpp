@@ -1,4 +1,5 @@
-// A sorted table of the picture's colours, searched at a fixed depth.
+// A sorted table of the picture's colours, searched at a fixed depth, and before it a small memory
+// of colours that need no search.
 #include "ExactPalette.h"
 
 #include <algorithm>
@@ -28,6 +29,37 @@ int FindSlot(const std::int32_t* colors, std::int32_t color) {
 void InsertAt(std::int32_t* colors, int slot, std::int32_t color) {
     for (; slot < kSlots && color != kEmptySlot; ++slot) std::swap(colors[slot], color);
 }
+
+constexpr int kGroup = 8; // pixels, whose bytes are three words of eight
+constexpr int kGroupBytes = kGroup * 3;
+
+// Colours that are in the table already, each in one place that is computed from it.
+class SeenColors {
+  public:
+    SeenColors() { std::fill_n(colors, kPlaces, kNoColor); }
+
+    void Put(std::int32_t color) { *Place(color) = color; }
+
+    // A group's pixels are looked up all at once, before anything depends on an answer; the plain
+    // way is to search the table for every pixel.
+    bool HaveGroup(const std::uint8_t* pixels) const {
+        std::int32_t differences = 0;
+        for (int i = 0; i < kGroup; ++i) differences |= Difference(PackedPixel(pixels + 3 * i));
+        return differences == 0;
+    }
+    bool Have(std::int32_t color) const { return Difference(color) == 0; }
+
+  private:
+    std::int32_t Difference(std::int32_t color) const {
+        return colors[PlaceOf(color)] ^ color;
+    }
+    static std::uint32_t PlaceOf(std::int32_t color) {
+        return static_cast<std::uint32_t>(color) * 2654435761u >> (32 - kPlaceBits);
+    }
+
+    static constexpr int kPlaceBits = 12; // few of 256 colours get in each other's way
+    std::int32_t colors[1 << kPlaceBits];
+};
 
 } // namespace
 

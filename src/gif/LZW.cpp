@@ -1,7 +1,9 @@
 #include "LZW.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
+#include <cstring>
 
 namespace {
 
@@ -81,26 +83,123 @@ short LZWCompressStart(LZWData* lzw, short rootSize, Boolean resetWhenFull, Bool
     return EmitCode(lzw, lzw->clearCode);
 }
 
-short LZWCompress(LZWData* lzw, std::int32_t count, const unsigned char* data) {
-    for (const unsigned char* const end = data + std::max(count, 0); data != end; ++data) {
-        const unsigned char symbol = *data;
-        if (lzw->prefix == kNone) {
-            lzw->prefix = symbol;
+namespace {
+
+// A string of the table as one word, as it lies in memory.
+constexpr std::uint32_t StringWord(std::ptrdiff_t prefix, std::ptrdiff_t suffix) {
+    const bool little = std::endian::native == std::endian::little;
+    return static_cast<std::uint32_t>(little ? suffix << 16 | prefix : prefix << 16 | suffix);
+}
+static_assert(std::bit_cast<std::uint32_t>(LZWString{0x123, 0x45}) == StringWord(0x123, 0x45));
+
+std::uint32_t LoadWord(const unsigned char* strings, std::ptrdiff_t code) {
+    std::uint32_t word;
+    std::memcpy(&word, strings + code * std::ptrdiff_t{sizeof word}, sizeof word);
+    return word;
+}
+
+// The slot `step` + 1 behind `slot`. In long strings of one colour a branch here is foreseen, and
+// the next load need not wait for it; without the hint compilers make it a selection that has to be
+// waited for. Where slots are scattered, the branch in the search costs far more than this one.
+std::ptrdiff_t NextSlot(std::ptrdiff_t slot, std::ptrdiff_t step) {
+    slot += step + 1;
+    if (__builtin_expect_with_probability(slot >= kLZWHashSlots, 1, 0.99)) slot -= kLZWHashSlots;
+    return slot;
+}
+
+// SearchLZWTable and AddLZWTable for many symbols, while there are codes to assign. What they read
+// from the record at every symbol stays in registers here, a string is compared and stored as one
+// word, and the codes are left in a batch, so that nothing is called in between. What remains are
+// two loads, one after the other, and a branch that nobody can foresee: is the string there?
+const unsigned char* MatchAndAdd(LZWData* lzw, const unsigned char* data, const unsigned char* end,
+                                 LZWCodes* batch) {
+    std::uint16_t* const slots = HashSlots(lzw);
+    auto* const strings = reinterpret_cast<unsigned char*>(*lzw->stringTable);
+    std::ptrdiff_t prefix = lzw->prefix, nextCode = lzw->nextCode;
+    const std::ptrdiff_t widened = (1 << lzw->codeSize) - lzw->earlyChange + 1;
+    const std::ptrdiff_t stop =
+        std::min({std::ptrdiff_t{kCompressorLimit}, widened, nextCode + LZWCodes::kMost});
+    std::uint16_t* code = batch->codes;
+
+    while (data != end) {
+        const std::ptrdiff_t symbol = *data++;
+        const std::uint32_t string = StringWord(prefix, symbol);
+        std::ptrdiff_t slot = NextSlot(prefix, symbol << 5);
+        std::ptrdiff_t found = slots[slot];
+        const auto isString = [&] { return found != 0 && LoadWord(strings, found) == string; };
+        if (isString()) { // mostly in the first slot, if at all
+            prefix = found;
             continue;
         }
-        const short longer = SearchLZWTable(lzw, symbol);
-        if (longer != -1) {
+        while (found != 0) {
+            slot = NextSlot(slot, prefix);
+            found = slots[slot];
+            if (isString()) break;
+        }
+        if (found != 0) {
+            prefix = found;
+            continue;
+        }
+        slots[slot] = static_cast<std::uint16_t>(nextCode);
+        std::memcpy(strings + nextCode * std::ptrdiff_t{sizeof string}, &string, sizeof string);
+        *code++ = static_cast<std::uint16_t>(prefix);
+        prefix = symbol;
+        if (++nextCode == stop) break;
+    }
+
+    lzw->prefix = static_cast<std::int16_t>(prefix);
+    lzw->nextCode = static_cast<std::uint16_t>(nextCode);
+    if (nextCode == widened)
+        lzw->codeSize = static_cast<std::uint16_t>(std::min(lzw->codeSize + 1, kMaxCodeSize));
+    batch->count = static_cast<int>(code - batch->codes);
+    return data;
+}
+
+// The same, symbol by symbol, while the table is full; up to the clear code where that is wanted.
+const unsigned char* MatchInFullTable(LZWData* lzw, const unsigned char* data,
+                                      const unsigned char* end, LZWCodes* batch) {
+    const auto put = [batch](int code) {
+        batch->codes[batch->count++] = static_cast<std::uint16_t>(code);
+    };
+    while (data != end && batch->count < LZWCodes::kMost) {
+        const unsigned char symbol = *data++;
+        if (const short longer = SearchLZWTable(lzw, symbol); longer != -1) {
             lzw->prefix = longer;
             continue;
         }
-        EmitCode(lzw, lzw->prefix);
-        if (lzw->nextCode < kCompressorLimit) {
-            AddLZWTable(lzw, symbol);
-        } else if (lzw->resetWhenFull) {
-            EmitCode(lzw, lzw->clearCode);
+        put(lzw->prefix);
+        if (lzw->resetWhenFull) {
+            put(lzw->clearCode);
             LZWInit(lzw, lzw->rootSize);
+            end = data;
         }
         lzw->prefix = symbol;
+    }
+    return data;
+}
+
+} // namespace
+
+std::int32_t LZWCompressSome(LZWData* lzw, std::int32_t count, const unsigned char* data,
+                             LZWCodes* batch) {
+    batch->count = 0;
+    batch->width = static_cast<short>(lzw->codeSize);
+    if (count <= 0) return 0;
+    const unsigned char* const end = data + count;
+    const unsigned char* rest = data;
+    if (lzw->prefix == kNone) lzw->prefix = *rest++;
+    const auto match = lzw->nextCode < kCompressorLimit ? MatchAndAdd : MatchInFullTable;
+    return static_cast<std::int32_t>(match(lzw, rest, end, batch) - data);
+}
+
+short LZWCompress(LZWData* lzw, std::int32_t count, const unsigned char* data) {
+    LZWCodes batch;
+    while (count > 0) {
+        const std::int32_t done = LZWCompressSome(lzw, count, data, &batch);
+        for (int i = 0; i < batch.count; ++i)
+            lzw->putCode(lzw->refcon, static_cast<short>(batch.codes[i]), batch.width);
+        data += done;
+        count -= done;
     }
     return 0;
 }

@@ -73,6 +73,22 @@ short LZWCompressStart(LZWData* lzw, short rootSize, Boolean resetWhenFull, Bool
 /// Compresses `count` further symbols, each below 1 << rootSize. Always 0.
 short LZWCompress(LZWData* lzw, std::int32_t count, const unsigned char* data);
 
+/// Codes of one width, in their order.
+struct LZWCodes {
+    static constexpr int kMost = 256;
+    int count = 0;
+    short width = 0; ///< bits of each
+    std::uint16_t codes[kMost];
+};
+
+/// LZWCompress for whoever takes codes by the batch: compresses as many of the `count` symbols, at
+/// least one unless there are none, as lead to no more codes than `batch` holds and to none of
+/// another width, and puts those codes into it. Nothing goes to putCode.
+///
+/// @return the symbols done
+std::int32_t LZWCompressSome(LZWData* lzw, std::int32_t count, const unsigned char* data,
+                             LZWCodes* batch);
+
 /// Emits the string still held and the end code; returns `status`. No symbols may follow.
 short LZWCompressEnd(LZWData* lzw);
 

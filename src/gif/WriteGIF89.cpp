@@ -3,6 +3,7 @@
 #include "FileManager.h"
 
 #include <algorithm>
+#include <bit>
 #include <cassert>
 #include <cstring>
 
@@ -113,7 +114,7 @@ void GIF89Writer::OutputData(const unsigned char* pixels, const Point* size, std
                      reinterpret_cast<std::intptr_t>(this));
     const auto compressPass = [&](Pass pass) {
         for (int row = pass.firstRow; row < size->v; row += pass.step)
-            LZWCompress(&lzw, size->h, pixels + std::ptrdiff_t{rowBytes} * row);
+            CompressRow(pixels + std::ptrdiff_t{rowBytes} * row, size->h);
     };
     if (interlace)
         std::for_each(std::begin(kInterlaced), std::end(kInterlaced), compressPass);
@@ -157,27 +158,46 @@ void GIF89Writer::PutBlock(const void* bytes, int count) {
     Put(bytes, count);
 }
 
+// What LZWCompress does with PutCodeword, but a batch of codes at a time.
+void GIF89Writer::CompressRow(const unsigned char* pixels, std::int32_t columns) {
+    LZWCodes batch;
+    while (columns > 0) {
+        const std::int32_t done = LZWCompressSome(&lzw, columns, pixels, &batch);
+        PackCodes(batch.codes, batch.count, batch.width);
+        pixels += done;
+        columns -= done;
+    }
+}
+
+// Four codes of at most 12 bits make one number, so that the buffer is touched once for all.
+void GIF89Writer::PackCodes(const std::uint16_t* codes, int count, int width) {
+    const auto code = [&codes, width](int i) { return std::uint64_t{codes[i]} << i * width; };
+    for (; count >= 4; count -= 4, codes += 4)
+        PackBits(code(0) | code(1) | code(2) | code(3), 4 * width);
+    for (; count > 0; --count) PackBits(*codes++, width);
+}
+
+// Appends up to 56 bits, the least significant first; those above them are 0. Eight bytes are
+// written whole, and what lies behind the bits is clean again for the next ones to be merged into.
+void GIF89Writer::PackBits(std::uint64_t bits, int count) {
+    unsigned char* const byte = codeBuffer + (bitCount >> 3);
+    bits = bits << (bitCount & 7) | *byte;
+    if constexpr (std::endian::native == std::endian::little)
+        std::memcpy(byte, &bits, sizeof bits);
+    else
+        for (int i = 0; i < 8; ++i) byte[i] = static_cast<unsigned char>(bits >> 8 * i);
+
+    bitCount += count;
+    if (bitCount >= kBlockBits) {
+        PutBlock(codeBuffer, kBlockBytes); // Data Sub-block
+        bitCount -= kBlockBits;
+        std::memmove(codeBuffer, codeBuffer + kBlockBytes, sizeof codeBuffer - kBlockBytes);
+    }
+}
+
 short PutCodeword(std::intptr_t refcon, short code, short width) {
     GIF89Writer& writer = *reinterpret_cast<GIF89Writer*>(refcon);
-    unsigned char* byte = writer.codeBuffer + (writer.bitCount >> 3);
-    const int shift = writer.bitCount & 7;
-    auto bits = static_cast<std::uint16_t>(code);
-
-    *byte++ |= static_cast<unsigned char>(unsigned{bits} << shift);
-    bits = static_cast<std::uint16_t>(bits >> (8 - shift));
-    for (int left = width - (8 - shift); left > 0; left -= 8) {
-        *byte++ = static_cast<unsigned char>(bits);
-        bits = static_cast<std::uint16_t>(bits >> 8);
-    }
-    *byte = 0; // the next code is merged into what lies here
-
-    writer.bitCount += width;
-    if (writer.bitCount >= kBlockBits) {
-        writer.PutBlock(writer.codeBuffer, kBlockBytes); // Data Sub-block
-        writer.bitCount -= kBlockBits;
-        std::memmove(writer.codeBuffer, writer.codeBuffer + kBlockBytes, 2);
-        writer.codeBuffer[2] = 0;
-    }
+    writer.PackBits(static_cast<std::uint16_t>(code), width);
     return writer.error;
 }
 

@@ -59,8 +59,11 @@ class GIF89Writer {
     void PutByte(int value);
     void PutWordLE(int value);
     void PutBlock(const void* bytes, int count);
+    void CompressRow(const unsigned char* pixels, std::int32_t columns);
+    void PackCodes(const std::uint16_t* codes, int count, int width);
+    void PackBits(std::uint64_t bits, int count);
 
-    unsigned char codeBuffer[260] = {}; ///< a data sub-block of 255 bytes and what runs over it
+    unsigned char codeBuffer[264] = {}; ///< a data sub-block of 255 bytes and what runs over it
     std::int32_t bitCount = 0;          ///< bits packed into codeBuffer
     short error = noErr;
     short fileRefNum = 0; ///< 0 while no file is open

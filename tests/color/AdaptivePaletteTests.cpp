@@ -18,16 +18,26 @@ Histogram& Cells(Counts& counts) {
     return *reinterpret_cast<Histogram*>(counts.data());
 }
 
-TEST(Composite, RoundsToTheNearestLevel) {
+TEST(Composite, RoundsToTheNearestLevelOneByOneAndAllAtOnce) {
     for (const int below : {0, 1, 127, 128, 193, 254, 255})
         for (int alpha = 1; alpha < 256; ++alpha)
             for (int level = 0; level < 256; ++level) {
                 const std::uint8_t pixel[4] = {static_cast<std::uint8_t>(level), 0, 255,
                                                static_cast<std::uint8_t>(alpha)};
                 const RGBtuple under = UnpackColor(static_cast<PackedColor>(below) * 0x010101);
-                ASSERT_EQ(PackColor(CompositePixel(pixel, under)),
-                          PackColor(PlainOver(pixel, PackColor(under))))
+                const PackedColor wanted = PackColor(PlainOver(pixel, under));
+                ASSERT_EQ(PackColor(CompositePixel(pixel, under)), wanted)
                     << level << " over " << below << " with opacity " << alpha;
+                const auto bytes = static_cast<std::uint32_t>(level | 255 << 16) |
+                                   static_cast<std::uint32_t>(alpha) << 24;
+                const std::uint32_t mixed =
+                    CompositePixel(PixelVector::Widen(bytes), PixelVector::Splat(below))
+                        .ClampToBytes();
+                ASSERT_EQ(PackRGB(static_cast<std::uint8_t>(mixed),
+                                  static_cast<std::uint8_t>(mixed >> 8),
+                                  static_cast<std::uint8_t>(mixed >> 16)),
+                          wanted)
+                    << level << " over " << below << " with opacity " << alpha << ", all at once";
             }
 }
 
@@ -105,7 +115,7 @@ TEST(MakeAdaptivePalette, GivesTheseColors) {
     }
 }
 
-TEST(MakeAdaptivePalette, AgreesWithListsOfCells) {
+TEST(MakeAdaptivePalette, AgreesWithThePlainCut) {
     for (std::uint32_t seed = 1; seed <= 60; ++seed) {
         std::mt19937 random(seed);
         const auto below = [&](unsigned limit) { return static_cast<int>(random() % limit); };

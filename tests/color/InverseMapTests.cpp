@@ -10,10 +10,34 @@
 
 namespace {
 
-std::vector<std::uint8_t> Inverse(const RGBLookUpTable& table, int colors) {
-    std::vector<std::uint8_t> inverse(32768, 0xEE), distance(32768, 0xEE);
-    BuildInverse(&table, inverse.data(), distance.data(), static_cast<short>(colors));
-    return inverse;
+using Bytes = std::vector<std::uint8_t>;
+
+// The map, and the distance of each cell's entry. No buffer lies at a round address.
+std::pair<Bytes, Bytes> InverseAndDistance(const RGBLookUpTable& table, int colors) {
+    Bytes inverse(32769, 0xEE), distance(32769, 0xEE);
+    BuildInverse(&table, inverse.data() + 1, distance.data() + 1, static_cast<short>(colors));
+    EXPECT_EQ(inverse[0] & distance[0], 0xEE);
+    return {{inverse.begin() + 1, inverse.end()}, {distance.begin() + 1, distance.end()}};
+}
+
+Bytes Inverse(const RGBLookUpTable& table, int colors) {
+    return InverseAndDistance(table, colors).first;
+}
+
+TEST(SpreadAcross, CarriesWhatIsNearerThanACellsOwn) {
+    // Entries 7, 8 and 9 at cells 2, 10 and 31; the others are not reached yet.
+    Bytes inverse(32, 0), distance(32, 255);
+    for (const auto& [cell, entry] : {std::pair{2, 7}, {10, 8}, {31, 9}}) {
+        inverse[static_cast<std::size_t>(cell)] = static_cast<std::uint8_t>(entry);
+        distance[static_cast<std::size_t>(cell)] = 0;
+    }
+    EXPECT_EQ(SpreadAcross(inverse.data(), distance.data(), 1), 9);
+    EXPECT_EQ(distance, (Bytes{255, 255, 0, 1, 2,  3,  4,  5,  6,  7,  0,  1,  2,  3,  4,  5,
+                               6,   7,   8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 0}));
+    EXPECT_EQ(SpreadAcross(inverse.data() + 31, distance.data() + 31, -1), 7);
+    // Cell 6 is as far from one side as from the other and keeps what came first.
+    EXPECT_EQ(inverse, (Bytes{7, 7, 7, 7, 7, 7, 7, 8, 8, 8, 8, 8, 8, 8, 8, 8,
+                              8, 8, 8, 8, 8, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9}));
 }
 
 TEST(BuildInverse, GivesTheseIndices) {
@@ -51,7 +75,7 @@ TEST(BuildInverse, AgreesWithPlainSweepsAndWithEveryDistance) {
             RGBLookUpTable table = RandomTable(seed % 3 == 0 ? 256 : colors, seed);
             if (seed % 3 == 1) // crowd the entries into few cells
                 for (int i = 0; i < 256; ++i) table.green[i] &= 0x1F, table.red[i] &= 0x8F;
-            const auto inverse = Inverse(table, colors);
+            const auto [inverse, distance] = InverseAndDistance(table, colors);
             ASSERT_EQ(inverse, PlainInverseMap(table, colors));
             if (seed > 3) continue;
             for (int cell = 0; cell < 32768; cell += 13) {
@@ -65,6 +89,7 @@ TEST(BuildInverse, AgreesWithPlainSweepsAndWithEveryDistance) {
                                     ? distances[static_cast<std::size_t>(index)]
                                     : *std::min_element(distances.begin() + index, distances.end());
                 ASSERT_EQ(own, *std::min_element(distances.begin(), distances.end())) << cell;
+                ASSERT_EQ(distance[static_cast<std::size_t>(cell)], own) << cell;
             }
         }
 }

@@ -14,20 +14,27 @@ int TableBits(int colors) {
     return bits;
 }
 
-ByteVector InFileOrder(const PlainImage& image) {
-    std::vector<int> order;
-    const auto every = [&](int first, int step) {
-        for (int row = first; row < image.rows; row += step) order.push_back(row);
+void AppendRange(ByteVector& file, std::span<const std::uint8_t> bytes) {
+    file.insert(file.end(), bytes.begin(), bytes.end());
+}
+
+ByteVector PackedPixels(const PlainImage& image, int rootSize) {
+    PlainBitPacker packer;
+    const auto pack = [](void* context, PlainCode code) {
+        static_cast<PlainBitPacker*>(context)->Put(code);
     };
-    if (!image.interlaced) every(0, 1);
+    PlainLzwCoder coder({.rootSize = rootSize}, pack, &packer);
+    const auto columns = static_cast<std::size_t>(image.columns);
+    const auto everyRow = [&](int first, int step) {
+        for (int row = first; row < image.rows; row += step)
+            coder.Compress(
+                std::span(image.indices).subspan(static_cast<std::size_t>(row) * columns, columns));
+    };
+    if (!image.interlaced) everyRow(0, 1);
     for (const auto& [first, step] : {std::pair{0, 8}, {4, 8}, {2, 4}, {1, 2}})
-        if (image.interlaced) every(first, step);
-    ByteVector pixels;
-    for (const int row : order) {
-        const auto start = image.indices.begin() + std::ptrdiff_t{row} * image.columns;
-        pixels.insert(pixels.end(), start, start + image.columns);
-    }
-    return pixels;
+        if (image.interlaced) everyRow(first, step);
+    coder.End();
+    return packer.Bytes();
 }
 
 } // namespace
@@ -59,18 +66,14 @@ ByteVector PlainGif(const PlainImage& image) {
     }
     if (image.comment) {
         Append(file, {0x21, 0xFE});
-        const ByteVector text =
-            DataBlocks(ByteVector(image.comment->begin(), image.comment->end()));
-        file.insert(file.end(), text.begin(), text.end());
+        AppendRange(file, DataBlocks(ByteVector(image.comment->begin(), image.comment->end())));
     }
     if (image.transparentIndex >= 0)
         Append(file, {0x21, 0xF9, 4, 1, 0, 0, image.transparentIndex, 0});
     Append(file, {0x2C, 0, 0, 0, 0});
     Append(file, size);
     Append(file, {image.interlaced ? 0x40 : 0, std::max(bits, 2)});
-    const ByteVector data =
-        DataBlocks(PackCodes(PlainLzwCodes(InFileOrder(image), {.rootSize = std::max(bits, 2)})));
-    file.insert(file.end(), data.begin(), data.end());
+    AppendRange(file, DataBlocks(PackedPixels(image, std::max(bits, 2))));
     Append(file, {0x3B});
     return file;
 }

@@ -1,0 +1,68 @@
+// The passes that count a picture's colours in the cells of the colour cube.
+#include "AdaptivePalette.h"
+
+#include "Composite.h"
+#include "PixelVector.h"
+
+#include <cstddef>
+
+namespace {
+
+// Calls `countRow` with every row of a band and its columns.
+template <class CountRow>
+void ForEachRow(const Rect& area, std::int32_t rowBytes, const std::uint8_t* data,
+                CountRow countRow) {
+    const int rows = area.bottom - area.top;
+    for (int y = 0; y < rows; ++y)
+        countRow(data + std::ptrdiff_t{y} * rowBytes, area.right - area.left);
+}
+
+// Four pixels' cells are found at once, and where all are the same, as in even areas, the four
+// increments of one count that would wait for each other become a single addition. The plain way
+// is the loop at the end.
+void CountRGBRow(const std::uint8_t* pixel, int columns, std::uint32_t* histogram) {
+    for (; columns * 3 >= kFourCellsBytes; columns -= 4, pixel += 12) {
+        std::uint32_t cells[4];
+        FindFourCells(pixel, cells);
+        if (cells[0] == cells[1] && ((cells[0] ^ cells[2]) | (cells[0] ^ cells[3])) == 0) {
+            histogram[cells[0]] += 4;
+            continue;
+        }
+        for (const std::uint32_t cell : cells) ++histogram[cell];
+    }
+    for (; columns > 0; --columns, pixel += 3)
+        ++histogram[CellOf(PackRGB(pixel[2], pixel[1], pixel[0]))];
+}
+
+// All pixels go the same way, whatever their opacity: what is opaque comes out unchanged, and what
+// is fully transparent adds 0 to some cell. Telling them apart by branches is what costs in the
+// plain way, CompositePixel channel by channel.
+void CountRGBARow(const std::uint8_t* pixel, int columns, PixelVector below,
+                  std::uint32_t* histogram) {
+    for (; columns > 0; --columns, pixel += 4) {
+        const std::uint32_t bytes = LoadFourBytes(pixel);
+        const PixelVector color = CompositePixel(PixelVector::Widen(bytes), below);
+        histogram[CellOf(color.ClampToBytes())] += pixel[3] != 0;
+    }
+}
+
+} // namespace
+
+short CalcHistogram3DNoTransparency(const Rect* area, std::int32_t rowBytes,
+                                    const std::uint8_t* data, std::uint32_t histogram[32][32][32]) {
+    ForEachRow(*area, rowBytes, data, [=](const std::uint8_t* pixels, int columns) {
+        CountRGBRow(pixels, columns, histogram[0][0]);
+    });
+    return 0;
+}
+
+short CalcHistogram3DWithTransparency(const Rect* area, std::int32_t rowBytes,
+                                      const std::uint8_t* data, HistInfo* info) {
+    std::uint32_t* const histogram = (*info->histogram)[0][0];
+    const RGBtuple color = UnpackColor(info->transColor);
+    const PixelVector below = PixelVector::Widen(PackRGB(color.blue, color.green, color.red));
+    ForEachRow(*area, rowBytes, data, [=](const std::uint8_t* pixels, int columns) {
+        CountRGBARow(pixels, columns, below, histogram);
+    });
+    return 0;
+}

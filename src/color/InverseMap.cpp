@@ -1,0 +1,119 @@
+// Fills the inverse map: entries spread from their own cells along the three axes of the cube.
+#include "DiffuseColor.h"
+
+#include "PixelVector.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+namespace {
+
+constexpr int kCells = 32; // along each channel
+constexpr int kMapBytes = kCells * kCells * kCells;
+constexpr int kRedStride = 1024, kGreenStride = 32;
+constexpr int kLanes = 16;               // lines that are swept together
+constexpr std::uint8_t kUnreached = 255; // above every real distance, 3 x 31 at most
+
+// Downward, so that the lowest of several entries in a cell stays.
+void SeedCells(const RGBLookUpTable& table, std::uint8_t* inverse, std::uint8_t* distance,
+               int numColors) {
+    for (int i = 255; i >= 0; --i) {
+        const int cell = (table.red[i] >> 3) * kRedStride + (table.green[i] >> 3) * kGreenStride +
+                         (table.blue[i] >> 3);
+        inverse[cell] = static_cast<std::uint8_t>(std::min(i, numColors - 1));
+        distance[cell] = 0;
+    }
+}
+
+// SpreadAcross for 16 lines that lie side by side. The lines know nothing of each other, and a
+// comparison that keeps ties is the equality of a cell's distance with the smaller one.
+void SpreadManyAcross(std::uint8_t* inverse, std::uint8_t* distance, std::ptrdiff_t stride) {
+    const ByteVector one = ByteVector::Splat(1);
+    ByteVector carriedIndex = ByteVector::Load(inverse);
+    ByteVector carriedDistance = ByteVector::Load(distance);
+    for (int i = 1; i < kCells; ++i) {
+        inverse += stride;
+        distance += stride;
+        const ByteVector own = ByteVector::Load(distance);
+        carriedDistance = carriedDistance.AddSaturated(one).Min(own); // 255 stays unreached
+        carriedIndex = own.Equal(carriedDistance).Choose(ByteVector::Load(inverse), carriedIndex);
+        carriedIndex.Store(inverse);
+        carriedDistance.Store(distance);
+    }
+}
+
+// SpreadLine for 16 lines that lie side by side.
+void SpreadLines(std::uint8_t* inverse, std::uint8_t* distance, std::ptrdiff_t stride) {
+    SpreadManyAcross(inverse, distance, stride);
+    const std::ptrdiff_t last = (kCells - 1) * stride;
+    SpreadManyAcross(inverse + last, distance + last, -stride);
+}
+
+// Writes a square of 16 x 16 bytes with rows and columns exchanged. Taking the upper and the lower
+// half of the rows in turn four times does it, as four cuts of a pack of 256 cards would.
+void Transpose(const std::uint8_t* from, int fromStride, std::uint8_t* to, int toStride) {
+    ByteVector rows[kLanes], shuffled[kLanes];
+    for (int i = 0; i < kLanes; ++i) rows[i] = ByteVector::Load(from + i * fromStride);
+    for (int round = 0; round < 4; ++round) {
+        for (int i = 0; i < kLanes / 2; ++i) {
+            shuffled[2 * i] = rows[i].InterleaveLower(rows[i + kLanes / 2]);
+            shuffled[2 * i + 1] = rows[i].InterleaveUpper(rows[i + kLanes / 2]);
+        }
+        std::copy_n(shuffled, kLanes, rows);
+    }
+    for (int i = 0; i < kLanes; ++i) rows[i].Store(to + i * toStride);
+}
+
+// Lines along blue lie one behind the other; 16 of them are laid side by side and back.
+void SpreadAlongBlue(std::uint8_t* inverse, std::uint8_t* distance) {
+    std::uint8_t turned[2][kCells * kLanes];
+    std::uint8_t* const maps[2] = {inverse, distance};
+    for (int m = 0; m < 2; ++m)
+        for (int blue = 0; blue < kCells; blue += kLanes)
+            Transpose(maps[m] + blue, kGreenStride, turned[m] + blue * kLanes, kLanes);
+    SpreadLines(turned[0], turned[1], kLanes);
+    for (int m = 0; m < 2; ++m)
+        for (int blue = 0; blue < kCells; blue += kLanes)
+            Transpose(turned[m] + blue * kLanes, kLanes, maps[m] + blue, kGreenStride);
+}
+
+} // namespace
+
+void BuildInverse(const RGBLookUpTable* table, std::uint8_t* inverse, std::uint8_t* distance,
+                  short numColors) {
+    std::memset(distance, kUnreached, kMapBytes);
+    SeedCells(*table, inverse, distance, numColors);
+    // The order of the axes decides ties: green, red, blue.
+    for (int red = 0; red < kCells; ++red)
+        for (int blue = 0; blue < kCells; blue += kLanes) {
+            const int line = red * kRedStride + blue;
+            SpreadLines(inverse + line, distance + line, kGreenStride);
+        }
+    for (int line = 0; line < kRedStride; line += kLanes)
+        SpreadLines(inverse + line, distance + line, kRedStride);
+    for (int lines = 0; lines < kMapBytes; lines += kLanes * kGreenStride)
+        SpreadAlongBlue(inverse + lines, distance + lines);
+}
+
+void SpreadLine(std::uint8_t* inverse, std::uint8_t* distance, short stride) {
+    SpreadAcross(inverse, distance, stride);
+    const int last = (kCells - 1) * stride;
+    SpreadAcross(inverse + last, distance + last, static_cast<short>(-stride));
+}
+
+std::uint8_t SpreadAcross(std::uint8_t* inverse, std::uint8_t* distance, short stride) {
+    std::uint8_t carriedIndex = 0;
+    std::uint8_t carriedDistance = kUnreached;
+    for (int i = 0, cell = 0; i < kCells; ++i, cell += stride) {
+        if (carriedDistance != kUnreached) ++carriedDistance;
+        if (carriedDistance < distance[cell]) {
+            inverse[cell] = carriedIndex;
+            distance[cell] = carriedDistance;
+        } else {
+            carriedIndex = inverse[cell];
+            carriedDistance = distance[cell];
+        }
+    }
+    return carriedIndex;
+}
