@@ -8,6 +8,7 @@
 #include "ExportHost.h"
 #include "LZW.h"
 #include "MemoryManager.h"
+#include "Operator.h"
 #include "Picture.h"
 #include "PlainAdaptivePalette.h"
 #include "PlainDiffusion.h"
@@ -195,7 +196,8 @@ void ExportStage(const BenchPicture& picture) {
         gif89::MakePicture(gif89::Picture::Kind::rgb, kBenchRows, kBenchColumns);
     if (std::exchange(prepared, picture.name) != picture.name)
         std::memcpy(subject.pixels.get(), picture.rgb.data(), picture.rgb.size());
-    gif89::ExportPicture(module, {subject, "bench", saver});
+    gif89::Operator user(subject, {});
+    gif89::ExportPicture(module, {subject, "bench", saver, &user.Events()});
 }
 void ExportPlain(const BenchPicture& picture) {
     const auto exact = PlainExactColors(picture.rgb);

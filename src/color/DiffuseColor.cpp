@@ -39,8 +39,8 @@ struct Mapping {
 
 // The pixel's bytes, red lowest. Of three bytes no fourth is read, which may lie past the picture.
 template <int kPixelBytes> std::uint32_t LoadPixel(const std::uint8_t* pixel) {
-    const auto color = static_cast<std::uint32_t>(pixel[0] | pixel[1] << 8 | pixel[2] << 16);
-    return kPixelBytes == 3 ? color : color | static_cast<std::uint32_t>(pixel[3]) << 24;
+    if constexpr (kPixelBytes == 4) return LoadFourBytes(pixel);
+    return static_cast<std::uint32_t>(pixel[0] | pixel[1] << 8 | pixel[2] << 16);
 }
 
 // What a step leaves behind it: all that reached the cell it was at, and the cell one pixel behind
@@ -62,7 +62,7 @@ template <int kPixelBytes, int kStep> struct RowScan {
     }
 
     Step Map(const Mapping& mapping, std::ptrdiff_t i, PixelVector cell) {
-        const std::uint8_t* pixel = src + i * (kStep * kPixelBytes);
+        const std::uint8_t* pixel = src + i * kStep * kPixelBytes;
         PixelVector color = PixelVector::Widen(LoadPixel<kPixelBytes>(pixel));
         if constexpr (kPixelBytes == 4) {
             if (pixel[3] == 0) {
@@ -75,9 +75,7 @@ template <int kPixelBytes, int kStep> struct RowScan {
         // DiffuseIn, and the cell of the inverse map.
         const PixelVector errors = cell + share;
         const PixelVector corrected = (color + errors).Grouped() - (errors >> 2);
-        const std::uint32_t bytes = corrected.ClampToBytes();
-        const std::uint8_t* greensAndBlues = mapping.inverse + (bytes << 7 & 0x7C00);
-        const std::uint8_t index = greensAndBlues[(bytes >> 6 & 0x3E0) | (bytes >> 19 & 0x1F)];
+        const std::uint8_t index = mapping.inverse[CellOf(corrected.ClampToBytes())];
         dst[i * kStep] = index;
 
         // DiffuseOut. Every pixel waits for its predecessor's share, so that is kept short: half of

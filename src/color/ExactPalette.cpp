@@ -2,8 +2,11 @@
 // of colours that need no search.
 #include "ExactPalette.h"
 
+#include "PixelVector.h"
+
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -30,35 +33,84 @@ void InsertAt(std::int32_t* colors, int slot, std::int32_t color) {
     for (; slot < kSlots && color != kEmptySlot; ++slot) std::swap(colors[slot], color);
 }
 
-constexpr int kGroup = 8; // pixels, whose bytes are three words of eight
+constexpr int kGroup = 8; // pixels
 constexpr int kGroupBytes = kGroup * 3;
 
-// Colours that are in the table already, each in one place that is computed from it.
+// Three words tell whether two groups of pixels are the same.
+bool SameGroup(const std::uint8_t* pixels, const std::uint8_t* others) {
+    std::uint64_t a[3], b[3];
+    std::memcpy(a, pixels, kGroupBytes);
+    std::memcpy(b, others, kGroupBytes);
+    return ((a[0] ^ b[0]) | (a[1] ^ b[1]) | (a[2] ^ b[2])) == 0;
+}
+
+// Colours that are in the table already, each in a place computed from it; a later one may take the
+// place of an earlier one. Here a colour is its three bytes as they are read in one go, red lowest.
 class SeenColors {
   public:
-    SeenColors() { std::fill_n(colors, kPlaces, kNoColor); }
+    SeenColors() { std::fill_n(colors, 1 << kPlaceBits, kNoColor); }
 
-    void Put(std::int32_t color) { *Place(color) = color; }
+    // True when the colour was here already.
+    bool Put(std::uint32_t color) { return std::exchange(colors[PlaceOf(color)], color) == color; }
 
-    // A group's pixels are looked up all at once, before anything depends on an answer; the plain
-    // way is to search the table for every pixel.
+    // Whether all colours of a group are here. They are looked up before anything depends on an
+    // answer; the plain way is to search the table for every pixel.
     bool HaveGroup(const std::uint8_t* pixels) const {
-        std::int32_t differences = 0;
-        for (int i = 0; i < kGroup; ++i) differences |= Difference(PackedPixel(pixels + 3 * i));
-        return differences == 0;
+        std::uint32_t differences = 0;
+        for (int i = 0; i < kGroup - 1; ++i)
+            differences |= Difference(LoadFourBytes(pixels + 3 * i) & 0xFFFFFF);
+        // The four bytes of the last one begin a byte early, to stay inside of the group.
+        return (differences | Difference(LoadFourBytes(pixels + kGroupBytes - 4) >> 8)) == 0;
     }
-    bool Have(std::int32_t color) const { return Difference(color) == 0; }
 
   private:
-    std::int32_t Difference(std::int32_t color) const {
-        return colors[PlaceOf(color)] ^ color;
+    static std::uint32_t PlaceOf(std::uint32_t color) {
+        return color * 2654435761u >> (32 - kPlaceBits);
     }
-    static std::uint32_t PlaceOf(std::int32_t color) {
-        return static_cast<std::uint32_t>(color) * 2654435761u >> (32 - kPlaceBits);
+    std::uint32_t Difference(std::uint32_t color) const { return colors[PlaceOf(color)] ^ color; }
+
+    static constexpr std::uint32_t kNoColor = ~0u;
+    static constexpr int kPlaceBits = 12; // so that few of 256 colours want the same place
+    std::uint32_t colors[1 << kPlaceBits];
+};
+
+// Records pixels in the table of `info`, whose count it leaves to the caller.
+class ColorRecorder {
+  public:
+    explicit ColorRecorder(ExactInfo* exactInfo)
+        : count(static_cast<std::int16_t>(exactInfo->count)), colors(exactInfo->colors) {}
+
+    // False as soon as there are too many colours. Groups like the one to their left or above,
+    // where there is a row above, have been recorded with that one.
+    bool AddRow(const std::uint8_t* row, const std::uint8_t* rowAbove, int columns) {
+        const int bytes = columns * 3;
+        int at = 0;
+        for (; bytes - at >= kGroupBytes; at += kGroupBytes) {
+            const std::uint8_t* const group = row + at;
+            if (at > 0 && SameGroup(group, group - kGroupBytes)) continue;
+            if (rowAbove && SameGroup(group, rowAbove + at)) continue;
+            if (!seen.HaveGroup(group) && !AddPixels(group, group + kGroupBytes)) return false;
+        }
+        return AddPixels(row + at, row + bytes);
+    }
+    std::int16_t Count() const { return count; }
+
+  private:
+    bool AddPixels(const std::uint8_t* pixel, const std::uint8_t* end) {
+        for (; pixel < end; pixel += 3) {
+            if (seen.Put(PackRGB(pixel[2], pixel[1], pixel[0]))) continue;
+            const std::int32_t color = PackedPixel(pixel);
+            const int slot = FindSlot(colors, color);
+            if (colors[slot] == color) continue;
+            if (count < kSlots) InsertAt(colors, slot + 1, color);
+            if (++count > kSlots) return false;
+        }
+        return true;
     }
 
-    static constexpr int kPlaceBits = 12; // few of 256 colours get in each other's way
-    std::int32_t colors[1 << kPlaceBits];
+    SeenColors seen;
+    std::int16_t count;
+    std::int32_t* colors;
 };
 
 } // namespace
@@ -74,21 +126,14 @@ short ExactCount(const Rect* area, std::int32_t rowBytes, const std::uint8_t* da
                  ExactInfo* info) {
     const int rows = area->bottom - area->top;
     const int columns = area->right - area->left;
-    auto count = static_cast<std::int16_t>(info->count);
-    std::int32_t previous = kEmptySlot; // equal neighbours need no search
+    ColorRecorder recorder(info);
+    const std::uint8_t* rowAbove = nullptr;
     for (int y = 0; y < rows; ++y) {
-        const std::uint8_t* pixel = data + std::ptrdiff_t{y} * rowBytes;
-        for (int x = 0; x < columns; ++x, pixel += 3) {
-            const std::int32_t color = PackedPixel(pixel);
-            if (color == previous) continue;
-            previous = color;
-            const int slot = FindSlot(info->colors, color);
-            if (info->colors[slot] == color) continue;
-            if (count < kSlots) InsertAt(info->colors, slot + 1, color);
-            if (++count > kSlots) return kTooManyColors;
-        }
+        const std::uint8_t* const row = data + std::ptrdiff_t{y} * rowBytes;
+        if (!recorder.AddRow(row, rowAbove, columns)) return kTooManyColors;
+        rowAbove = row;
     }
-    info->count = count;
+    info->count = recorder.Count();
     return 0;
 }
 

@@ -22,13 +22,16 @@ void ForEachRow(const Rect& area, std::int32_t rowBytes, const std::uint8_t* dat
 // is the loop at the end.
 void CountRGBRow(const std::uint8_t* pixel, int columns, std::uint32_t* histogram) {
     for (; columns * 3 >= kFourCellsBytes; columns -= 4, pixel += 12) {
-        std::uint32_t cells[4];
-        FindFourCells(pixel, cells);
-        if (cells[0] == cells[1] && ((cells[0] ^ cells[2]) | (cells[0] ^ cells[3])) == 0) {
-            histogram[cells[0]] += 4;
+        const auto [firstTwo, lastTwo] = FindFourCells(pixel);
+        const auto first = static_cast<std::uint32_t>(firstTwo);
+        if (firstTwo == lastTwo && first == firstTwo >> 32) {
+            histogram[first] += 4;
             continue;
         }
-        for (const std::uint32_t cell : cells) ++histogram[cell];
+        ++histogram[first];
+        ++histogram[firstTwo >> 32];
+        ++histogram[static_cast<std::uint32_t>(lastTwo)];
+        ++histogram[lastTwo >> 32];
     }
     for (; columns > 0; --columns, pixel += 3)
         ++histogram[CellOf(PackRGB(pixel[2], pixel[1], pixel[0]))];

@@ -52,7 +52,8 @@ void SpreadLines(std::uint8_t* inverse, std::uint8_t* distance, std::ptrdiff_t s
 
 // Writes a square of 16 x 16 bytes with rows and columns exchanged. Taking the upper and the lower
 // half of the rows in turn four times does it, as four cuts of a pack of 256 cards would.
-void Transpose(const std::uint8_t* from, int fromStride, std::uint8_t* to, int toStride) {
+void Transpose(const std::uint8_t* from, std::ptrdiff_t fromStride, std::uint8_t* to,
+               std::ptrdiff_t toStride) {
     ByteVector rows[kLanes], shuffled[kLanes];
     for (int i = 0; i < kLanes; ++i) rows[i] = ByteVector::Load(from + i * fromStride);
     for (int round = 0; round < 4; ++round) {
@@ -70,11 +71,11 @@ void SpreadAlongBlue(std::uint8_t* inverse, std::uint8_t* distance) {
     std::uint8_t turned[2][kCells * kLanes];
     std::uint8_t* const maps[2] = {inverse, distance};
     for (int m = 0; m < 2; ++m)
-        for (int blue = 0; blue < kCells; blue += kLanes)
+        for (std::ptrdiff_t blue = 0; blue < kCells; blue += kLanes)
             Transpose(maps[m] + blue, kGreenStride, turned[m] + blue * kLanes, kLanes);
     SpreadLines(turned[0], turned[1], kLanes);
     for (int m = 0; m < 2; ++m)
-        for (int blue = 0; blue < kCells; blue += kLanes)
+        for (std::ptrdiff_t blue = 0; blue < kCells; blue += kLanes)
             Transpose(turned[m] + blue * kLanes, kLanes, maps[m] + blue, kGreenStride);
 }
 

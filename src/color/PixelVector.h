@@ -9,7 +9,8 @@
 
 /// Four bytes as one number, the first in its lowest bits.
 inline std::uint32_t LoadFourBytes(const std::uint8_t* bytes) {
-    return bytes[0] | bytes[1] << 8 | bytes[2] << 16 | std::uint32_t{bytes[3]} << 24;
+    const auto low = static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16);
+    return low | std::uint32_t{bytes[3]} << 24;
 }
 
 /// The cell of the colour cube in which a colour lies; red in the lowest byte, green and blue above
@@ -18,23 +19,28 @@ inline std::uint32_t CellOf(std::uint32_t color) {
     return (color & 0xF8) << 7 | (color >> 6 & 0x3E0) | (color >> 19 & 0x1F);
 }
 
-/// Bytes that FindFourCells may read, although four pixels are 12.
+/// The cells of four pixels of red, green, blue, two in each word, the first in its lower half.
+struct FourCells {
+    std::uint64_t firstTwo, lastTwo;
+};
+/// Reads a few bytes more than the pixels' 12.
 constexpr int kFourCellsBytes = 16;
+FourCells FindFourCells(const std::uint8_t* rgb);
 
-#if defined(__SSE2__) && !defined(GIF89_PORTABLE)
+#if defined(__x86_64__) && !defined(GIF89_PORTABLE)
 #include <emmintrin.h>
 
-/// The cells of four pixels of red, green, blue.
-inline void FindFourCells(const std::uint8_t* rgb, std::uint32_t* cells) {
+inline FourCells FindFourCells(const std::uint8_t* rgb) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(rgb));
-    const __m128i colors =
-        _mm_unpacklo_epi64(_mm_unpacklo_epi32(bytes, _mm_srli_si128(bytes, 3)),
-                           _mm_unpacklo_epi32(_mm_srli_si128(bytes, 6), _mm_srli_si128(bytes, 9)));
+    const __m128i firstTwo = _mm_unpacklo_epi32(bytes, _mm_srli_si128(bytes, 3));
+    const __m128i lastTwo = _mm_unpacklo_epi32(_mm_srli_si128(bytes, 6), _mm_srli_si128(bytes, 9));
+    const __m128i colors = _mm_unpacklo_epi64(firstTwo, lastTwo);
     const __m128i red = _mm_slli_epi32(_mm_and_si128(colors, _mm_set1_epi32(0xF8)), 7);
     const __m128i green = _mm_and_si128(_mm_srli_epi32(colors, 6), _mm_set1_epi32(0x3E0));
     const __m128i blue = _mm_and_si128(_mm_srli_epi32(colors, 19), _mm_set1_epi32(0x1F));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(cells),
-                     _mm_or_si128(_mm_or_si128(red, green), blue));
+    const __m128i cells = _mm_or_si128(_mm_or_si128(red, green), blue);
+    return {static_cast<std::uint64_t>(_mm_cvtsi128_si64(cells)),
+            static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(cells, cells)))};
 }
 
 /// Red, green, blue and a fourth value, 16 bits each; all arithmetic wraps.
@@ -145,8 +151,9 @@ struct CountVector {
 
 #else
 
-inline void FindFourCells(const std::uint8_t* rgb, std::uint32_t* cells) {
-    for (int i = 0; i < 4; ++i) cells[i] = CellOf(LoadFourBytes(rgb + 3 * i));
+inline FourCells FindFourCells(const std::uint8_t* rgb) {
+    const auto cell = [rgb](int i) { return std::uint64_t{CellOf(LoadFourBytes(rgb + 3 * i))}; };
+    return {cell(0) | cell(1) << 32, cell(2) | cell(3) << 32};
 }
 
 struct PixelVector {

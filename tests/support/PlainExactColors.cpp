@@ -1,14 +1,20 @@
-// An ordered set, and a search from one end to the other.
+// A sorted list, and a search from one end to the other.
 #include "PlainExactColors.h"
 
+#include <algorithm>
 #include <functional>
-#include <set>
 
 std::vector<PackedColor> PlainExactColors(std::span<const std::uint8_t> rgb) {
-    std::set<PackedColor, std::greater<>> colors = {0x000000, 0xFFFFFF};
-    for (std::size_t i = 0; i < rgb.size() && colors.size() <= 256; i += 3)
-        colors.insert(PackRGB(rgb[i], rgb[i + 1], rgb[i + 2]));
-    return {colors.begin(), colors.end()};
+    std::vector<PackedColor> colors = {0xFFFFFF, 0x000000};
+    PackedColor last = colors.front();
+    for (std::size_t i = 0; i < rgb.size() && colors.size() <= 256; i += 3) {
+        const PackedColor color = PackRGB(rgb[i], rgb[i + 1], rgb[i + 2]);
+        if (color == last) continue;
+        last = color;
+        const auto place = std::lower_bound(colors.begin(), colors.end(), color, std::greater<>());
+        if (*place != color) colors.insert(place, color); // black is never below `color`
+    }
+    return colors;
 }
 
 std::vector<std::uint8_t> PlainExactIndices(const std::vector<PackedColor>& colors,
