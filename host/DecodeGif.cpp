@@ -1,16 +1,21 @@
 #include "DecodeGif.h"
 
-#include "LZW.h"
-#include "MemoryManager.h"
 #include "Picture.h"
 #include "Problem.h"
 
 #include <algorithm>
-#include <new>
+#include <bit>
+#include <cstring>
+#include <utility>
+#include <vector>
 
 namespace gif89 {
 
 namespace {
+
+constexpr int kMostWidth = 12; // bits of a code
+constexpr int kMostStrings = 1 << kMostWidth;
+constexpr int kCopyBytes = 16;
 
 [[noreturn]] void Fail(std::size_t offset, const std::string& sentence) {
     throw Problem("at byte " + std::to_string(offset) + ": " + sentence);
@@ -49,60 +54,58 @@ class ByteReader {
     std::size_t offset = 0;
 };
 
-/// Feeds the expander with codes from data sub-blocks, which must have been walked through before.
+/// Takes codes from data sub-blocks, which must have been walked through before. Bits are fetched
+/// eight bytes at a time where the sub-block has them.
 class CodeReader {
   public:
-    explicit CodeReader(ByteReader firstBlock) : reader(firstBlock) {}
+    CodeReader(std::span<const std::uint8_t> bytes, std::size_t firstBlock)
+        : file(bytes.data()), next(firstBlock) {}
 
     /// -1 where the data end before the code does.
-    static short GetCode(std::intptr_t refcon, short width) {
-        return reinterpret_cast<CodeReader*>(refcon)->NextCode(width);
-    }
-    bool DataEnded() {
-        if (blockLeft == 0) blockLeft = NextBlock();
-        return blockLeft == 0;
-    }
-    bool Exhausted() const { return exhausted; }
-    std::size_t Offset() const { return reader.Offset(); }
-
-  private:
-    int NextBlock() { return exhausted ? 0 : reader.Byte("data sub-block"); }
-
-    short NextCode(int width) {
-        for (; bitCount < width; bitCount += 8) {
-            if (DataEnded()) {
-                exhausted = true;
-                return -1;
-            }
-            bits |= static_cast<unsigned>(reader.Byte("data sub-block")) << bitCount;
-            --blockLeft;
-        }
-        const unsigned code = bits & ((1U << width) - 1);
+    int NextCode(int width) {
+        if (bitCount < width && !Fetch(width)) return -1;
+        const auto code = static_cast<int>(bits & ((1U << width) - 1));
         bits >>= width;
         bitCount -= width;
-        return static_cast<short>(code);
+        return code;
     }
-
-    ByteReader reader;
-    int blockLeft = 0;
-    unsigned bits = 0;
-    int bitCount = 0;
-    bool exhausted = false;
-};
-
-/// The coder's string table, given back when the decoder is done or throws.
-class StringTable {
-  public:
-    StringTable() : handle(NewHandle(kLZWStringBytes)) {
-        if (!handle) throw std::bad_alloc();
+    bool DataEnded() {
+        if (blockLeft + bitCount / 8 == 0) blockLeft = file[next++];
+        return blockLeft + bitCount / 8 == 0;
     }
-    StringTable(const StringTable&) = delete;
-    StringTable& operator=(const StringTable&) = delete;
-    ~StringTable() { DisposeHandle(handle); }
-    Handle Get() const { return handle; }
+    /// Behind the last byte that a code has taken bits from, or behind the terminator. Whole bytes
+    /// are left over only from the sub-block that `next` is in.
+    std::size_t Offset() const { return next - static_cast<std::size_t>(bitCount / 8); }
 
   private:
-    Handle handle;
+    bool Fetch(int width) {
+        while (bitCount < width) {
+            if (blockLeft == 0 && (blockLeft = file[next++]) == 0) {
+                bitCount = 0;
+                return false;
+            }
+            const int taken = blockLeft < 8 ? 1 : (63 - bitCount) / 8;
+            bits |= (taken == 1 ? file[next] : LoadEightBytes(file + next)) << bitCount;
+            next += static_cast<std::size_t>(taken);
+            blockLeft -= taken;
+            bitCount += 8 * taken;
+        }
+        return true;
+    }
+    static std::uint64_t LoadEightBytes(const std::uint8_t* bytes) {
+        std::uint64_t word = 0;
+        if constexpr (std::endian::native == std::endian::little)
+            std::memcpy(&word, bytes, sizeof word);
+        else
+            for (int i = 0; i < 8; ++i) word |= std::uint64_t{bytes[i]} << 8 * i;
+        return word;
+    }
+
+    const std::uint8_t* file;
+    std::size_t next;
+    int blockLeft = 0;
+    std::uint64_t bits = 0; // above bitCount lies a part of the byte that comes next, or nothing
+    int bitCount = 0;
 };
 
 void ReadHeader(ByteReader& reader, DecodedGif& gif) {
@@ -185,50 +188,162 @@ std::size_t WalkDataBlocks(ByteReader& reader) {
 /// symbols than there were codes up to it, nor for more than the string table has entries.
 void AllocateIndices(std::size_t offset, std::size_t dataBytes, int rootSize, DecodedGif& gif) {
     const std::size_t codes = dataBytes * 8 / static_cast<std::size_t>(rootSize + 1);
-    const std::size_t most = codes * std::min<std::size_t>(codes, kLZWStrings);
+    const std::size_t most = codes * std::min<std::size_t>(codes, kMostStrings);
     const std::size_t pixels =
         static_cast<std::size_t>(gif.rows) * static_cast<std::size_t>(gif.columns);
     if (most < pixels)
         Fail(offset, std::to_string(dataBytes) + " bytes of data cannot hold " +
                          std::to_string(pixels) + " pixels");
-    gif.indices = std::make_unique_for_overwrite<std::uint8_t[]>(pixels);
+    gif.indices = std::make_unique_for_overwrite<std::uint8_t[]>(pixels + kCopyBytes);
 }
 
-void ExpandRow(LZWData& lzw, const CodeReader& codes, int row, DecodedGif& gif) {
-    std::uint8_t* pixel = gif.indices.get() + std::ptrdiff_t{row} * gif.columns;
-    for (int column = 0; column < gif.columns; ++column) {
-        const int index = LZWExpand(&lzw);
-        const auto failHere = [&](const std::string& what) {
-            Fail(codes.Offset(),
-                 what + " for row " + std::to_string(row) + ", column " + std::to_string(column));
-        };
-        if (LZWExpandEnded(&lzw))
-            failHere(codes.Exhausted() ? "the image data end early"
-                     : lzw.status != 0 ? "an impossible code"
-                                       : "the end code instead of a pixel");
-        if (index >= gif.colors)
-            failHere("index " + std::to_string(index) + " past the table of " +
-                     std::to_string(gif.colors));
-        *pixel++ = static_cast<std::uint8_t>(index);
+/// The strings that codes stand for, as places where their symbols are already: those of single
+/// symbols in a list, all others in the pixels, since each is the string before it and a symbol
+/// more.
+struct Strings {
+    explicit Strings(int roots) {
+        for (int i = 0; i < roots; ++i) {
+            symbols[i] = static_cast<std::uint8_t>(i);
+            start[i] = symbols + i;
+            length[i] = 1;
+        }
+    }
+    const std::uint8_t* start[kMostStrings];
+    std::uint16_t length[kMostStrings];
+    std::uint8_t symbols[256 + kCopyBytes];
+};
+
+/// Copies a string to behind it; up to kCopyBytes of what follows it may come along, since most
+/// strings are short, and copying a fixed number of bytes is faster than counting them.
+void CopyString(const std::uint8_t* string, int length, std::uint8_t* pixel) {
+    if (length > kCopyBytes) {
+        std::memcpy(pixel, string, static_cast<std::size_t>(length));
+        return;
+    }
+    std::uint8_t bytes[kCopyBytes]; // what follows may overlap the pixels
+    std::memcpy(bytes, string, kCopyBytes);
+    std::memcpy(pixel, bytes, kCopyBytes);
+}
+
+/// Why an expansion went no further.
+enum class Stop { endCode, endOfData, impossibleCode, wrongIndex, surplusPixels };
+
+/// How far an expansion came.
+struct Expansion {
+    Stop stop;
+    int lastCode;
+    const std::uint8_t* end; ///< behind the last pixel
+    CodeReader codes;
+};
+
+/// Expands into pixels in the order of the file, with room for kCopyBytes more behind them. The
+/// reader comes and goes by value, so that its bits can stay in registers. The plain way is to go
+/// through a table of prefixes, symbol by symbol and back.
+Expansion Expand(CodeReader codes, int rootSize, int colors, std::uint8_t* pixel,
+                 const std::uint8_t* end) {
+    const int clearCode = 1 << rootSize;
+    Strings strings(clearCode);
+    int width = rootSize + 1, nextCode = clearCode + 2;
+    const std::uint8_t* last = nullptr; // the pixels of the code before
+    for (;;) {
+        const int code = codes.NextCode(width);
+        const auto stopped = [&](Stop reason) { return Expansion{reason, code, pixel, codes}; };
+        if (code == clearCode) {
+            width = rootSize + 1;
+            nextCode = clearCode + 2;
+            last = nullptr;
+            continue;
+        }
+        if (code == clearCode + 1) return stopped(Stop::endCode);
+        if (code < 0) return stopped(Stop::endOfData);
+
+        const int learnt = nextCode;
+        if (last && learnt < kMostStrings) {
+            strings.start[learnt] = last;
+            strings.length[learnt] = static_cast<std::uint16_t>(pixel - last + 1);
+            ++nextCode;
+            if (nextCode == 1 << width && width < kMostWidth) ++width;
+        }
+        if (code >= nextCode) return stopped(Stop::impossibleCode);
+        if (code >= colors && code < clearCode) return stopped(Stop::wrongIndex);
+
+        const int length = strings.length[code];
+        if (length > end - pixel) return stopped(Stop::surplusPixels);
+        // The string learnt just now ends with a pixel that is written here: its own first one.
+        const bool isLearnt = code == learnt;
+        CopyString(strings.start[code], length - isLearnt, pixel);
+        if (isLearnt) pixel[length - 1] = *pixel;
+        last = pixel;
+        pixel += length;
     }
 }
 
-void ExpandPixels(ByteReader firstBlock, int rootSize, DecodedGif& gif) {
+/// For each row of the picture its place in the file.
+std::vector<int> PlacesInFile(const DecodedGif& gif) {
     constexpr int kFirstRow[] = {0, 4, 2, 1}, kRowStep[] = {8, 8, 4, 2};
-    const StringTable strings;
-    CodeReader codes(firstBlock);
-    LZWData lzw;
-    lzw.stringTable = strings.Get();
-    LZWExpandStart(&lzw, static_cast<short>(rootSize), 0, CodeReader::GetCode,
-                   reinterpret_cast<std::intptr_t>(&codes));
+    std::vector<int> places(static_cast<std::size_t>(gif.rows));
+    int place = 0;
     for (int pass = 0; pass < (gif.interlaced ? 4 : 1); ++pass)
         for (int row = kFirstRow[pass]; row < gif.rows; row += gif.interlaced ? kRowStep[pass] : 1)
-            ExpandRow(lzw, codes, row, gif);
+            places[static_cast<std::size_t>(row)] = place++;
+    return places;
+}
 
-    LZWExpand(&lzw);
-    if (!LZWExpandEnded(&lzw) || LZWExpandEnd(&lzw) != 0)
+/// Moves every row from its place in the file to where it belongs, one round of moves after the
+/// other: a row is set aside, the one that belongs there takes its place, and so on.
+void SortRows(std::vector<int> places, DecodedGif& gif) {
+    const auto columns = static_cast<std::size_t>(gif.columns);
+    const auto pixels = [&](int row) {
+        return gif.indices.get() + static_cast<std::size_t>(row) * columns;
+    };
+    std::vector<std::uint8_t> aside(columns);
+    for (int first = 0; first < gif.rows; ++first) {
+        int row = first;
+        int place = std::exchange(places[static_cast<std::size_t>(row)], row);
+        if (place == row) continue;
+        std::copy_n(pixels(first), columns, aside.data());
+        while (place != first) {
+            std::copy_n(pixels(place), columns, pixels(row));
+            row = place;
+            place = std::exchange(places[static_cast<std::size_t>(row)], row);
+        }
+        std::copy_n(aside.data(), columns, pixels(row));
+    }
+}
+
+[[noreturn]] void FailAtPixel(const Expansion& expansion, const DecodedGif& gif,
+                              const std::vector<int>& places) {
+    const std::ptrdiff_t done = expansion.end - gif.indices.get();
+    const auto row = std::find(places.begin(), places.end(), done / gif.columns) - places.begin();
+    const auto reason = [&]() -> std::string {
+        switch (expansion.stop) {
+        case Stop::endOfData:
+            return "the image data end early";
+        case Stop::impossibleCode:
+            return "an impossible code";
+        case Stop::wrongIndex:
+            return "index " + std::to_string(expansion.lastCode) + " past the table of " +
+                   std::to_string(gif.colors);
+        default:
+            return "the end code instead of a pixel";
+        }
+    };
+    Fail(expansion.codes.Offset(), reason() + " for row " + std::to_string(row) + ", column " +
+                                       std::to_string(done % gif.columns));
+}
+
+void ExpandPixels(CodeReader firstBlock, int rootSize, DecodedGif& gif) {
+    std::uint8_t* const pixels = gif.indices.get();
+    const std::uint8_t* const end = pixels + std::ptrdiff_t{gif.rows} * gif.columns;
+    Expansion expansion = Expand(firstBlock, rootSize, gif.colors, pixels, end);
+    CodeReader& codes = expansion.codes;
+    const std::vector<int> places = PlacesInFile(gif);
+    if (expansion.stop == Stop::surplusPixels ||
+        (expansion.end == end && expansion.stop != Stop::endCode))
         Fail(codes.Offset(), "expected the end code after the last pixel");
+    if (expansion.end != end) FailAtPixel(expansion, gif, places);
     if (!codes.DataEnded()) Fail(codes.Offset(), "more image data after the end code");
+    SortRows(places, gif);
 }
 
 } // namespace
@@ -245,14 +360,14 @@ DecodedGif DecodeGif(std::span<const std::uint8_t> file) {
     while (1 << smallest < gif.colors) ++smallest;
     reader.Expect(rootSize, smallest, 1, "minimum code size");
 
-    const ByteReader firstBlock = reader;
+    const std::size_t firstBlock = reader.Offset();
     const std::size_t dataBytes = WalkDataBlocks(reader);
     reader.ExpectByte(0x3B, "trailer");
     if (reader.Left() != 0)
         Fail(reader.Offset(), std::to_string(reader.Left()) + " bytes after the trailer");
 
-    AllocateIndices(firstBlock.Offset(), dataBytes, rootSize, gif);
-    ExpandPixels(firstBlock, rootSize, gif);
+    AllocateIndices(firstBlock, dataBytes, rootSize, gif);
+    ExpandPixels(CodeReader(file, firstBlock), rootSize, gif);
     return gif;
 }
 
