@@ -203,7 +203,7 @@ OSErr ExportHost::DeliverCopy(const Rect& area, short first, short last) {
     } catch (const std::bad_alloc&) {
         return memFullErr;
     }
-    for (short plane = first; plane <= last; ++plane) {
+    for (short plane = first; rows > 0 && plane <= last; ++plane) {
         const bool ofPixels = plane < own;
         const std::uint8_t* source =
             ofPixels ? picture.pixels.get() + plane
