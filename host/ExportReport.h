@@ -1,8 +1,6 @@
-// What became of a picture on its way into a GIF file, found by comparing the decoded file with
-// what went in.
+// What became of a picture on its way into a GIF file.
 #pragma once
 
-#include "DecodeGif.h"
 #include "Picture.h"
 
 #include <cstdint>
@@ -51,11 +49,6 @@ struct ExportReport {
     /// converted and left out nothing. Comments are no part of the picture.
     bool Lossless() const;
 };
-
-/// Compares. `original` is the picture as it was read; `exported` is the one handed to the module
-/// (often the same); both have the size of `gif`. `palette` is as in the report and not looked at.
-ExportReport MakeReport(const Picture& original, const Picture& exported, const DecodedGif& gif,
-                        std::size_t bytes, std::string palette);
 
 /// Several short lines for a person, each ended by a newline.
 std::string ReportText(const ExportReport& report);

@@ -191,24 +191,23 @@ class PixelReader {
           rowBytes(samples * (header.maximum > 255 ? 2 : 1)) {}
 
     void Read(Picture& picture) {
-        const bool inPlace = header.maximum == 255 && header.depth != 2;
-        if (!inPlace) row.resize(rowBytes);
-        for (int y = 0; y < picture.rows; ++y) {
-            std::uint8_t* place =
-                picture.pixels.get() + picture.RowBytes() * static_cast<std::size_t>(y);
-            ReadRow(inPlace ? place : row.data(), y);
-            if (!inPlace) PlaceRow(place, y);
+        const auto rows = static_cast<std::size_t>(picture.rows);
+        if (header.maximum == 255 && header.depth != 2) // stored as we keep them
+            return ReadRows(picture.pixels.get(), rows, 0);
+        row.resize(rowBytes);
+        for (std::size_t y = 0; y < rows; ++y) {
+            ReadRows(row.data(), 1, rows - y - 1);
+            PlaceRow(picture.pixels.get() + picture.RowBytes() * y, static_cast<int>(y));
         }
         picture.notes.rounded = rounded;
     }
 
   private:
-    void ReadRow(std::uint8_t* bytes, int y) {
-        const std::size_t got = input.Read(bytes, rowBytes);
-        if (got == rowBytes) return;
-        const auto rowsLeft = static_cast<std::size_t>(header.rows - y);
+    void ReadRows(std::uint8_t* bytes, std::size_t rows, std::size_t rowsAfter) {
+        const std::size_t got = input.Read(bytes, rows * rowBytes);
+        if (got == rows * rowBytes) return;
         throw HeaderProblem(header.format, "its pixels end " +
-                                               std::to_string(rowsLeft * rowBytes - got) +
+                                               std::to_string((rows + rowsAfter) * rowBytes - got) +
                                                " bytes too early");
     }
 

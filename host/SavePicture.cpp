@@ -30,9 +30,11 @@ class SaveDialog : public StandardFileResponder {
     void PutFile(ConstStr255Param, ConstStr255Param defaultName,
                  StandardFileReply* reply) override {
         try {
-            reply->sfFile = DescriptorToFSSpec(OpenFor(
-                {reinterpret_cast<const char*>(defaultName + 1), std::size_t{defaultName[0]}}));
+            const int file = OpenFor(
+                {reinterpret_cast<const char*>(defaultName + 1), std::size_t{defaultName[0]}});
+            reply->sfFile = DescriptorToFSSpec(file);
             reply->sfGood = 1;
+            check->Begin(file);
         } catch (const Problem& problem) {
             refusal = problem; // the module only hears "cancelled"
         }
@@ -41,6 +43,7 @@ class SaveDialog : public StandardFileResponder {
         if (opener) opener->GetFile(filter, reply);
     }
 
+    FileCheck* check = nullptr; ///< set before the dialog comes up; follows the file
     std::optional<Problem> refusal;
 
   protected:
@@ -87,29 +90,29 @@ class SaveToMemory final : public SaveDialog {
     }
 };
 
-/// The finished file's bytes in memory.
-class FileBytes {
+/// A file in memory, as bytes.
+class MappedFile {
   public:
-    explicit FileBytes(int descriptor) {
-        struct stat status;
+    explicit MappedFile(int descriptor) {
+        struct stat status = {};
         if (fstat(descriptor, &status) != 0) Fail();
         size = static_cast<std::size_t>(status.st_size);
-        bytes = std::make_unique_for_overwrite<std::uint8_t[]>(size);
-        for (std::size_t done = 0; done < size;) {
-            const ssize_t got = Uninterrupted([&] {
-                return pread(descriptor, bytes.get() + done, size - done, static_cast<off_t>(done));
-            });
-            if (got <= 0) Fail();
-            done += static_cast<std::size_t>(got);
-        }
+        bytes = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
+        if (bytes == MAP_FAILED) Fail();
     }
-    std::span<const std::uint8_t> Span() const { return {bytes.get(), size}; }
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile() { munmap(bytes, size); }
+
+    std::span<const std::uint8_t> Span() const {
+        return {static_cast<const std::uint8_t*>(bytes), size};
+    }
 
   private:
     [[noreturn]] static void Fail() { throw Problem("the finished file cannot be read back"); }
 
-    std::unique_ptr<std::uint8_t[]> bytes;
-    std::size_t size = 0;
+    void* bytes;
+    std::size_t size;
 };
 
 void WriteAll(int descriptor, std::span<const std::uint8_t> bytes) {
@@ -142,23 +145,21 @@ std::string Run(const Export& job, SaveDialog& dialog) {
         if (dialog.refusal) throw *dialog.refusal;
         throw;
     }
+    if (job.picture.kind == Picture::Kind::indexed)
+        return job.picture.notes.madeIndexed ? "found" : "own";
     return watch ? watch->Palette() : std::string();
 }
 
-// Decodes the whole file and compares it with what was to be written.
-SavedGif CheckFile(const Export& job, std::span<const std::uint8_t> bytes, std::string palette) {
-    SavedGif saved = {{}, {}, DecodeGif(bytes)};
-    const DecodedGif& gif = saved.gif;
-    if (gif.rows != job.picture.rows || gif.columns != job.picture.columns)
-        throw Problem("the finished file has another size than the picture");
-    if (gif.comment && *gif.comment != job.picture.comment)
-        throw Problem("the finished file has another comment than the picture");
-    const Picture& original = job.checks.original ? *job.checks.original : job.picture;
-    if (job.picture.kind == Picture::Kind::indexed)
-        palette = job.picture.notes.madeIndexed ? "found" : "own";
-    saved.report = MakeReport(original, job.picture, gif, bytes.size(), std::move(palette));
-    if (job.checks.accept) job.checks.accept(saved.report);
-    return saved;
+// Runs the export while the file is decoded and compared with what was to be written.
+CheckedGif RunChecked(const Export& job, SaveDialog& dialog) {
+    const SaveChecks& checks = job.checks;
+    FileCheck check(checks.original ? *checks.original : job.picture, job.picture,
+                    checks.keepIndices);
+    dialog.check = &check; // which ends before the dialog closes its file
+    std::string palette = Run(job, dialog);
+    CheckedGif checked = check.Finish(std::move(palette));
+    if (checks.accept) checks.accept(checked.report);
+    return checked;
 }
 
 // A device or pipe cannot be replaced by a file; it is written to.
@@ -169,10 +170,8 @@ bool IsStream(const std::string& path) {
 
 SavedGif SaveToStream(const Export& job, int stream) {
     SaveToMemory dialog(job.user.files);
-    const std::string palette = Run(job, dialog);
-    const FileBytes bytes(dialog.file.Get());
-    SavedGif saved = CheckFile(job, bytes.Span(), palette);
-    WriteAll(stream, bytes.Span());
+    SavedGif saved = {RunChecked(job, dialog), {}};
+    WriteAll(stream, MappedFile(dialog.file.Get()).Span());
     return saved;
 }
 
@@ -190,8 +189,7 @@ SavedGif SavePicture(const ExportModule& module, const Picture& picture,
     }
 
     SaveToFolder dialog(destination, user.files, checks);
-    const std::string palette = Run(job, dialog);
-    SavedGif saved = CheckFile(job, FileBytes(dialog.file->FileDescriptor()).Span(), palette);
+    SavedGif saved = {RunChecked(job, dialog), {}};
     dialog.file->Commit();
     saved.path = dialog.file->Target();
     return saved;

@@ -3,7 +3,7 @@
 
 #include "EventSource.h"
 #include "ExportModule.h"
-#include "ExportReport.h"
+#include "FileCheck.h"
 #include "Picture.h"
 #include "StagedFile.h"
 #include "StandardFile.h"
@@ -22,10 +22,8 @@ struct Destination {
 };
 
 /// What was written.
-struct SavedGif {
+struct SavedGif : CheckedGif {
     std::string path; ///< empty for a stream
-    ExportReport report;
-    DecodedGif gif;
 };
 
 /// Who answers the module's dialogs; the save dialog is answered by SavePicture itself.
@@ -37,6 +35,7 @@ struct DialogUser {
 /// What is looked at on the way; each may throw Problem, and then nothing is written.
 struct SaveChecks {
     const Picture* original = nullptr; ///< to compare with; null is the exported picture itself
+    bool keepIndices = false;          ///< in what is returned
     /// Asked with the target's path before anything is written there.
     std::function<void(const std::string&)> mayWrite;
     /// Asked before the finished file takes its place.

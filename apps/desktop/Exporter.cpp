@@ -28,6 +28,7 @@ SavedGif Save(const ExportTask& task, const Picture& exported, const DialogUser&
     const Destination destination = {{}, task.target, -1, Existing::replace};
     SaveChecks checks;
     checks.original = &task.original;
+    checks.keepIndices = true;
     checks.mayWrite = [&task](const std::string&) {
         if (task.working) task.working();
     };

@@ -1,6 +1,6 @@
 #include "PictureImage.h"
 
-#include "ExportReport.h"
+#include "MakeReport.h"
 
 #include <gtest/gtest.h>
 
@@ -55,7 +55,7 @@ TEST(DifferenceImage, MarksAsManyPixelsAsTheReportCounts) {
     for (const auto kind : {Picture::Kind::rgb, Picture::Kind::rgbAlpha, Picture::Kind::indexed}) {
         const Picture picture = MakePicture(kind, random);
         const DecodedGif gif = MakeGif(picture, random);
-        const ExportReport report = MakeReport(picture, picture, gif, 1, "adaptive");
+        const ExportReport report = MakeReport(picture, gif);
         const QImage marked = DifferenceImage(ImageOf(picture), ImageOf(gif));
         std::int64_t tinted = 0;
         for (int y = 0; y < marked.height(); ++y)

@@ -65,7 +65,9 @@ ExportChoices Repeat(const Picture& picture, std::vector<Act> acts,
     const Destination first = {{}, folder.Path("first.gif"), -1, Existing::keep};
     SavedGif saved;
     try {
-        saved = SavePicture(TheModule(), picture, "first", first, {&watch, &watch});
+        SaveChecks checks;
+        checks.keepIndices = true;
+        saved = SavePicture(TheModule(), picture, "first", first, {&watch, &watch}, checks);
     } catch (const Problem& problem) {
         ADD_FAILURE() << problem.what() << ": " << script.Failure();
         return {};
@@ -168,7 +170,9 @@ TEST(ChoicesWatch, ProposesThePicturesOwnTransparency) {
     ScriptSource script({PressItem(kOK)});
     ChoicesWatch watch(script, nullptr, picture);
     const Destination there = {{}, folder.Path("a.gif"), -1, Existing::keep};
-    const SavedGif saved = SavePicture(TheModule(), picture, "a", there, {&watch, &watch});
+    SaveChecks checks;
+    checks.keepIndices = true;
+    const SavedGif saved = SavePicture(TheModule(), picture, "a", there, {&watch, &watch}, checks);
     for (std::size_t n = 0; n < picture.PixelBytes(); ++n)
         ASSERT_EQ(saved.gif.indices[n] == saved.gif.transparentIndex,
                   picture.channels[0].bytes[n] < 128)

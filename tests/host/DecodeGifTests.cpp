@@ -107,6 +107,17 @@ ByteVector FileAround(int rows, int columns, const ByteVector& dataBlocks) {
     return file;
 }
 
+// Files of others may go on with a full table, of which pixels are no longer held back.
+TEST(DecodeGif, GoesOnWithAFullTable) {
+    constexpr int kSide = 500;
+    std::mt19937 random(7);
+    ByteVector indices(std::size_t{kSide} * kSide);
+    for (std::uint8_t& index : indices) index = random() % 8 == 0 ? random() % 4 : 1;
+    const auto codes = PlainLzwCodes(indices, {2, false});
+    const DecodedGif gif = DecodeGif(FileAround(kSide, kSide, DataBlocks(PackCodes(codes))));
+    EXPECT_TRUE(std::equal(indices.begin(), indices.end(), gif.indices.get()));
+}
+
 TEST(DecodeGif, SaysWhatIsWrongAndWhere) {
     const ByteVector small = SmallFile();
     const auto with = [&](std::size_t at, std::uint8_t value) {

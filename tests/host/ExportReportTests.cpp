@@ -1,6 +1,6 @@
 // What the report says of pictures and files put together by hand, and of random ones by counting
 // again the slow way.
-#include "ExportReport.h"
+#include "MakeReport.h"
 
 #include <gtest/gtest.h>
 
@@ -35,7 +35,7 @@ Picture MakeFour(const std::vector<std::uint8_t>& bytes) {
 TEST(ExportReport, FindsNothingWhereOnlyHiddenColorsDiffer) {
     Picture picture = MakeFour({255, 0, 0, 255, 0, 255, 0, 255, 9, 9, 9, 0, 255, 0, 0, 255});
     picture.comment = "left out";
-    const ExportReport report = MakeReport(picture, picture, MakeGif(), 50, "exact");
+    const ExportReport report = MakeReport(picture, MakeGif());
     EXPECT_TRUE(report.Lossless());
     EXPECT_EQ(report.sourceColors, 2);
     EXPECT_EQ(report.usedEntries, 3);
@@ -50,14 +50,14 @@ TEST(ExportReport, FindsNothingWhereOnlyHiddenColorsDiffer) {
           +[](InputNotes& n) { n.profileUse = InputNotes::ProfileUse::converted; }}) {
         picture.notes = {};
         change(picture.notes);
-        EXPECT_FALSE(MakeReport(picture, picture, MakeGif(), 50, "exact").Lossless());
+        EXPECT_FALSE(MakeReport(picture, MakeGif()).Lossless());
     }
 }
 
 TEST(ExportReport, CountsEachKindOfLoss) {
     // Off by 3 and 10; half opaque; opaque but transparent in the file; transparent but visible.
     const Picture picture = MakeFour({252, 10, 0, 255, 0, 255, 0, 128, 7, 8, 9, 255, 1, 2, 3, 0});
-    const ExportReport report = MakeReport(picture, picture, MakeGif(), 50, "exact");
+    const ExportReport report = MakeReport(picture, MakeGif());
     EXPECT_EQ(report.changedPixels, 4);
     EXPECT_EQ(report.largestError, 10);
     EXPECT_DOUBLE_EQ(report.meanError, 13 / 3.0);
@@ -109,7 +109,7 @@ TEST(ExportReport, AgreesWithCountingAgain) {
             changed += !(opacity == 0 && hidden);
         }
     }
-    const ExportReport report = MakeReport(picture, picture, gif, 1, "adaptive");
+    const ExportReport report = MakeReport(picture, gif);
     EXPECT_EQ(report.changedPixels, changed);
     EXPECT_EQ(report.sourceColors, static_cast<std::int64_t>(colors.size()));
     EXPECT_EQ(report.alphaLevels, static_cast<int>(levels.size()));

@@ -1,0 +1,61 @@
+#include "FollowedFile.h"
+
+#include "Descriptor.h"
+#include "Problem.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+
+namespace gif89 {
+
+void FollowedFile::End(Stage how) {
+    {
+        const std::scoped_lock lock(mutex);
+        stage = how;
+    }
+    ended.notify_all();
+}
+
+FollowedFile::Stage FollowedFile::CurrentStage() {
+    const std::scoped_lock lock(mutex);
+    return stage;
+}
+
+// The system tells nobody of a write, so that one looks again after a while. A file of a megabyte
+// takes about ten milliseconds to write.
+void FollowedFile::WaitAWhile() {
+    std::unique_lock lock(mutex);
+    ended.wait_for(lock, std::chrono::microseconds(200),
+                   [this] { return stage != Stage::growing; });
+}
+
+bool FollowedFile::ReadMore() {
+    const ssize_t got = Uninterrupted([&] {
+        return pread(file, buffer.get() + filled, kBufferBytes - filled,
+                     static_cast<off_t>(bufferOffset + filled));
+    });
+    if (got < 0) throw Problem("the finished file cannot be read back");
+    filled += static_cast<std::size_t>(got);
+    return got > 0;
+}
+
+std::span<const std::uint8_t> FollowedFile::From(std::size_t offset, std::size_t count) {
+    const std::size_t passed = offset - bufferOffset;
+    if (filled - passed < count && passed > 0) {
+        std::memmove(buffer.get(), buffer.get() + passed, filled - passed);
+        filled -= passed;
+        bufferOffset = offset;
+    }
+    while (bufferOffset + filled < offset + count) {
+        const Stage before = CurrentStage(); // what is complete by now is read to its end
+        if (before == Stage::abandoned) throw Problem("the file was given up");
+        if (ReadMore()) continue;
+        if (before == Stage::complete) break;
+        WaitAWhile();
+    }
+    const std::size_t first = offset - bufferOffset;
+    return {buffer.get() + first, filled - first};
+}
+
+} // namespace gif89

@@ -1,0 +1,217 @@
+#include "GifComparison.h"
+
+#include "Problem.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <set>
+#include <utility>
+
+namespace gif89 {
+namespace {
+
+struct FreeBlock {
+    void operator()(std::uint64_t* block) const { std::free(block); }
+};
+
+/// Counts colours, one bit for each of the 2^24.
+class ColorCounter {
+  public:
+    ColorCounter() {
+        if (!seen) throw std::bad_alloc();
+    }
+    void Add(PackedColor color) {
+        std::uint64_t& word = seen[color / 64];
+        const std::uint64_t bit = std::uint64_t{1} << color % 64;
+        if (word & bit) return; // as a rule, which a processor foresees
+        word |= bit;
+        ++count;
+    }
+    std::int64_t Count() const { return count; }
+
+  private:
+    // Comes cleared from the system, page by page as it is touched; small pictures touch little.
+    std::unique_ptr<std::uint64_t[], FreeBlock> seen{
+        static_cast<std::uint64_t*>(std::calloc((1U << 24) / 64, sizeof(std::uint64_t)))};
+    std::int64_t count = 0;
+};
+
+std::size_t PixelCount(const Picture& picture) {
+    return static_cast<std::size_t>(picture.rows) * static_cast<std::size_t>(picture.columns);
+}
+
+std::int64_t CountIndexedColors(const Picture& picture) {
+    const std::uint8_t* const opacity = OpacityOf(picture);
+    bool used[256] = {};
+    for (std::size_t n = 0; n < PixelCount(picture); ++n)
+        if (!opacity || opacity[n] > 0) used[picture.pixels[n]] = true;
+    std::set<PackedColor> colors;
+    for (int index = 0; index < 256; ++index)
+        if (used[index]) colors.insert(PackColor(TableEntry(picture.table, index)));
+    return static_cast<std::int64_t>(colors.size());
+}
+
+template <int kPixelBytes> std::int64_t CountTrueColors(const Picture& picture) {
+    ColorCounter colors;
+    const std::uint8_t* pixel = picture.pixels.get();
+    const std::uint8_t* const end = pixel + picture.PixelBytes();
+    for (; pixel < end; pixel += kPixelBytes)
+        if (kPixelBytes == 3 || pixel[3] > 0) colors.Add(PackRGB(pixel[0], pixel[1], pixel[2]));
+    return colors.Count();
+}
+
+} // namespace
+
+std::int64_t CountColors(const Picture& picture) {
+    if (picture.kind == Picture::Kind::indexed) return CountIndexedColors(picture);
+    return picture.kind == Picture::Kind::rgb ? CountTrueColors<3>(picture)
+                                              : CountTrueColors<4>(picture);
+}
+
+GifComparison::GifComparison(const Picture& originalPicture)
+    : original(originalPicture), opacity(OpacityOf(originalPicture)) {
+    if (original.kind == Picture::Kind::indexed && !opacity) pairs.resize(256 * 256);
+}
+
+void GifComparison::Begin(const GifHead& head, std::size_t, int) {
+    if (head.rows != original.rows || head.columns != original.columns)
+        throw Problem("the finished file has another size than the picture");
+    gif = head;
+    for (int index = 0; index < 256; ++index) {
+        const RGBtuple entry = TableEntry(gif.table, index);
+        shown[index] = {entry.red, entry.green, entry.blue,
+                        index == gif.transparentIndex ? 0 : 255};
+        shownBytes[index][0] = entry.red;
+        shownBytes[index][1] = entry.green;
+        shownBytes[index][2] = entry.blue;
+    }
+    line.resize(static_cast<std::size_t>(gif.columns) * 3 + 1); // see TakeOpaque
+}
+
+void GifComparison::Take(int row, int column, Indices indices) {
+    const std::size_t first =
+        static_cast<std::size_t>(row) * static_cast<std::size_t>(gif.columns) +
+        static_cast<std::size_t>(column);
+    const std::uint8_t* const pixels = original.pixels.get();
+    if (original.kind == Picture::Kind::indexed) {
+        if (!opacity) return TakeIndexed(first, indices);
+        return TakeAny(
+            [this, pixels](std::size_t n) {
+                const RGBtuple color = TableEntry(original.table, pixels[n]);
+                return Pixel{color.red, color.green, color.blue, opacity[n]};
+            },
+            first, indices);
+    }
+    const bool isOpaque = original.kind == Picture::Kind::rgb;
+    if (isOpaque && gif.transparentIndex < 0) return TakeOpaque(first, indices);
+    const std::size_t step = isOpaque ? 3 : 4;
+    TakeAny(
+        [pixels, step](std::size_t n) {
+            const std::uint8_t* const pixel = pixels + n * step;
+            return Pixel{pixel[0], pixel[1], pixel[2], step == 4 ? pixel[3] : 255};
+        },
+        first, indices);
+}
+
+// Counts the pairs of indices, which are few, so that each kind of pair is looked at once.
+void GifComparison::TakeIndexed(std::size_t first, Indices indices) {
+    const std::uint8_t* was = original.pixels.get() + first;
+    for (const std::uint8_t index : indices) ++pairs[static_cast<std::size_t>(*was++ << 8 | index)];
+}
+
+void GifComparison::AddPairs() {
+    for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
+        if (pairs[pair] == 0) continue;
+        const RGBtuple color = TableEntry(original.table, static_cast<int>(pair >> 8));
+        Add({color.red, color.green, color.blue, 255}, pair & 255, pairs[pair]);
+    }
+}
+
+// Photographs. The file's pixels are laid out as the picture's are, each stored with a byte behind
+// it, so that the compiler can take many bytes at a time for the differences.
+void GifComparison::TakeOpaque(std::size_t first, Indices indices) {
+    const std::uint8_t* const was = original.pixels.get() + first * 3;
+    const std::size_t samples = indices.size() * 3;
+    std::uint8_t* is = line.data();
+    std::int32_t changed = 0;
+    for (const std::uint8_t index : indices) {
+        const std::uint8_t* const pixel = was + (is - line.data());
+        std::memcpy(is, shownBytes[index], 4);
+        changed += ((pixel[0] ^ is[0]) | (pixel[1] ^ is[1]) | (pixel[2] ^ is[2])) != 0;
+        used[index] = true;
+        is += 3;
+    }
+    std::int32_t sum = 0; // at most 32767 x 3 x 255
+    int largest = 0;
+    for (std::size_t n = 0; n < samples; ++n) {
+        const int error = std::abs(was[n] - line[n]);
+        sum += error;
+        largest = std::max(largest, error);
+    }
+    report.changedPixels += changed;
+    report.largestError = std::max(report.largestError, largest);
+    errorSum += sum;
+    compared += static_cast<std::int64_t>(indices.size());
+}
+
+template <typename Fetch>
+void GifComparison::TakeAny(Fetch fetch, std::size_t first, Indices indices) {
+    for (const std::uint8_t index : indices) Add(fetch(first++), index, 1);
+}
+
+void GifComparison::Add(const Pixel& was, int index, std::int64_t times) {
+    const Pixel& is = shown[index];
+    used[index] = true;
+    if (was.opacity == 255 && is.opacity == 255) {
+        const int red = std::abs(was.red - is.red), green = std::abs(was.green - is.green),
+                  blue = std::abs(was.blue - is.blue);
+        const int sum = red + green + blue;
+        compared += times;
+        errorSum += sum * times;
+        if (sum > 0) report.changedPixels += times;
+        report.largestError = std::max({report.largestError, red, green, blue});
+        return;
+    }
+    const bool hidden = is.opacity == 0;
+    if (was.opacity == 0 && hidden) return;
+    report.changedPixels += times;
+    if (hidden) report.madeTransparent += times;
+    if (was.opacity == 0) report.madeOpaque += times;
+    if (was.opacity == 0 || was.opacity == 255) return;
+    report.partlyOpaque += times;
+    levels.set(static_cast<std::size_t>(was.opacity));
+}
+
+ExportReport GifComparison::Report(const Picture& exported, std::int64_t sourceColors,
+                                   std::size_t bytes, std::string palette) {
+    AddPairs();
+    std::set<PackedColor> visible;
+    for (int index = 0; index < 256; ++index) {
+        report.usedEntries += used[index];
+        if (used[index] && shown[index].opacity > 0) visible.insert(shown[index].Color());
+    }
+    report.shownColors = static_cast<int>(visible.size());
+    report.sourceColors = sourceColors;
+    report.alphaLevels = static_cast<int>(levels.count());
+    if (compared > 0)
+        report.meanError = static_cast<double>(errorSum) / (3.0 * static_cast<double>(compared));
+    report.rows = gif.rows;
+    report.columns = gif.columns;
+    report.pixels = std::int64_t{gif.rows} * gif.columns;
+    report.bytes = bytes;
+    report.interlaced = gif.interlaced;
+    report.transparentIndex = gif.transparentIndex;
+    report.tableEntries = gif.colors;
+    report.indexed = exported.kind == Picture::Kind::indexed;
+    report.palette = std::move(palette);
+    report.comment = gif.comment                ? CommentFate::kept
+                     : exported.comment.empty() ? CommentFate::none
+                                                : CommentFate::dropped;
+    report.notes = original.notes;
+    return std::move(report);
+}
+
+} // namespace gif89

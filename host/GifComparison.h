@@ -1,0 +1,61 @@
+// Compares a GIF file with the picture it was made of, pixel by pixel as they are decoded.
+#pragma once
+
+#include "ExportReport.h"
+#include "Picture.h"
+#include "ScanGif.h"
+
+#include <bitset>
+#include <vector>
+
+namespace gif89 {
+
+/// The distinct colours of a picture's visible pixels, those of an opacity above 0.
+std::int64_t CountColors(const Picture& picture);
+
+class GifComparison final : public GifSink {
+  public:
+    /// `original` is the picture as it was read.
+    explicit GifComparison(const Picture& originalPicture);
+
+    /// Throws Problem when the file has another size than the picture.
+    void Begin(const GifHead& head, std::size_t dataOffset, int rootSize) override;
+    void Take(int row, int column, std::span<const std::uint8_t> indices) override;
+
+    const GifHead& Head() const { return gif; }
+    /// To be called once, after the last pixel. `exported` is the picture that was handed to the
+    /// module, often the original; `sourceColors` is what CountColors finds in the original,
+    /// `bytes` the file's size; `palette` is as in the report.
+    ExportReport Report(const Picture& exported, std::int64_t sourceColors, std::size_t bytes,
+                        std::string palette);
+
+  private:
+    /// A pixel of the picture that was read, or of the file.
+    struct Pixel {
+        int red, green, blue;
+        int opacity;
+
+        PackedColor Color() const { return PackedColor(red << 16 | green << 8 | blue); }
+    };
+    using Indices = std::span<const std::uint8_t>;
+
+    void TakeOpaque(std::size_t first, Indices indices);
+    void TakeIndexed(std::size_t first, Indices indices);
+    template <typename Fetch> void TakeAny(Fetch fetch, std::size_t first, Indices indices);
+    void Add(const Pixel& was, int index, std::int64_t times);
+    void AddPairs();
+
+    const Picture& original;
+    const std::uint8_t* const opacity; ///< of an indexed picture; null for opaque ones
+    GifHead gif;
+    ExportReport report;
+    Pixel shown[256]; ///< entries of the file; opacity 0 or 255
+    std::uint8_t shownBytes[256][4] = {};
+    std::vector<std::uint8_t> line;  ///< the file's pixels, laid out as an RGB picture's are
+    std::vector<std::int32_t> pairs; ///< of an opaque indexed picture: counts by both indices
+    bool used[256] = {};
+    std::bitset<256> levels;
+    std::int64_t compared = 0, errorSum = 0;
+};
+
+} // namespace gif89
