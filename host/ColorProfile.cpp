@@ -34,7 +34,7 @@ struct Colors {
 };
 
 // A code point that is none becomes the sign for that.
-void AppendUtf8(std::string& text, std::uint32_t code) {
+void AppendUtf8(std::string& text, char32_t code) {
     if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) code = 0xFFFD;
     if (code < 0x80) {
         text += static_cast<char>(code);
@@ -55,7 +55,7 @@ std::string NameOf(cmsHPROFILE profile) {
         sizeof(wchar_t);
     std::string name;
     for (std::size_t n = 0; left > 1 && codes[n] != 0; ++n) {
-        const auto code = static_cast<std::uint32_t>(codes[n]);
+        const auto code = static_cast<char32_t>(codes[n]);
         left -= code > 0xFFFF && code <= 0x10FFFF ? 2 : 1;
         if (code >= 0x20 && (code < 0x7F || code > 0x9F)) AppendUtf8(name, code);
     }

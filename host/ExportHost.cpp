@@ -194,9 +194,9 @@ void ExportHost::DeliverInPlace(const Rect& area) {
 
 // Interleaves the planes asked for, from the picture's own pixels and its further channels.
 OSErr ExportHost::DeliverCopy(const Rect& area, short first, short last) {
-    const std::size_t rows = static_cast<std::size_t>(std::max(0, area.bottom - area.top));
+    const auto rows = static_cast<std::size_t>(std::max(0, area.bottom - area.top));
     const std::size_t columns = static_cast<std::size_t>(area.right - area.left);
-    const std::size_t planes = static_cast<std::size_t>(last - first + 1);
+    const auto planes = static_cast<std::size_t>(last - first) + 1;
     const int own = picture.BytesPerPixel();
     try {
         scratch.resize(rows * columns * planes);

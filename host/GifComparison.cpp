@@ -73,7 +73,7 @@ std::int64_t CountColors(const Picture& picture) {
 
 GifComparison::GifComparison(const Picture& originalPicture)
     : original(originalPicture), opacity(OpacityOf(originalPicture)) {
-    if (original.kind == Picture::Kind::indexed && !opacity) pairs.resize(256 * 256);
+    if (original.kind == Picture::Kind::indexed && !opacity) pairs.resize(std::size_t{256} * 256);
 }
 
 void GifComparison::Begin(const GifHead& head, std::size_t, int) {

@@ -49,7 +49,7 @@ class GifComparison final : public GifSink {
     const std::uint8_t* const opacity; ///< of an indexed picture; null for opaque ones
     GifHead gif;
     ExportReport report;
-    Pixel shown[256]; ///< entries of the file; opacity 0 or 255
+    Pixel shown[256] = {}; ///< entries of the file; opacity 0 or 255
     std::uint8_t shownBytes[256][4] = {};
     std::vector<std::uint8_t> line;  ///< the file's pixels, laid out as an RGB picture's are
     std::vector<std::int32_t> pairs; ///< of an opaque indexed picture: counts by both indices

@@ -74,7 +74,12 @@ Operator::Operator(const Picture& thePicture, const ExportChoices& theChoices)
 
 void Operator::ThrowFailure() const {
     if (problem) throw *problem;
-    if (!script.Failure().empty()) throw Problem(script.Failure());
+    if (script.Failure().empty()) return;
+    // A file that the open dialog hides is the only thing that the plan cannot foresee.
+    if (refusal == kFailed)
+        throw Problem("the palette file " + choices.palette +
+                      " cannot be taken for one; its name should end in .zco, .zct or .pal");
+    throw Problem(script.Failure());
 }
 
 Act Operator::NextAct(DialogPtr dialog) {

@@ -50,8 +50,7 @@ void TiffFile::Open(TIFFOpenOptions* options) {
                              OnMap, OnUnmap, options);
 }
 
-void TiffFile::Check(bool succeeded) const {
-    if (succeeded && !*complaint) return;
+void TiffFile::FailCheck() const {
     std::string_view reason = *complaint ? complaint : "its pixels cannot be decoded";
     if (reason.starts_with(kNameInComplaints)) reason.remove_prefix(kNameInComplaints.size());
     throw Problem("is a damaged TIFF picture: " + std::string(reason));

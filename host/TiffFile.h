@@ -26,7 +26,9 @@ class TiffFile {
 
     /// Throws Problem with the library's first complaint when there was one, or when a call of the
     /// library is said to have failed.
-    void Check(bool succeeded = true) const;
+    void Check(bool succeeded = true) const {
+        if (!succeeded || *complaint) FailCheck();
+    }
 
     /// The value of a field of one number, or the one that stands in for a missing field.
     template <typename Number> Number Field(std::uint32_t tag, Number missing) const {
@@ -36,6 +38,7 @@ class TiffFile {
 
   private:
     void Open(TIFFOpenOptions* options);
+    [[noreturn]] void FailCheck() const;
     static int OnError(TIFF*, void* file, const char* module, const char* format, va_list values);
     static int OnWarning(TIFF*, void* file, const char* module, const char* format, va_list values);
     static tmsize_t OnRead(thandle_t file, void* into, tmsize_t count);

@@ -99,7 +99,7 @@ std::string ShortName(std::int32_t folder, const std::string& name) {
     if (!entry) return {};
     const auto known = entry->aliasOf.find(name);
     if (known != entry->aliasOf.end()) return known->second;
-    const std::string alias = MakeAlias(name, entry->nameOf.size() + 1);
+    std::string alias = MakeAlias(name, entry->nameOf.size() + 1);
     entry->nameOf.emplace(alias, name);
     entry->aliasOf.emplace(name, alias);
     return alias;

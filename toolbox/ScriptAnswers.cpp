@@ -16,7 +16,7 @@ CInfoPBRec InfoOf(FSSpec& file) {
 
 Act ScriptSource::NextAnswer(const char* question, Act::Kind pick, Act::Kind cancel) {
     if (Failed()) return FailScript(failure);
-    const Act act = NextAct(DialogInFront());
+    Act act = NextAct(DialogInFront());
     if (act.kind == Act::Kind::fail)
         Fail(act.text);
     else if (act.kind != pick && act.kind != cancel)

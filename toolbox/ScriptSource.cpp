@@ -111,7 +111,7 @@ Act ScriptSource::NextAct(DialogPtr dialog) {
     if (pending.empty())
         return FailScript("The script ran out of acts while " +
                           (dialog ? NameOf(dialog) : "a question") + " was waiting.");
-    const Act act = pending.front();
+    Act act = std::move(pending.front());
     pending.pop_front();
     return act;
 }

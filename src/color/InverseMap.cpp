@@ -57,7 +57,7 @@ void Transpose(const std::uint8_t* from, std::ptrdiff_t fromStride, std::uint8_t
     ByteVector rows[kLanes], shuffled[kLanes];
     for (int i = 0; i < kLanes; ++i) rows[i] = ByteVector::Load(from + i * fromStride);
     for (int round = 0; round < 4; ++round) {
-        for (int i = 0; i < kLanes / 2; ++i) {
+        for (std::ptrdiff_t i = 0; i < kLanes / 2; ++i) {
             shuffled[2 * i] = rows[i].InterleaveLower(rows[i + kLanes / 2]);
             shuffled[2 * i + 1] = rows[i].InterleaveUpper(rows[i + kLanes / 2]);
         }

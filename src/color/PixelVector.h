@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -152,7 +153,9 @@ struct CountVector {
 #else
 
 inline FourCells FindFourCells(const std::uint8_t* rgb) {
-    const auto cell = [rgb](int i) { return std::uint64_t{CellOf(LoadFourBytes(rgb + 3 * i))}; };
+    const auto cell = [rgb](std::ptrdiff_t i) {
+        return std::uint64_t{CellOf(LoadFourBytes(rgb + 3 * i))};
+    };
     return {cell(0) | cell(1) << 32, cell(2) | cell(3) << 32};
 }
 

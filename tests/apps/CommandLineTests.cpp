@@ -286,6 +286,7 @@ TEST_F(CommandLine, RefusesWhatTheDialogsWouldNotAllow) {
         {{"-n", "1", "noise.ppm"}, 2, "expected 2 to 256"},
         {{"--resize", "noise.ppm"}, 2, "--resize needs a palette"},
         {{"-p", "absent.pal", "rgb.ppm"}, 1, "absent.pal cannot be opened"},
+        {{"-p", "grey.pgm", "rgb.ppm"}, 1, "should end in .zco, .zct or .pal"},
         {{"-p", "bad.pal", "rgb.ppm"}, 1, "palette"}};
     const Names before = folder.Names();
     for (const auto& [arguments, code, reason] : cases) {

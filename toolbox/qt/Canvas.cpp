@@ -109,7 +109,7 @@ void Canvas::Metrics(short font, short size, short* ascent, short* descent, shor
 
 void Canvas::Image(const Rect& rect, const ColorPixels& pixels) {
     const QImage image(reinterpret_cast<const uchar*>(pixels.pixels.data()), pixels.columns,
-                       pixels.rows, pixels.columns * 4, QImage::Format_RGB32);
+                       pixels.rows, qsizetype{4} * pixels.columns, QImage::Format_RGB32);
     const QRect target = ToQRect(rect);
     QPainter painter(&backing);
     // Enlarged pixels stay squares; only a picture with more pixels than the screen is smoothed.

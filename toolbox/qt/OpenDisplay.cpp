@@ -40,7 +40,8 @@ void StartToolkit(const std::string& platform) {
     static char* arguments[] = {name.data(), option.data(), platforms.data(), nullptr};
     static int count = 3;
     const QtMessageHandler usual = qInstallMessageHandler(DropMessage);
-    new QApplication(count, arguments); // lives on: tearing it down at exit gains nothing
+    // Lives on: tearing it down at exit gains nothing.
+    [[maybe_unused]] static auto* const application = new QApplication(count, arguments);
     qInstallMessageHandler(usual);
 }
 

@@ -58,7 +58,7 @@ void ChooseZoom(IndexedDialogGlobals* g, const Rect& box) {
 }
 
 CTabHandle NewPreviewColors() {
-    const auto colors = reinterpret_cast<CTabHandle>(NewHandle(sizeof(ColorTable)));
+    auto* const colors = reinterpret_cast<CTabHandle>(NewHandle(sizeof(ColorTable)));
     if (!colors) return nullptr;
     new (*colors) ColorTable{};
     (*colors)->ctSize = 255;

@@ -245,7 +245,7 @@ class ItemColors {
     }
 
   private:
-    static constexpr int kEntryBytes = 4;
+    static constexpr std::ptrdiff_t kEntryBytes = 4;
     static constexpr std::uint32_t kStyleEntry = 0x00080040; // its colour counts; its place
     Handle resource;
     std::uint8_t* entry = nullptr;

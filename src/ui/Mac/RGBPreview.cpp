@@ -201,7 +201,7 @@ void InstallDrawProcedures(DialogPtr dialog) {
 }
 
 CTabHandle NewPaletteColors(const RGBLookUpTable& palette) {
-    const auto colors = reinterpret_cast<CTabHandle>(NewHandle(sizeof(ColorTable)));
+    auto* const colors = reinterpret_cast<CTabHandle>(NewHandle(sizeof(ColorTable)));
     if (!colors) return nullptr;
     new (*colors) ColorTable{};
     (*colors)->ctSize = 255;
