@@ -53,7 +53,7 @@ void AddChannel(Options& options, const char* value) {
 
 void SetComment(Options& options, const char* value) {
     options.commentText = value;
-    options.choices.comment = true;
+    options.choices.comment = *value != '\0'; // an empty comment is none
 }
 
 void SetRequirement(Options& options, const char* value) {
