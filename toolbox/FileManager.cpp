@@ -136,11 +136,12 @@ int DescriptorOf(std::int16_t refNum) {
     return file ? file->descriptor : -1;
 }
 
-Descriptor TakeDescriptor(std::int16_t refNum) {
+// The caller closes it.
+OpenFile TakeOpenFile(std::int16_t refNum) {
     OpenFiles& open = TheOpenFiles();
     const std::lock_guard guard(open.lock);
     OpenFile* const file = FindOpenFile(open, refNum);
-    return Descriptor(file ? std::exchange(file->descriptor, -1) : -1);
+    return file ? std::exchange(*file, OpenFile()) : OpenFile();
 }
 
 OSType TypeFromExtension(const std::string& name) {
@@ -377,13 +378,13 @@ OSErr SetFPos(std::int16_t refNum, std::int16_t mode, std::int32_t offset) {
 }
 
 OSErr FSClose(std::int16_t refNum) {
-    Descriptor file = TakeDescriptor(refNum);
-    if (!file.IsOpen()) return rfNumErr;
+    const OpenFile file = TakeOpenFile(refNum);
+    if (file.descriptor < 0) return rfNumErr;
     const OSErr fault = FaultAt(FaultPoint::closeFile);
     // An interrupted close has closed all the same; doing it again could hit another's descriptor.
-    const bool closed = close(file.Release()) == 0 || errno == EINTR;
+    const bool closed = close(file.descriptor) == 0 || errno == EINTR;
     const OSErr error = fault != noErr || closed ? fault : ErrorOf(errno);
-    KeepCloseError(error);
+    if (file.writes) KeepCloseError(error); // a file that was only read has nothing to lose
     return error;
 }
 

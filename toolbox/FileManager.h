@@ -79,9 +79,9 @@ using ParamBlockRec = CInfoPBRec;
 /// Looks up a name in a folder (ioFDirIndex 0), or the folder itself (-1). noErr, fnfErr, dirNFErr.
 OSErr PBGetCatInfoSync(CInfoPBRec* info);
 
-/// The first error that a buffered stream or a file met while closing, on this thread, since the
-/// last call of this function; 0 when all went well. Closing is the last chance to learn that a
-/// disk is full, and callers that cannot act on it may ignore it there.
+/// The first error that a buffered stream or a file open for writing met while closing, on this
+/// thread, since the last call of this function; 0 when all went well. Closing is the last chance
+/// to learn that a disk is full, and callers that cannot act on it may ignore it there.
 OSErr TakeCloseError();
 
 /// For streams over files: keeps an error met while closing, if it is the first; 0 does nothing.

@@ -76,7 +76,7 @@ std::string Wrap(std::string_view text, std::size_t indent) {
     return wrapped + "\n";
 }
 
-std::string Padded(std::string text, std::size_t columns) {
+std::string Padded(const std::string& text, std::size_t columns) {
     if (text.size() < columns) return text + std::string(columns - text.size(), ' ');
     return text + "\n" + std::string(columns, ' ');
 }

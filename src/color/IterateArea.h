@@ -36,10 +36,12 @@ inline std::intptr_t TileRefCon(const void* reference) {
     return reinterpret_cast<std::intptr_t>(reference);
 }
 
-/// Calls a band procedure that takes typed data and a typed reference.
+/// Calls a band procedure that takes typed data and a typed reference; paramErr where the host has
+/// left out the data of a band that has rows.
 template <class Reference>
 short CallTypedTile(short (*procedure)(const Rect*, std::int32_t, const std::uint8_t*, Reference*),
                     const Rect* band, std::int32_t rowBytes, void* data, std::intptr_t refCon) {
+    if (!data && band->top < band->bottom) return paramErr;
     return procedure(band, rowBytes, static_cast<const std::uint8_t*>(data),
                      reinterpret_cast<Reference*>(refCon));
 }

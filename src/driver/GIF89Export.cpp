@@ -5,6 +5,7 @@
 #include "MemoryManager.h"
 #include "WriteGIF89.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <type_traits>
@@ -60,6 +61,7 @@ Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short
     switch (selector) {
     case kSelectorPrepare:
         DoPrepare();
+        if (error != noErr) DoFinish(); // a host may have started before
         *result = error;
         return error != noErr;
     case kSelectorStart:
@@ -84,7 +86,8 @@ Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short
 }
 
 void GIF89ExportContext::DoPrepare() {
-    const std::int32_t total = SizeBuffers(bufferSize);
+    // Sides below 0, which start refuses, would give a budget back that was never taken.
+    const std::int32_t total = std::max(std::int32_t{0}, SizeBuffers(bufferSize));
     if (!WarnHostHandleProcsAvailable(exportRecord->handleProcs.Get())) {
         error = kHostLacksHandles;
         return;
@@ -99,6 +102,10 @@ void GIF89ExportContext::DoStart() {
     // A host may start without prepare, or twice: sizes are taken from the record as it is now, and
     // nothing of an earlier start is kept.
     DeallocateBuffers();
+    if (exportRecord->imageRows < 1 || exportRecord->imageColumns < 1) {
+        error = paramErr; // without a pixel there is no picture to write
+        return;
+    }
     SizeBuffers(bufferSize);
 
     error = AllocateBuffers();

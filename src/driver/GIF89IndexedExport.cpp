@@ -131,7 +131,12 @@ short GIF89IndexedExport::RequestWholeImage() {
     exportRecord->requestRect.bottom = exportRecord->imageRows;
     exportRecord->requestRect.right = exportRecord->imageColumns;
     AdvanceProc* const advance = exportRecord->advanceProc.Get();
-    return advance ? advance() : OSErr{paramErr};
+    if (!advance) return paramErr;
+    if (const short code = advance()) return code;
+    // Copies take as many bytes as these rows have, and a row is read as wide as the picture.
+    const bool isWhole = exportRecord->returnedData.Get() &&
+                         exportRecord->returnedRowBytes >= exportRecord->imageColumns;
+    return isWhole ? noErr : paramErr;
 }
 
 int GIF89IndexedExport::HighestIndex() const {
