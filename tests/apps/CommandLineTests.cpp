@@ -386,13 +386,13 @@ TEST_F(CommandLine, DoesWhatItsHelpShows) {
         if (line.starts_with("  gif89 ")) commands.push_back(line.substr(2));
     ASSERT_GE(commands.size(), 5U);
     // What matters of each picture is its name; the content is told by itself.
-    const std::string alpha("P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\n"
-                            "ENDHDR\n\xFF\x00\xFF\xFF\x01\x02\x03\x50",
-                            83);
+    using namespace std::string_literals;
+    const std::string alpha = "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\n"
+                              "ENDHDR\n\xFF\x00\xFF\xFF\x01\x02\x03\x50"s;
     for (const std::string& command : commands) {
         const TemporaryFolder place;
         place.Write("photo.jpg", NoisePicture(40));
-        place.Write("sprite.png", std::string("P6 2 1 255\n\xFF\0\xFFZZZ", 17));
+        place.Write("sprite.png", "P6 2 1 255\n\xFF\0\xFFZZZ"s);
         place.Write("logo.webp", alpha);
         std::filesystem::create_directories(place.Path("icons"));
         std::filesystem::create_directories(place.Path("web"));

@@ -1,7 +1,6 @@
-// Whole exports against a plain export of the same picture, and with every step failing in turn.
+// Whole exports against a plain export of the same picture.
 #include "DriverRun.h"
 
-#include "FaultInjection.h"
 #include "MemoryManager.h"
 #include "PlainAdaptivePalette.h"
 #include "PlainDiffusion.h"
@@ -154,13 +153,6 @@ TEST(ExportRun, RowsBetweenBandsAreNeverAskedForAndHoldIndexZero) {
     EXPECT_TRUE(run.user.Output() == std::string(expected.begin(), expected.end()));
 }
 
-TEST(ExportRun, ABudgetBelowOneRowEndsWithTheHostsError) {
-    DriverRun run(30, 20, 3, std::vector<std::uint8_t>(1800));
-    run.host.record.memoryBudget = 131072 + 20 * 12 + 24 + 65536;
-    EXPECT_EQ(run.Export(), ScriptedHost::kSameRequestTooOften);
-    EXPECT_EQ(run.data, 0);
-}
-
 TEST(ExportRun, TakesTheCommentFromTheHost) {
     DriverRun run(2, 2, 3, std::vector<std::uint8_t>(12, 5));
     HostPropertyProcs properties;
@@ -177,63 +169,6 @@ TEST(ExportRun, TakesTheCommentFromTheHost) {
     EXPECT_EQ(run.Export(), noErr);
     EXPECT_NE(run.user.Output().find(std::string("\x21\xFE\x05hello\0", 9)), std::string::npos);
     EXPECT_EQ(LiveMemoryBlocks(), before);
-}
-
-// Each way of failing, at its first, second, ... occurrence until an export has none left.
-TEST(ExportRun, EveryFailingStepIsReportedAndLeavesNothingBehind) {
-    const Subject subject = {PictureKind::noise, 200, 300, 4, 11};
-    const ByteVector expected = PlainExport(subject);
-    const struct {
-        FaultPoint point;
-        OSErr code;
-        int atLeast; // steps of that kind in an export
-    } cases[] = {{FaultPoint::allocate, memFullErr, 8},
-                 {FaultPoint::createFile, dskFulErr, 1},
-                 {FaultPoint::openFile, permErr, 1},
-                 {FaultPoint::writeFile, dskFulErr, 1}};
-    for (const auto& c : cases) {
-        int n = 1;
-        for (;; ++n) {
-            const long before = LiveMemoryBlocks();
-            DriverRun run(200, 300, 4, subject.Pixels());
-            const long withResources = LiveMemoryBlocks();
-            TakeCloseError();
-            FailNthCall(c.point, n, c.code);
-            const short code = run.Export();
-            const bool failed = CallsSoFar(c.point) >= n;
-            ClearFaults();
-            const OSErr closing = TakeCloseError();
-            const short reported = code != noErr ? code : closing;
-            // A dialog that cannot be made has a code of its own.
-            const bool noDialog = c.point == FaultPoint::allocate && reported == kDialogNotMade;
-            EXPECT_TRUE(reported == (failed ? c.code : OSErr{noErr}) || noDialog)
-                << n << ": " << reported;
-            EXPECT_EQ(run.data, 0) << n;
-            EXPECT_EQ(LiveMemoryBlocks(), withResources) << n;
-            EXPECT_GE(withResources, before);
-            if (failed) continue;
-            EXPECT_TRUE(run.user.Output() == std::string(expected.begin(), expected.end()));
-            break;
-        }
-        EXPECT_GT(n, c.atLeast) << "of kind " << static_cast<int>(c.point);
-    }
-}
-
-TEST(ExportRun, AFailingRequestEndsTheExportWithTheHostsCode) {
-    const Subject subject = {PictureKind::photo, 20, 30, 4, 12};
-    // Exact count, histogram, diffusion. What the histogram's walk answers is left aside; a host
-    // that was cancelled goes on answering so, which the next walk hears.
-    const short expected[] = {userCanceledErr, noErr, userCanceledErr, noErr};
-    for (int n = 1; n <= 4; ++n) {
-        DriverRun run(20, 30, 4, subject.Pixels());
-        const long before = LiveMemoryBlocks();
-        run.host.failAt = n;
-        run.host.failCode = userCanceledErr;
-        EXPECT_EQ(run.Export(), expected[n - 1]) << "request " << n;
-        EXPECT_EQ(run.host.record.requestRect.bottom, 0) << "request " << n;
-        EXPECT_EQ(LiveMemoryBlocks(), before) << "request " << n;
-        EXPECT_EQ(run.user.asked, n == 1 ? 0 : 1) << "request " << n;
-    }
 }
 
 } // namespace

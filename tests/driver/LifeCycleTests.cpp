@@ -56,39 +56,6 @@ TEST(LifeCycle, AboutLeavesARunningExportAloneAndAnUnknownSelectorEndsIt) {
     EXPECT_EQ(LiveMemoryBlocks(), before);
 }
 
-TEST(LifeCycle, AnyOrderOfCallsIsSafeAndGivesEverythingBack) {
-    const short kPrepare = kSelectorPrepare, kStart = kSelectorStart, kContinue = kSelectorContinue,
-                kFinish = kSelectorFinish;
-    const std::vector<short> orders[] = {{kFinish, kFinish},
-                                         {kStart, kFinish, kFinish},
-                                         {kStart, kStart, kContinue, kFinish},
-                                         {kContinue, kPrepare, kPrepare, kFinish},
-                                         {kPrepare, kFinish, kContinue, kFinish}};
-    const long before = LiveMemoryBlocks();
-    for (const auto& order : orders) {
-        DriverRun run = SmallRun();
-        run.user.replaces = true; // a second start writes the same file again
-        for (const short selector : order)
-            EXPECT_EQ(run.Call(selector),
-                      selector == kFinish ? DriverRun::kUntouched : short{noErr})
-                << "order " << testing::PrintToString(order);
-        EXPECT_EQ(run.data, 0);
-    }
-    EXPECT_EQ(LiveMemoryBlocks(), before);
-}
-
-TEST(LifeCycle, TheRecordMayMoveBetweenCalls) {
-    DriverRun run = SmallRun();
-    EXPECT_EQ(run.Call(kSelectorPrepare), noErr);
-    DriverRun elsewhere = SmallRun(); // answers the requests and holds the record from here on
-    elsewhere.host.record.memoryBudget = run.host.record.memoryBudget;
-    run.host.record = {};
-    std::swap(elsewhere.data, run.data);
-    EXPECT_EQ(elsewhere.Call(kSelectorStart), noErr);
-    EXPECT_FALSE(elsewhere.user.Output().empty());
-    elsewhere.Call(kSelectorFinish);
-}
-
 TEST(OutputFile, CancellingTheSaveDialogEmptiesTheRequestAndEndsTheExport) {
     DriverRun run = SmallRun();
     run.user.cancels = true;

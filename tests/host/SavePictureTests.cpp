@@ -1,10 +1,8 @@
 // The real module, loaded at run time, from a picture to a checked file in its place.
 #include "DecodeGif.h"
 #include "ExportHost.h"
-#include "FaultInjection.h"
 #include "FileManager.h"
 #include "GiflibDecode.h"
-#include "MemoryManager.h"
 #include "OkUser.h"
 #include "Problem.h"
 #include "RandomPictures.h"
@@ -145,43 +143,6 @@ TEST(ExportHost, EndsAWalkThatTheBudgetWillNeverFinish) {
               }),
               "not enough memory");
     EXPECT_EQ(ReasonOf([&] { ExportPicture(TheModule(), {picture, "x", nobody}); }), "cancelled");
-}
-
-// Every outside step fails in turn: the old file stays, nothing else is left, memory comes back,
-// and the next export in the process is right.
-TEST(SavePicture, KeepsTheOldFileWhateverStepFails) {
-    const Picture picture = MakeRandomPicture(PictureKind::noise, 300, 400, 4, 7);
-    const TemporaryFolder reference;
-    SaveAsItComes(picture, "n", {reference.Path(), {}, -1, Existing::keep});
-    const std::string expected = reference.Read("n.gif");
-    const struct {
-        FaultPoint point;
-        OSErr code;
-        int atLeast; // steps of the kind in one export
-    } cases[] = {{FaultPoint::allocate, memFullErr, 9},
-                 {FaultPoint::createFile, dskFulErr, 1},
-                 {FaultPoint::openFile, permErr, 1},
-                 {FaultPoint::writeFile, dskFulErr, 2},
-                 {FaultPoint::closeFile, ioErr, 1}};
-    for (const auto& c : cases) {
-        int n = 1;
-        for (bool failed = true; failed && n < 100; ++n) {
-            const TemporaryFolder folder;
-            folder.Write("n.gif", "old");
-            const long before = LiveMemoryBlocks();
-            FailNthCall(c.point, n, c.code);
-            const std::string reason = ReasonOf([&] {
-                SaveAsItComes(picture, "n", {folder.Path(), {}, -1, Existing::replace});
-            });
-            failed = CallsSoFar(c.point) >= n;
-            ClearFaults();
-            EXPECT_EQ(reason == "done", !failed) << n << ": " << reason;
-            EXPECT_EQ(folder.Read("n.gif"), failed ? "old" : expected) << n << ": " << reason;
-            EXPECT_EQ(folder.Names(), std::vector<std::string>{"n.gif"}) << n;
-            EXPECT_EQ(LiveMemoryBlocks(), before) << n;
-        }
-        EXPECT_GE(n - 2, c.atLeast) << "of kind " << static_cast<int>(c.point);
-    }
 }
 
 } // namespace

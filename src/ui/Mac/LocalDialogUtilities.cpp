@@ -97,7 +97,7 @@ void DisablePopupMenuItem(DialogPtr dialog, short item, short entry) {
 }
 
 void MySetPopUpMenuValue(DialogPtr dialog, short item, short value) {
-    const auto control = reinterpret_cast<ControlHandle>(ReadItem(dialog, item).handle);
+    auto* const control = reinterpret_cast<ControlHandle>(ReadItem(dialog, item).handle);
     if (GetCtlValue(control) == value) return;
     if (GetCtlMax(control) < value) SetCtlMax(control, value);
     SetCtlValue(control, value);
