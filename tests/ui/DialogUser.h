@@ -1,11 +1,9 @@
-// Runs the RGB options, and whole exports, with a picture, a script for a user, and looks at the
-// dialogs in between.
+// A user of the module's dialogs who takes the steps of a script and looks at the dialogs in
+// between.
 #pragma once
 
-#include "GIF89Export.h"
-#include "RGBDialogItems.h"
+#include "ExportRecord.h"
 #include "ScriptSource.h"
-#include "ScriptedHost.h"
 #include "TemporaryFolder.h"
 
 #include <functional>
@@ -19,50 +17,35 @@ using UserStep = std::variant<Act, Look>;
 using Steps = std::vector<UserStep>;
 
 Steps operator+(Steps first, const Steps& second);
+/// Steps while keys are held.
+Steps Holding(const std::vector<short>& keys, const Steps& steps);
 
-/// Plays steps, in windows and in file dialogs, as long as it lives. Also opens the resources.
-class RGBUser : public ScriptSource {
+/// Takes steps in windows and file dialogs as long as it lives, and then presses the first button
+/// of every dialog. Opens the module's resources and saves into a folder of its own.
+class DialogUser : public ScriptSource {
   public:
-    explicit RGBUser(Steps steps);
-    RGBUser(const RGBUser&) = delete;
-    RGBUser& operator=(const RGBUser&) = delete;
-    ~RGBUser() override;
+    explicit DialogUser(Steps steps);
+    DialogUser(const DialogUser&) = delete;
+    DialogUser& operator=(const DialogUser&) = delete;
+    /// Expects that every step was taken.
+    ~DialogUser() override;
+
+    /// A whole export through the module's entry; its first code that is not 0.
+    short Export(ExportRecord* record);
+    /// The file that was saved.
+    std::string Output() const { return folder.Read("out.gif"); }
+
+    void PutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
+                 StandardFileReply* reply) override;
 
   private:
-    Act NextStep(DialogPtr dialog);
+    Act NextAct(DialogPtr dialog);
 
     Steps steps;
-    std::size_t played = 0;
+    std::size_t taken = 0;
+    int endings = 0;
+    TemporaryFolder folder;
     EventSource* outerSource;
     StandardFileResponder* outerResponder;
     std::int16_t resources;
 };
-
-/// An RGB export that has its buffers and has counted the colours, as it is when the options are
-/// asked for.
-class RGBContext : public ScriptedHost {
-  public:
-    RGBContext(int pictureRows, int pictureColumns, int picturePlanes,
-               std::vector<std::uint8_t> picturePixels);
-    ~RGBContext() { context.DeallocateBuffers(); }
-
-    /// Asks for the options and expects that the script goes well.
-    short Ask(Steps steps);
-    /// What the core writes with the options that the members hold.
-    std::string Write();
-
-    GIF89RGBExport context;
-    unsigned char exact = 2, supplied = 2;
-    std::vector<std::string> alerts;
-};
-
-/// A whole export through the module's entry, saved to a file of its own; the file's bytes.
-std::string ExportWith(int rows, int columns, int planes, std::vector<std::uint8_t> pixels,
-                       Steps steps);
-
-/// A swatch file of the first `colors` entries of a table.
-std::string SwatchFile(const RGBLookUpTable& table, int colors, int space = 0);
-
-std::string TextOf(DialogPtr dialog, short item);
-/// The text of a pop-up's chosen entry.
-std::string ChosenText(DialogPtr dialog, short item);

@@ -1,17 +1,15 @@
-// What the indexed dialog draws, pixel by pixel, and the services it asks for a colour and names.
+// What the indexed dialog draws, pixel by pixel, and the services it asks for a colour.
 #include "IndexedSession.h"
 
-#include "ChannelNames.h"
-#include "EventSource.h"
 #include "IndexedFilter.h"
 #include "IndexedPreview.h"
+#include "ItemDrawing.h"
 #include "LumoGetColor.h"
-#include "MemoryManager.h"
+#include "PascalStrings.h"
 #include "RecordingSurface.h"
-#include "TransparencyMap.h"
+#include "ResourceManager.h"
 
 #include <array>
-#include <cstring>
 
 namespace {
 
@@ -33,110 +31,121 @@ PackedColor PlainPreview(const IndexedPicture& picture, const Choice& choice,
     const auto top = drawn.top, left = drawn.left;
     const auto bottom = std::min<std::int16_t>(drawn.bottom, box.bottom - 1);
     const auto right = std::min<std::int16_t>(drawn.right, box.right - 1);
-    const auto grow = [](int side, int by) { return static_cast<std::int16_t>(side + by); };
-    if (IsOnFrame({grow(box.top, -1), grow(box.left, -1), grow(box.bottom, 1), grow(box.right, 1)},
-                  v, h) ||
-        IsOnFrame({grow(top, -1), grow(left, -1), grow(bottom, 1), grow(right, 1)}, v, h))
+    if (IsOnFrame(OutsetRect(box, 1), v, h) ||
+        IsOnFrame(OutsetRect({top, left, bottom, right}, 1), v, h))
         return PixelSurface::kBlack;
     if (v < top || v >= bottom || h < left || h >= right)
         return IsGray(v, h) ? PixelSurface::kBlack : PixelSurface::kWhite;
     const int row = g.srcRect.top + (v - top) * g.shrink / g.enlarge;
     const int column = g.srcRect.left + (h - left) * g.shrink / g.enlarge;
     if (IsHidden(picture, choice, row, column)) return PackColor(choice.matte);
-    return ColorOf(picture, picture.At(row, column));
+    return picture.ColorOf(picture.At(row, column));
 }
 
-std::string FirstWrongPixel(const PixelSurface& surface, const IndexedPicture& picture,
-                            const Choice& choice, DialogPtr dialog) {
-    const Rect box = dialog->Item(kIndexedPreviewItem)->rect;
-    for (int v = box.top - 1; v <= box.bottom; ++v)
-        for (int h = box.left - 1; h <= box.right; ++h) {
-            const PackedColor want = PlainPreview(picture, choice, *GlobalsOf(dialog), box, v, h);
-            if (surface.At(v, h) == want) continue;
-            std::ostringstream text;
-            text << std::hex << "got " << surface.At(v, h) << ", want " << want << std::dec
-                 << " at " << v << ", " << h;
-            return text.str();
+constexpr int kMarked = 3;
+
+/// What the colour table should show at a point from its top left corner: a cell for each entry,
+/// and around the marked one a frame, which is wiped out in white.
+PackedColor PlainTable(const IndexedPicture& picture, int count, PackedColor frame, int v, int h) {
+    const auto isOnSide = [](int at, int out) { return at == -out || at == 8 + out; };
+    for (int i = 0; i < 256; ++i) {
+        const int y = v - 1 - i / 32 * 11, x = h - 1 - i % 32 * 11; // in the cell
+        if (y < -1 || y > 9 || x < -1 || x > 9) continue;
+        if (isOnSide(y, 1) || isOnSide(x, 1)) {
+            if (i == kMarked) return frame;
+            continue;
         }
-    return "";
+        if (isOnSide(y, 0) || isOnSide(x, 0)) return PixelSurface::kBlack;
+        if (i < count) return picture.ColorOf(i);
+        return y == x || y == 8 - x ? PixelSurface::kBlack : PixelSurface::kWhite;
+    }
+    return PixelSurface::kBackground;
+}
+
+/// What the swatch should show at a point: gray until something is transparent.
+PackedColor PlainSwatch(const Choice& choice, const Rect& box, int v, int h) {
+    if (IsOnFrame(box, v, h)) return PixelSurface::kBlack;
+    if (choice.channel != 0 || !choice.marks.empty()) return PackColor(choice.matte);
+    return IsGray(v, h) ? PixelSurface::kBlack : PixelSurface::kWhite;
+}
+
+template <class Plain>
+void ExpectPixels(const PixelSurface& surface, const Rect& area, const char* name, Plain plain) {
+    for (int v = area.top; v < area.bottom; ++v)
+        for (int h = area.left; h < area.right; ++h)
+            ASSERT_EQ(surface.At(v, h), plain(v, h))
+                << name << " at " << v << ", " << h << ", seed " << kSeed;
 }
 
 TEST(IndexedPreview, ShowsThePictureAsItWillBeWritten) {
-    OpenResources resources;
+    constexpr int kColors = 40;
     const Point middle = InPreview(150, 200);
-    const std::vector<Act> in = {PressItem(kIndexedZoomItem), PressAt(middle), PressAt(middle)};
-    const std::vector<Act> out =
-        Holding({kKeyOption}, {PressItem(kIndexedZoomItem), PressAt(middle)});
-    const std::vector<Act> drag = {PressItem(kIndexedHandItem),
-                                   Drag({middle, InPreview(110, 260), InPreview(180, 170)})};
-    const Act mark3 = PressAt(Cell(3)), channel = ChooseEntry(kIndexedChannelItem, 2);
-    const std::vector<Act> unmark = Holding({kKeyCommand}, {mark3});
-    const std::vector<Act> red = {PressItem(kIndexedSwatchItem), PickColor({0xFF00, 0x1200, 0})};
+    const Steps in = {PressItem(kIndexedZoomItem), PressAt(middle), PressAt(middle)};
+    const Steps out = Holding({kKeyOption}, {PressItem(kIndexedZoomItem), PressAt(middle)});
+    const Steps drag = {PressItem(kIndexedHandItem),
+                        Drag({middle, InPreview(110, 260), InPreview(180, 170)})};
+    const Act toEdge = Drag({middle, {-900, -900}});
+    const Act mark3 = PressAt(Cell(kMarked)), channel = ChooseEntry(kIndexedChannelItem, 2);
+    const Act noChannel = ChooseEntry(kIndexedChannelItem, 1);
+    const Steps unmark = Holding({kKeyCommand}, {mark3});
+    const Steps red = {PressItem(kIndexedSwatchItem), PickColor({0xFF00, 0x1200, 0})};
+    const Steps reset = Holding({kKeyOption}, {PressItem(kIndexedCancelItem)});
     const RGBtuple redMatte = {0, 255, 0x12, 0};
+    constexpr PackedColor kFramed = PixelSurface::kBlack, kWiped = PixelSurface::kWhite;
     const struct {
         const char* name;
         const char* scale;
         int rows, columns;
-        std::vector<Act> acts;
+        Steps steps;
         Choice choice;
+        PackedColor frame = PixelSurface::kBackground;
     } cases[] = {
-        {"small", "1:1", 31, 45, {mark3, PressAt(Cell(5))}, {{3, 5}}},
-        {"large", "1:1", 500, 700, {mark3}, {{3}}},
-        {"unmarked again", "1:1", 31, 45, Acts({{mark3}, unmark}), {}},
-        {"small enlarged", "3:1", 20, 61, Acts({{mark3}, in}), {{3}}},
-        {"large enlarged", "3:1", 500, 700, in, {}},
-        {"dragged", "3:1", 500, 700, Acts({in, drag}), {}},
-        {"dragged to the edge",
-         "1:1",
-         500,
-         700,
-         {PressItem(kIndexedHandItem), Drag({middle, {-900, -900}})},
-         {}},
-        {"reduced", "1:2", 603, 901, Acts({{mark3}, red, out}), {{3}, 0, false, redMatte}},
-        {"reduced below the box", "1:2", 90, 805, Acts({{mark3}, out}), {{3}}},
-        {"a channel over marks", "1:1", 31, 45, {mark3, channel}, {{}, 1}},
-        {"a channel reduced",
+        {"nothing chosen", "1:1", 31, 45, {}, {}},
+        {"large", "1:1", 500, 700, {mark3}, {{kMarked}}, kFramed},
+        {"unmarked again", "1:1", 31, 45, Steps{mark3} + unmark, {}, kWiped},
+        {"small enlarged", "3:1", 20, 61, Steps{mark3} + in, {{kMarked}}, kFramed},
+        {"dragged", "3:1", 500, 700, in + drag, {}},
+        {"dragged to the edge", "1:1", 500, 700, {PressItem(kIndexedHandItem), toEdge}, {}},
+        {"reduced",
          "1:2",
          603,
          901,
-         Acts({out, {channel}, red}),
-         {{}, 1, false, redMatte}},
+         Steps{mark3} + red + out,
+         {{kMarked}, 0, false, redMatte},
+         kFramed},
+        {"reduced below the box", "1:2", 90, 805, out, {}},
+        {"a channel over marks", "1:1", 31, 45, {mark3, channel}, {{}, 1}, kWiped},
+        {"a channel reduced", "1:2", 603, 901, out + Steps{channel}, {{}, 1}},
         {"a channel inverted",
          "3:1",
          500,
          700,
-         Acts({in, Holding({kKeyOption}, {channel}), red}),
+         in + Holding({kKeyOption}, {channel}) + red,
          {{}, 1, true, redMatte}},
-        {"back from a channel",
-         "1:1",
-         31,
-         45,
-         {mark3, channel, ChooseEntry(kIndexedChannelItem, 1)},
-         {{3}}},
-        {"a colour for marks", "1:1", 31, 45, Acts({{mark3}, red}), {{3}, 0, false, redMatte}},
-        {"reset",
-         "1:1",
-         31,
-         45,
-         Acts({{mark3}, red, {channel}, Holding({kKeyOption}, {PressItem(kIndexedCancelItem)})}),
-         {}},
+        {"back from a channel", "1:1", 31, 45, {mark3, channel, noChannel}, {{kMarked}}, kFramed},
+        {"reset", "1:1", 31, 45, Steps{mark3} + red + Steps{channel} + reset, {}},
     };
     for (const auto& c : cases) {
-        const IndexedPicture picture = MakePicture(c.rows, c.columns, IndicesUpTo(9), 9, 1, kSeed);
+        const IndexedPicture picture =
+            MakePicture(c.rows, c.columns, IndicesUpTo(kColors), kColors, 1, kSeed);
         IndexedSession session(picture);
-        EXPECT_EQ(
-            session.Play(
-                c.acts,
-                [&](DialogPtr dialog) {
-                    const IndexedDialogGlobals& g = *GlobalsOf(dialog);
-                    EXPECT_EQ(std::to_string(g.enlarge) + ":" + std::to_string(g.shrink), c.scale)
-                        << c.name;
-                    EXPECT_EQ(FirstWrongPixel(session.surface, picture, c.choice, dialog), "")
-                        << c.name << ", seed " << kSeed;
-                    return std::nullopt;
-                }),
-            "0")
-            << c.name;
+        const Look look = [&](DialogPtr dialog) {
+            const auto rectOf = [&](short item) { return dialog->Item(item)->rect; };
+            const IndexedDialogGlobals& g = *GlobalsOf(dialog);
+            EXPECT_EQ(std::to_string(g.enlarge) + ":" + std::to_string(g.shrink), c.scale)
+                << c.name;
+            const Rect box = rectOf(kIndexedPreviewItem), swatch = rectOf(kIndexedSwatchItem);
+            ExpectPixels(session.surface, OutsetRect(box, 1), c.name, [&](int v, int h) {
+                return PlainPreview(picture, c.choice, g, box, v, h);
+            });
+            ExpectPixels(session.surface, swatch, c.name,
+                         [&](int v, int h) { return PlainSwatch(c.choice, swatch, v, h); });
+            const Rect table = rectOf(kIndexedTableItem);
+            ExpectPixels(session.surface, table, c.name, [&](int v, int h) {
+                return PlainTable(picture, kColors, c.frame, v - table.top, h - table.left);
+            });
+        };
+        EXPECT_EQ(session.Play(c.steps + Steps{Idle(1), look}), noErr) << c.name;
     }
 }
 
@@ -168,114 +177,15 @@ TEST(IndexedPreview, ScalesBlocksOfAnySize) {
     }
 }
 
-/// An open dialog with a state of its own, drawing on a surface.
-class IndexedItems : public testing::Test {
-  protected:
-    IndexedItems() : picture(MakePicture(4, 4, IndicesUpTo(8), 200, 0, kSeed)) {
-        dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr);
-        SetWRefCon(dialog, reinterpret_cast<std::intptr_t>(&g));
-        dialog->surface = &surface;
-        SetPort(dialog);
-        g.palette = &picture.table;
-        g.numColors = 200;
-    }
-    ~IndexedItems() override { DisposeDialog(dialog); }
-
-    OpenResources resources;
-    IndexedPicture picture;
-    IndexedDialogGlobals g;
-    PixelSurface surface{504, 652};
-    DialogPtr dialog = nullptr;
-};
-
-enum class Mark { none, shown, erased, selected };
-
-/// A point of a colour table, from its top left corner.
-PackedColor PlainTable(const IndexedPicture& picture, int count, const std::map<int, Mark>& marks,
-                       int v, int h) {
-    for (int i = 0; i < 256; ++i) {
-        const int y = v - 1 - i / 32 * 11, x = h - 1 - i % 32 * 11; // in the cell
-        const auto found = marks.find(i);
-        const Mark mark = found == marks.end() ? Mark::none : found->second;
-        const auto isFrame = [&](int out) {
-            return y >= -out && y < 9 + out && x >= -out && x < 9 + out &&
-                   (y == -out || y == 8 + out || x == -out || x == 8 + out);
-        };
-        if (mark == Mark::selected && isFrame(2)) return PixelSurface::kBlack;
-        if (mark == Mark::shown && isFrame(1)) return PixelSurface::kBlack;
-        if (mark == Mark::erased && isFrame(1)) return PixelSurface::kWhite;
-        if (y < 0 || y > 8 || x < 0 || x > 8) continue;
-        if (isFrame(0) || (i >= count && (y == x || y == 8 - x))) return PixelSurface::kBlack;
-        return i < count ? ColorOf(picture, i) : PixelSurface::kWhite;
-    }
-    return PixelSurface::kBackground;
-}
-
-TEST_F(IndexedItems, TheColourTableHasACellForEachEntryAndAFrameForEachMark) {
-    for (const int i : {0, 31, 32, 100, 199, 200}) g.transMap[i] = 1; // 200 is not in use
-    std::uint8_t mask = 0;
-    const struct {
-        const char* name;
-        std::map<int, Mark> marks;
-        std::function<void()> draw;
-    } cases[] = {
-        {"marks",
-         {{0, Mark::shown},
-          {31, Mark::shown},
-          {32, Mark::shown},
-          {100, Mark::shown},
-          {199, Mark::shown}},
-         [&] { DrawIndexedCLUT(dialog, kIndexedTableItem); }},
-        {"marks behind a channel",
-         {{0, Mark::erased},
-          {31, Mark::erased},
-          {32, Mark::erased},
-          {100, Mark::erased},
-          {199, Mark::erased}},
-         [&] {
-             g.maskedData = &mask;
-             DrawIndexedCLUT(dialog, kIndexedTableItem);
-         }},
-        {"one selected",
-         {{70, Mark::selected}},
-         [&] { DrawCLUT(dialog, g.palette, 200, 70, kIndexedTableItem); }},
-    };
-    const Rect table = dialog->Item(kIndexedTableItem)->rect;
-    for (const auto& c : cases) {
-        PenPat(&kGrayPattern);
-        c.draw();
-        for (int v = 0; v < 90; ++v)
-            for (int h = 0; h < 354; ++h)
-                ASSERT_EQ(surface.At(table.top + v, table.left + h),
-                          PlainTable(picture, 200, c.marks, v, h))
-                    << c.name << " at " << v << ", " << h << ", seed " << kSeed;
-        PenState pen;
-        GetPenState(&pen);
-        EXPECT_EQ(pen.pnPat, kGrayPattern) << c.name;
-    }
-}
-
-TEST_F(IndexedItems, TheSwatchIsGrayUntilSomethingIsTransparent) {
-    std::uint8_t mask = 0;
-    g.transparentColor = {0, 10, 20, 30};
-    const Rect box = dialog->Item(kIndexedSwatchItem)->rect;
-    for (const int state : {0, 1, 2}) {
-        g.transMap[7] = state == 1;
-        g.maskedData = state == 2 ? &mask : nullptr;
-        DrawColorBox(dialog, kIndexedSwatchItem);
-        for (int v = box.top; v < box.bottom; ++v)
-            for (int h = box.left; h < box.right; ++h) {
-                PackedColor want = IsGray(v, h) ? PixelSurface::kBlack : PixelSurface::kWhite;
-                if (state != 0) want = 0x0A141E;
-                if (IsOnFrame(box, v, h)) want = PixelSurface::kBlack;
-                ASSERT_EQ(surface.At(v, h), want) << "state " << state << " at " << v << ", " << h;
-            }
-    }
-}
-
-TEST_F(IndexedItems, SmallTextsStandAboutTheMiddleOfTheirItems) {
+TEST(IndexedItems, SmallTextsStandAboutTheMiddleOfTheirItems) {
     RecordingSurface recorder; // ascent 10, descent 4, leading 2
-    dialog->surface = &recorder;
+    DialogUser user({});
+    user.DrawOn(&recorder);
+    IndexedDialogGlobals g;
+    g.numColors = 200;
+    const DialogPtr dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr);
+    SetWRefCon(dialog, reinterpret_cast<std::intptr_t>(&g));
+    SetPort(dialog);
     dialog->txFont = 1, dialog->txSize = 17;
     dialog->Item(kIndexedHintItem)->rect = {100, 20, 131, 300};
     dialog->Item(kIndexedCountItem)->rect = {40, 30, 60, 100};
@@ -284,15 +194,13 @@ TEST_F(IndexedItems, SmallTextsStandAboutTheMiddleOfTheirItems) {
     Str255 line1, line2;
     GetIndString(line1, kIndexedStrings, 1);
     GetIndString(line2, kIndexedStrings, 2);
-    const auto text = [](ConstStr255Param line) {
-        return "\"" + std::string(line + 1, line + 1 + line[0]) + "\"";
-    };
     EXPECT_EQ(recorder.calls,
-              (std::vector<std::string>{"text 111 20 " + text(line1) + " font 3 size 9",
-                                        "text 127 20 " + text(line2) + " font 3 size 9",
+              (std::vector<std::string>{"text 111 20 \"" + FromPascal(line1) + "\" font 3 size 9",
+                                        "text 127 20 \"" + FromPascal(line2) + "\" font 3 size 9",
                                         "text 46 30 \"Colours: 200\" font 3 size 9"}));
     EXPECT_EQ(dialog->txFont, 1);
     EXPECT_EQ(dialog->txSize, 17);
+    DisposeDialog(dialog);
 }
 
 // The host's services
@@ -352,52 +260,13 @@ TEST(ColorServices, AnswerInTheLayoutOfTheirRecordOrLeaveItToThePicker) {
 TEST(ColorServices, ReachTheDialogWhileTheyRun) {
     const AddressKey key(&AnswerColor);
     const IndexedPicture picture = MakePicture(20, 30, IndicesUpTo(12), 12, 1, kSeed);
-    OpenResources resources;
     IndexedSession session(picture);
-    session.run.host.record.colorServicesProc.Set(key);
+    session.record.colorServicesProc.Set(key);
     colorAnswer = {noErr, 1, 2, 3, {}, true};
     EXPECT_EQ(session.Play({PressAt(Cell(4)), PressItem(kIndexedSwatchItem), PressAt(Cell(5))}),
-              "0");
+              noErr);
     EXPECT_EQ(Difference(session.File(), ExportPlainly(picture, {{4, 5}, 0, false, {0, 1, 2, 3}})),
               "");
-}
-
-struct NameAnswer {
-    OSErr code = noErr;
-    std::string name;
-} nameAnswer;
-
-OSErr AnswerName(OSType, OSType, std::int32_t, Handle* value) {
-    *value =
-        nameAnswer.name.empty() ? nullptr : NewHandle(static_cast<Size>(nameAnswer.name.size()));
-    if (*value) std::memcpy(**value, nameAnswer.name.data(), nameAnswer.name.size());
-    return nameAnswer.code;
-}
-
-TEST(ChannelNames, AreTheHostsOrItsErrors) {
-    ScriptedHost host(1, 1, 2, {0, 0});
-    HostPropertyProcs properties;
-    properties.getProperty = AnswerName;
-    const AddressKey key(&properties);
-    char name[kChannelNameBytes];
-    EXPECT_EQ(GetChannelName(1, name, &host.record), -30900) << "no property services";
-    host.record.propertyProcs.Set(key);
-    const struct {
-        OSErr code;
-        std::size_t length;
-        short want;
-        std::size_t kept;
-    } cases[] = {
-        {0, 0, -30900, 0}, {-1234, 0, -1234, 0}, {0, 1, 0, 1}, {0, 180, 0, 180}, {0, 181, 0, 180}};
-    for (const auto& c : cases) {
-        const long before = LiveMemoryBlocks();
-        nameAnswer = {c.code, std::string(c.length, 'n')};
-        EXPECT_EQ(GetChannelName(1, name, &host.record), c.want) << c.length;
-        if (c.want == 0) {
-            EXPECT_EQ(std::string(name), std::string(c.kept, 'n'));
-        }
-        EXPECT_EQ(LiveMemoryBlocks(), before) << "the name's handle was not given back";
-    }
 }
 
 } // namespace

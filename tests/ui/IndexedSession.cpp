@@ -1,6 +1,7 @@
 #include "IndexedSession.h"
 
 #include "FirstDifference.h"
+#include "MemoryManager.h"
 #include "RandomPictures.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 namespace {
 
 constexpr int kIndexPadding = 3, kChannelPadding = 5;
+constexpr const char* kComment = "Beside the sea";
 
 int Distance(RGBtuple a, RGBtuple b) {
     const int red = a.red - b.red, green = a.green - b.green, blue = a.blue - b.blue;
@@ -48,7 +50,7 @@ GivenUp FindIndexForHidden(const IndexedPicture& picture, const Choice& choice) 
 int ColorsInUse(const IndexedPicture& picture) {
     int highest = *std::max_element(picture.indices.begin(), picture.indices.end());
     for (int i = 255; i > highest; --i)
-        if (ColorOf(picture, i) != 0) highest = i;
+        if (picture.ColorOf(i) != 0) highest = i;
     return highest + 1;
 }
 
@@ -61,13 +63,9 @@ ByteVector Interleave(const IndexedPicture& picture) {
     return bytes;
 }
 
-thread_local IndexedSession* currentSession = nullptr;
+IndexedSession* currentSession = nullptr;
 
 } // namespace
-
-PackedColor ColorOf(const IndexedPicture& picture, int index) {
-    return PackColor(TableEntry(picture.table, index));
-}
 
 std::vector<int> IndicesUpTo(int count) {
     std::vector<int> indices(static_cast<std::size_t>(count));
@@ -108,7 +106,8 @@ GiflibPicture ExportPlainly(const IndexedPicture& picture, const Choice& choice)
     GiflibPicture file;
     file.rows = picture.rows;
     file.columns = picture.columns;
-    file.interlaced = true;
+    file.interlaced = choice.interlaced;
+    if (choice.comment) file.comment = kComment;
     file.indices = picture.indices;
     file.table = picture.table;
     int colors = ColorsInUse(picture);
@@ -163,44 +162,35 @@ std::string Difference(const GiflibPicture& got, const GiflibPicture& want) {
 }
 
 IndexedSession::IndexedSession(const IndexedPicture& picture)
-    : run(picture.rows, picture.columns, 1 + static_cast<int>(picture.channels.size()),
-          Interleave(picture)),
-      propertyKey(&properties) {
-    ExportRecord& record = run.host.record;
+    : ScriptedHost(picture.rows, picture.columns, 1 + static_cast<int>(picture.channels.size()),
+                   Interleave(picture)),
+      comment(kComment), propertyKey(&properties) {
     record.imageMode = kIndexedColorMode;
     record.hasTransparency = 0;
     std::copy_n(picture.table.red, 256, record.hostRedTable);
     std::copy_n(picture.table.green, 256, record.hostGreenTable);
     std::copy_n(picture.table.blue, 256, record.hostBlueTable);
-    run.host.extraRowBytes = kIndexPadding;
+    extraRowBytes = kIndexPadding;
     currentSession = this;
     properties.getProperty = GetProperty;
     record.propertyProcs.Set(propertyKey);
 }
 
-std::string IndexedSession::Play(std::vector<Act> acts,
-                                 std::function<std::optional<Act>(DialogPtr)> decide) {
-    std::size_t next = 0;
-    ScriptSource script([&](DialogPtr dialog) {
-        run.host.extraRowBytes = kChannelPadding;
-        if (next < acts.size()) return acts[next++];
-        const std::optional<Act> act = decide ? decide(dialog) : std::nullopt;
-        return act ? *act : PressItem(kIndexedOKItem);
-    });
-    script.DrawOn(&surface);
-    EventSource* const outer = SetEventSource(&script);
-    const short code = run.Export();
-    cursor = script.ShownCursor();
-    alerts = script.Alerts();
-    SetEventSource(outer);
-    return script.Failure().empty() ? std::to_string(code) : script.Failure();
+Look IndexedSession::UseOtherStride() {
+    return [this](DialogPtr) { extraRowBytes = kChannelPadding; };
+}
+
+short IndexedSession::Run(DialogUser& user) {
+    user.DrawOn(&surface);
+    const short code = user.Export(&record);
+    file = user.Output();
+    return code;
 }
 
 GiflibPicture IndexedSession::File() const {
-    const std::string bytes = run.user.Output();
     std::string reason;
     const auto decoded = GiflibDecode(
-        std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()), &reason);
+        std::span(reinterpret_cast<const std::uint8_t*>(file.data()), file.size()), &reason);
     EXPECT_TRUE(decoded) << reason;
     return decoded.value_or(GiflibPicture());
 }
@@ -221,35 +211,22 @@ OSErr IndexedSession::GetProperty(OSType signature, OSType key, std::int32_t ind
     return noErr;
 }
 
-Rect IndexedItemRect(short item) {
+namespace {
+
+Point InItem(short item, int v, int h) {
+    const DialogUser user({}); // for the resources
     const DialogPtr dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr);
     const Rect rect = dialog->Item(item)->rect;
     DisposeDialog(dialog);
-    return rect;
+    return {static_cast<std::int16_t>(rect.top + v), static_cast<std::int16_t>(rect.left + h)};
 }
 
+} // namespace
+
 Point Cell(int index) {
-    const Rect table = IndexedItemRect(kIndexedTableItem);
-    return {static_cast<std::int16_t>(table.top + index / 32 * 11 + 5),
-            static_cast<std::int16_t>(table.left + index % 32 * 11 + 5)};
+    return InItem(kIndexedTableItem, index / 32 * 11 + 5, index % 32 * 11 + 5);
 }
 
 Point InPreview(int v, int h) {
-    const Rect preview = IndexedItemRect(kIndexedPreviewItem);
-    return {static_cast<std::int16_t>(preview.top + v),
-            static_cast<std::int16_t>(preview.left + h)};
-}
-
-std::vector<Act> Holding(std::vector<short> keys, std::vector<Act> acts) {
-    std::vector<Act> all;
-    for (const short key : keys) all.push_back(HoldKey(key));
-    all.insert(all.end(), acts.begin(), acts.end());
-    for (const short key : keys) all.push_back(ReleaseKey(key));
-    return all;
-}
-
-std::vector<Act> Acts(std::initializer_list<std::vector<Act>> lists) {
-    std::vector<Act> all;
-    for (const auto& list : lists) all.insert(all.end(), list.begin(), list.end());
-    return all;
+    return InItem(kIndexedPreviewItem, v, h);
 }

@@ -2,14 +2,14 @@
 // to, worked out the plain way.
 #pragma once
 
-#include "DriverRun.h"
+#include "DialogUser.h"
 #include "GiflibDecode.h"
 #include "IndexedDialog.h"
 #include "PixelSurface.h"
-#include "ScriptSource.h"
+#include "ScriptedHost.h"
 
-#include <memory>
-#include <optional>
+#include <gtest/gtest.h>
+
 #include <random>
 #include <set>
 #include <string>
@@ -24,6 +24,7 @@ struct IndexedPicture {
     int At(int row, int column) const {
         return indices[static_cast<std::size_t>(row * columns + column)];
     }
+    PackedColor ColorOf(int index) const { return PackColor(TableEntry(table, index)); }
 };
 
 /// Random pixels of the given indices, all of which occur, in a table of distinct colours, and
@@ -32,15 +33,13 @@ IndexedPicture MakePicture(int rows, int columns, std::vector<int> indices, int 
                            int channels, unsigned seed);
 std::vector<int> IndicesUpTo(int count);
 
-/// The packed colour of an entry.
-PackedColor ColorOf(const IndexedPicture& picture, int index);
-
 /// What a user chose.
 struct Choice {
     std::set<int> marks = {};
     int channel = 0; ///< 0 for none
     bool inverted = false;
     RGBtuple matte = {0, 192, 192, 192};
+    bool interlaced = true, comment = true;
 };
 
 bool IsHidden(const IndexedPicture& picture, const Choice& choice, int row, int column);
@@ -52,38 +51,33 @@ std::string Difference(const GiflibPicture& got, const GiflibPicture& want);
 
 /// One export of a picture whose dialog a script operates. Every channel is delivered with another
 /// row stride than the indices.
-class IndexedSession {
+class IndexedSession : public ScriptedHost {
   public:
     explicit IndexedSession(const IndexedPicture& picture);
 
-    /// Plays the acts and then the decisions; a decision without an act presses OK. The answer is
-    /// the code of the export or, when the script failed, its reason.
-    std::string Play(std::vector<Act> acts,
-                     std::function<std::optional<Act>(DialogPtr)> decide = {});
+    /// Takes the steps and then presses OK; the code of the export.
+    template <class User = DialogUser> short Play(const Steps& steps) {
+        User user(Steps{UseOtherStride()} + steps);
+        return Run(user);
+    }
     /// The file that was written.
     GiflibPicture File() const;
 
-    DriverRun run;
     PixelSurface surface{504, 652};
     std::vector<std::string> channelNames; ///< of channels 1 and up; an empty one has none
-    std::string comment;
-    const Cursor* cursor = nullptr; ///< shown when the dialog closed
-    std::vector<std::string> alerts;
+    std::string comment;                   ///< of every picture, until it is changed
+    std::string file;                      ///< empty when none was written
 
   private:
     static OSErr GetProperty(OSType signature, OSType key, std::int32_t index, Handle* value);
+    Look UseOtherStride();
+    short Run(DialogUser& user);
 
     HostPropertyProcs properties;
     AddressKey propertyKey;
 };
 
-/// Where an item of the indexed dialog lies.
-Rect IndexedItemRect(short item);
 /// The middle of a cell of the colour table.
 Point Cell(int index);
 /// A point of the preview, from the item's top left corner.
 Point InPreview(int v, int h);
-/// A press while keys are held.
-std::vector<Act> Holding(std::vector<short> keys, std::vector<Act> acts);
-/// The lists one after the other.
-std::vector<Act> Acts(std::initializer_list<std::vector<Act>> lists);

@@ -1,17 +1,28 @@
-// The tools of the indexed dialog: clicks and drags in the preview under every key, cursors, and
-// which pixel the eyedropper takes.
+// The tools of the indexed dialog: presses and drags under every key, cursors, buttons, and which
+// pixel the eyedropper takes.
 #include "IndexedSession.h"
 
 #include "IndexedPreview.h"
 #include "PreviewTools.h"
 
+#include <algorithm>
+#include <map>
+#include <optional>
+
 namespace {
 
 constexpr unsigned kSeed = 777;
-constexpr short kHand = kIndexedHandItem, kZoom = kIndexedZoomItem, kDropper = kIndexedDropperItem;
+const Act kHand = PressItem(kIndexedHandItem), kZoom = PressItem(kIndexedZoomItem),
+          kDropper = PressItem(kIndexedDropperItem);
+const Act kPause = Idle(60); // no later press is the second of a double click
+
+const Cursor* ShownCursor() {
+    return static_cast<ScriptSource*>(CurrentEventSource())->ShownCursor();
+}
 
 /// Scale, marks and tool in words.
-std::string Describe(const IndexedDialogGlobals& g) {
+std::string Describe(DialogPtr dialog) {
+    const IndexedDialogGlobals& g = *GlobalsOf(dialog);
     const char* const tools[] = {"hand", "eyedropper", "zoom in", "zoom out", "plus", "minus"};
     std::string text = std::to_string(g.enlarge) + ":" + std::to_string(g.shrink);
     for (int i = 0; i < 256; ++i)
@@ -19,285 +30,270 @@ std::string Describe(const IndexedDialogGlobals& g) {
     return text + ", " + tools[g.currentTool];
 }
 
-/// Leads to 3:1 with a pause behind, so that no later press is the second of a double click.
-std::vector<Act> ZoomTo3(Point where) {
-    return {PressItem(kZoom), PressAt(where), PressAt(where), Idle(60)};
+/// Chooses a scale of 1:1 or more.
+Steps ZoomTo(int enlarge) {
+    Steps steps = {kZoom};
+    for (int i = 1; i < enlarge; ++i) steps.push_back(PressAt(InPreview(150, 200)));
+    return steps + Steps{kPause};
 }
 
 TEST(IndexedTools, DoWhatTheHeldKeysSay) {
-    OpenResources resources;
-    IndexedPicture picture = MakePicture(500, 600, {4}, 8, 1, kSeed);
-    const Point middle = InPreview(150, 200);
-    const short command = kKeyCommand, option = kKeyOption, shift = kKeyShift, space = kKeySpace;
+    const IndexedPicture picture = MakePicture(500, 600, {4}, 8, 1, kSeed);
     const struct {
-        short tool;
-        bool otherSide; ///< zoom out, minus
+        Steps choice;
         std::vector<short> keys;
         const char* want;
         short cursor;
     } cases[] = {
-        {kHand, false, {}, "3:1, hand", 2001},
-        {kHand, false, {shift}, "3:1, hand", 2001},
-        {kHand, false, {command}, "4:1, zoom in", 2002},
-        {kHand, false, {option}, "2:1, zoom out", 2003},
-        {kHand, false, {option, command}, "2:1, zoom out", 2003},
-        {kZoom, false, {}, "4:1, zoom in", 2002},
-        {kZoom, false, {option}, "2:1, zoom out", 2003},
-        {kZoom, true, {}, "2:1, zoom out", 2003},
-        {kZoom, true, {command}, "4:1, zoom in", 2002},
-        {kZoom, true, {option, command}, "2:1, zoom out", 2003},
-        {kZoom, false, {space}, "3:1, hand", 2001},
-        {kDropper, false, {}, "3:1 marks 4, plus", 2004},
-        {kDropper, false, {option}, "3:1 marks 4, plus", 2004},
-        {kDropper, false, {command}, "3:1, minus", 2005},
-        {kDropper, true, {}, "3:1, minus", 2005},
-        {kDropper, true, {shift}, "3:1 marks 4, plus", 2004},
-        {kDropper, false, {shift, command}, "3:1 marks 4, plus", 2004},
-        {kDropper, false, {space}, "3:1, hand", 2001},
-        {kDropper, true, {space, command}, "4:1, zoom in", 2002},
-        {kDropper, false, {space, option}, "2:1, zoom out", 2003},
+        {{kHand}, {}, "3:1, hand", 2001},
+        {{kHand}, {kKeyCommand}, "4:1, zoom in", 2002},
+        {{kZoom}, {kKeyOption, kKeyCommand}, "2:1, zoom out", 2003},
+        {Holding({kKeyOption}, {kZoom}), {}, "2:1, zoom out", 2003},
+        {{kDropper}, {}, "3:1 marks 4, plus", 2004},
+        {{kDropper}, {kKeyCommand}, "3:1, minus", 2005},
+        {Holding({kKeyOption}, {kDropper}), {kKeyShift}, "3:1 marks 4, plus", 2004},
+        {{kDropper}, {kKeySpace}, "3:1, hand", 2001},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(testing::Message() << "item " << c.tool << (c.otherSide ? ", other side" : "")
-                                        << ", keys " << testing::PrintToString(c.keys));
-        IndexedSession session(picture);
-        std::vector<Act> click = {PressAt(middle), Idle(1)};
-        const std::vector<Act> choose =
-            Holding(c.otherSide ? std::vector<short>{option} : std::vector<short>{},
-                    {PressItem(c.tool), Idle(60)});
-        std::vector<Act> acts = Acts({ZoomTo3(middle), choose});
-        for (const short key : c.keys) acts.push_back(HoldKey(key));
-        acts.insert(acts.end(), click.begin(), click.end());
-        std::string got;
-        Cursor shown = {};
-        bool released = false;
-        EXPECT_EQ(session.Play(
-                      acts,
-                      [&](DialogPtr dialog) -> std::optional<Act> {
-                          if (released) return std::nullopt;
-                          released = true;
-                          got = Describe(*GlobalsOf(dialog));
-                          shown = *static_cast<ScriptSource*>(CurrentEventSource())->ShownCursor();
-                          return std::nullopt;
-                      }),
-                  "0");
-        EXPECT_EQ(got, c.want);
-        EXPECT_EQ(shown, **GetCursor(c.cursor));
+        const Look look = [&](DialogPtr dialog) {
+            EXPECT_EQ(Describe(dialog), c.want) << "case " << &c - cases;
+            EXPECT_EQ(*ShownCursor(), **GetCursor(c.cursor)) << "case " << &c - cases;
+        };
+        const Steps click = {PressAt(InPreview(150, 200)), Idle(1), look};
+        EXPECT_EQ(IndexedSession(picture).Play(ZoomTo(3) + c.choice + Steps{kPause} +
+                                               Holding(c.keys, click)),
+                  noErr);
     }
 }
 
 TEST(IndexedTools, ShowTheirCursorOverTheColourTableToo) {
-    OpenResources resources;
     const IndexedPicture picture = MakePicture(50, 60, IndicesUpTo(4), 8, 1, kSeed);
-    const Act over = MoveMouse(Cell(3));
-    const Act channel = ChooseEntry(kIndexedChannelItem, 2);
     const struct {
-        std::vector<Act> acts;
+        std::vector<short> keys;
+        Steps choice;
         short cursor; ///< 0: the arrow
     } cases[] = {
-        {{over, Idle(1)}, 2004},
-        {{HoldKey(kKeyCommand), over, Idle(1)}, 2005},
-        {{PressItem(kHand), over, Idle(1)}, 0},
-        {{PressItem(kHand), HoldKey(kKeyShift), over, Idle(1)}, 2004},
-        {{PressItem(kHand), HoldKey(kKeyCommand), over, Idle(1)}, 2005},
-        {{channel, HoldKey(kKeyShift), over, Idle(1)}, 0},
+        {{}, {}, 2004},
+        {{kKeyCommand}, {}, 2005},
+        {{}, {kHand}, 0},
+        {{kKeyShift}, {kHand}, 2004},
+        {{kKeyCommand}, {kHand}, 2005},
+        {{kKeyShift}, {ChooseEntry(kIndexedChannelItem, 2)}, 0},
+    };
+    for (const auto& c : cases) {
+        const Look look = [&](DialogPtr) {
+            EXPECT_EQ(ShownCursor(), c.cursor != 0 ? *GetCursor(c.cursor) : nullptr)
+                << "case " << &c - cases;
+        };
+        const Act past = MoveMouse(InPreview(150, 200)); // another cursor on the way
+        EXPECT_EQ(
+            IndexedSession(picture).Play(c.choice + Steps{past} +
+                                         Holding(c.keys, {MoveMouse(Cell(3)), Idle(1), look})),
+            noErr);
+    }
+}
+
+/// Draws the pictures of hand, zoom and eyedropper into frames.
+class ButtonsOf : public PixelSurface {
+  public:
+    ButtonsOf(DialogPtr dialog, const std::vector<short>& pictures) : PixelSurface(504, 652) {
+        Surface* const shown = std::exchange(dialog->surface, this);
+        GrafPtr port = nullptr;
+        GetPort(&port);
+        SetPort(dialog);
+        PenNormal();
+        for (std::size_t i = 0; i < pictures.size(); ++i) {
+            const Rect& rect = dialog->Item(static_cast<short>(kIndexedHandItem + i))->rect;
+            DrawPicture(GetPicture(pictures[i]), &rect);
+            FrameRect(&rect);
+        }
+        SetPort(port);
+        dialog->surface = shown;
+    }
+};
+
+TEST(IndexedTools, FollowPressesKeysAndDoubleClicksOnTheirButtons) {
+    const IndexedPicture picture = MakePicture(500, 600, {4}, 8, 1, kSeed);
+    const Steps zoomOut = Holding({kKeyOption}, {kZoom});
+    const struct {
+        const char* name;
+        Steps steps;
+        const char* want;
+        std::vector<short> pictures; ///< of hand, zoom and eyedropper
+    } cases[] = {
+        {"zoom", {kZoom}, "4:1, zoom in", {500, 511, 506}},
+        {"zoom with command", Holding({kKeyCommand}, {kZoom}), "4:1, zoom in", {500, 511, 506}},
+        {"zoom with option", zoomOut, "4:1, zoom out", {500, 513, 506}},
+        {"both sides of zoom", zoomOut + Steps{kPause} + zoomOut, "4:1, zoom in", {500, 511, 506}},
+        {"double click on zoom", {kZoom, kZoom}, "1:1, zoom in", {500, 511, 506}},
+        {"with option", zoomOut + Steps{kZoom}, "1:1, zoom out", {500, 513, 506}},
+        {"double click on the hand", {kHand, kHand}, "1:2, hand", {501, 510, 506}},
+        {"slow clicks on the hand", {kHand, kPause, kHand}, "4:1, hand", {501, 510, 506}},
+        {"the hand after zoom", {kZoom, kHand}, "4:1, hand", {501, 510, 506}},
+        {"eyedropper", {kDropper}, "4:1, plus", {500, 510, 507}},
+        {"eyedropper with option",
+         Holding({kKeyOption}, {kDropper}),
+         "4:1, minus",
+         {500, 510, 509}},
+        {"the hand after minus",
+         Holding({kKeyOption}, {kDropper}) + Steps{kHand},
+         "4:1, hand",
+         {501, 510, 508}},
+        {"double click on the eyedropper", {kDropper, kDropper}, "4:1, plus", {500, 510, 507}},
+        {"eyedropper while masked",
+         Steps{ChooseEntry(kIndexedChannelItem, 2), kZoom} + Holding({kKeyOption}, {kDropper}),
+         "4:1, zoom in",
+         {500, 511, 514}},
     };
     for (const auto& c : cases) {
         IndexedSession session(picture);
-        const Cursor* shown = nullptr;
-        const Act past = MoveMouse(InPreview(150, 200)); // another cursor on the way
-        EXPECT_EQ(session.Play(
-                      Acts({{past}, c.acts}),
-                      [&](DialogPtr) {
-                          shown = static_cast<ScriptSource*>(CurrentEventSource())->ShownCursor();
-                          return std::nullopt;
-                      }),
-                  "0");
-        const Cursor* const want = c.cursor != 0 ? *GetCursor(c.cursor) : nullptr;
-        EXPECT_EQ(shown, want) << "cursor " << c.cursor << ", case " << (&c - cases);
+        const Look look = [&](DialogPtr dialog) {
+            EXPECT_EQ(Describe(dialog), c.want) << c.name;
+            const ButtonsOf want(dialog, c.pictures);
+            const Rect first = dialog->Item(kIndexedHandItem)->rect;
+            const Rect last = dialog->Item(kIndexedDropperItem)->rect;
+            int wrong = 0;
+            for (int v = first.top; v < first.bottom; ++v)
+                for (int h = first.left; h < last.right; ++h)
+                    if (want.At(v, h) != PixelSurface::kBackground)
+                        wrong += session.surface.At(v, h) != want.At(v, h);
+            EXPECT_EQ(wrong, 0) << c.name;
+        };
+        EXPECT_EQ(
+            session.Play(ZoomTo(4) + Steps{kDropper, kPause} + c.steps + Steps{Idle(1), look}),
+            noErr);
     }
+}
+
+/// Lets go of the option key together with the button.
+class HurriedUser : public DialogUser {
+  public:
+    using DialogUser::DialogUser;
+    void ReadKeys(KeyMap keys) override {
+        std::fill(keys, keys + 16, std::uint8_t{0});
+        if (ButtonDown()) keys[kKeyOption >> 3] = 1 << (kKeyOption & 7);
+    }
+};
+
+TEST(IndexedTools, LookAtTheOptionKeyBeforeTheRelease) {
+    const Look look = [](DialogPtr dialog) {
+        EXPECT_EQ(GlobalsOf(dialog)->selectedTool, zoomOutTool);
+    };
+    IndexedSession session(MakePicture(9, 9, {4}, 8, 0, kSeed));
+    EXPECT_EQ(session.Play<HurriedUser>({kZoom, look}), noErr);
+}
+
+// Deliberate: the memory of the last press belongs to the module, not to a dialog.
+TEST(IndexedTools, CountADoubleClickAcrossTwoDialogs) {
+    const Look enlarge = [](DialogPtr dialog) { GlobalsOf(dialog)->enlarge = 4; };
+    const Look look = [](DialogPtr dialog) { EXPECT_EQ(Describe(dialog), "1:1, zoom in"); };
+    IndexedSession session(MakePicture(500, 600, {4}, 8, 0, kSeed));
+    const Act cancel = PressKey(kKeyEscape);
+    DialogUser user({kPause, kZoom, cancel, enlarge, kZoom, look, cancel});
+    for (int dialog = 0; dialog < 2; ++dialog)
+        EXPECT_EQ(user.Export(&session.record), userCanceledErr);
 }
 
 // Deliberate: the click is measured from the corner of the box also where the picture lies in the
 // middle of it.
 TEST(IndexedTools, ZoomAboutAPointMeasuredFromTheCornerOfTheBox) {
-    OpenResources resources;
-    const Act click = PressAt(InPreview(150, 200));
+    const auto expectSource = [](const Rect& want) -> Look {
+        return [=](DialogPtr dialog) { EXPECT_EQ(GlobalsOf(dialog)->srcRect, want); };
+    };
     // 402 / 2 columns and 302 / 2 rows about (150, 200); then 403 / 3 and 303 / 3 about
     // (74 + 150 / 2, 99 + 200 / 2).
-    const Rect wanted[] = {{74, 99, 225, 300}, {98, 132, 199, 266}};
+    const Act click = PressAt(InPreview(150, 200));
     IndexedSession session(MakePicture(290, 300, {1}, 4, 0, kSeed));
-    std::size_t clicks = 0;
-    EXPECT_EQ(session.Play({PressItem(kZoom), click},
-                           [&](DialogPtr dialog) -> std::optional<Act> {
-                               EXPECT_EQ(GlobalsOf(dialog)->srcRect, wanted[clicks])
-                                   << "click " << clicks;
-                               if (++clicks == std::size(wanted)) return std::nullopt;
-                               return click;
-                           }),
-              "0");
+    EXPECT_EQ(session.Play({kZoom, click, expectSource({74, 99, 225, 300}), click,
+                            expectSource({98, 132, 199, 266})}),
+              noErr);
 }
 
 TEST(IndexedTools, OpenLargePicturesInTheMiddleOfWhatTheSmallestScaleShows) {
-    OpenResources resources;
     const struct {
         int rows, columns;
         std::int32_t maxShrink;
         Rect source;
     } cases[] = {
-        {20, 30, 1, {0, 0, 20, 30}},         {302, 402, 1, {0, 0, 301, 401}},
-        {303, 403, 2, {0, 0, 301, 401}},     {20, 7000, 16, {0, 3015, 20, 3416}},
+        {302, 402, 1, {0, 0, 301, 401}},
+        {303, 403, 2, {0, 0, 301, 401}},
+        {20, 7000, 16, {0, 3015, 20, 3416}},
         {5000, 20, 16, {2265, 0, 2566, 20}},
     };
     for (const auto& c : cases) {
+        const Look look = [&](DialogPtr dialog) {
+            EXPECT_EQ(GlobalsOf(dialog)->maxShrink, c.maxShrink) << c.columns;
+            EXPECT_EQ(GlobalsOf(dialog)->srcRect, c.source) << c.columns;
+        };
         IndexedSession session(MakePicture(c.rows, c.columns, {1}, 4, 0, kSeed));
-        EXPECT_EQ(session.Play({},
-                               [&](DialogPtr dialog) {
-                                   const IndexedDialogGlobals& g = *GlobalsOf(dialog);
-                                   EXPECT_EQ(g.maxShrink, c.maxShrink) << c.columns;
-                                   EXPECT_EQ(g.srcRect, c.source)
-                                       << c.columns << ": " << g.srcRect.top << " "
-                                       << g.srcRect.left << " " << g.srcRect.bottom << " "
-                                       << g.srcRect.right;
-                                   return std::nullopt;
-                               }),
-                  "0");
+        EXPECT_EQ(session.Play({look}), noErr);
     }
 }
 
-TEST(IndexedTools, DragThePictureWithTheHandAsFarAsItReaches) {
-    OpenResources resources;
-    const IndexedPicture picture = MakePicture(500, 600, IndicesUpTo(200), 200, 0, kSeed);
-    const Point from = InPreview(150, 200);
-    const auto away = [&](int v, int h) {
-        return Point{static_cast<std::int16_t>(from.v + v), static_cast<std::int16_t>(from.h + h)};
-    };
-    const struct {
-        const char* name;
-        std::vector<Point> path;
-        int v, h; ///< the way of the view; far ones end at the picture's edge
-    } cases[] = {
-        {"there and on", {from, away(-10, 4), away(30, -60)}, -10, 20},
-        {"back to the start", {from, away(-40, 70), from}, 0, 0},
-        {"to the top left", {from, away(30, 40), {2000, 2000}}, -500, -600},
-        {"to the bottom right", {from, {-2000, -2000}}, 500, 600},
-    };
-    for (const auto& c : cases) {
-        IndexedSession session(picture);
-        Rect before, after;
-        int asked = 0;
-        EXPECT_EQ(session.Play(Acts({ZoomTo3(from), {PressItem(kHand)}}),
-                               [&](DialogPtr dialog) -> std::optional<Act> {
-                                   const IndexedDialogGlobals& g = *GlobalsOf(dialog);
-                                   (asked++ == 0 ? before : after) = g.srcRect;
-                                   if (asked == 1) return Drag(c.path);
-                                   return std::nullopt;
-                               }),
-                  "0");
-        const int height = after.bottom - after.top, width = after.right - after.left;
-        const int top = std::clamp(before.top + c.v, 0, 500 - height);
-        const int left = std::clamp(before.left + c.h, 0, 600 - width);
+TEST(IndexedTools, DragThePictureWithTheHand) {
+    Rect before;
+    const Look note = [&](DialogPtr dialog) { before = GlobalsOf(dialog)->srcRect; };
+    const Look expectMoved = [&](DialogPtr dialog) {
         // Parts of odd length lie half a pixel beside their middle.
-        EXPECT_LE(std::abs(after.top - top), 1) << c.name;
-        EXPECT_LE(std::abs(after.left - left), 1) << c.name;
-    }
+        EXPECT_LE(std::abs(GlobalsOf(dialog)->srcRect.top - (before.top - 10)), 1);
+        EXPECT_LE(std::abs(GlobalsOf(dialog)->srcRect.left - (before.left + 20)), 1);
+    };
+    const Act drag = Drag({InPreview(150, 200), InPreview(140, 204), InPreview(180, 140)});
+    IndexedSession session(MakePicture(500, 600, {1}, 4, 0, kSeed));
+    EXPECT_EQ(session.Play(ZoomTo(3) + Steps{kHand, note, drag, expectMoved}), noErr);
 }
-
-/// Presses the eyedropper at each point and notes which entries that marks.
-class Probe {
-  public:
-    Probe(IndexedSession& theSession, const IndexedPicture& picture) : session(theSession) {
-        for (int i = 0; i < 256; ++i) indexOf[ColorOf(picture, i)] = i;
-    }
-
-    std::optional<Act> Next(DialogPtr dialog) {
-        if (next == 0) Begin(dialog);
-        if (next > 0 && next <= points.size()) Check(dialog);
-        if (next >= points.size()) return std::nullopt;
-        return PressAt(points[next++]);
-    }
-
-    std::mt19937 random{kSeed};
-    std::size_t most = 400; ///< points
-
-  private:
-    // The colours that are seen before anything is marked tell what each press should mark.
-    void Begin(DialogPtr dialog) {
-        const IndexedDialogGlobals& g = *GlobalsOf(dialog);
-        const Rect box = dialog->Item(kIndexedPreviewItem)->rect;
-        for (int v = box.top; v < box.bottom; ++v)
-            for (int h = box.left; h < box.right; ++h) {
-                const Point point = {static_cast<std::int16_t>(v), static_cast<std::int16_t>(h)};
-                const bool isInside = v > box.top && v < box.bottom - 1 && h > box.left &&
-                                      h < box.right - 1 && PtInRect(point, &g.dstRect);
-                const bool isNear = v >= g.dstRect.top - 2 && v < g.dstRect.bottom + 2 &&
-                                    h >= g.dstRect.left - 2 && h < g.dstRect.right + 2;
-                if (!isNear || (!isInside && PtInRect(point, &g.dstRect))) continue;
-                points.push_back(point);
-                wanted[{v, h}] = isInside ? indexOf.at(session.surface.At(v, h)) : -1;
-            }
-        std::shuffle(points.begin(), points.end(), random);
-        points.resize(std::min(points.size(), most));
-    }
-
-    void Check(DialogPtr dialog) {
-        IndexedDialogGlobals* const g = GlobalsOf(dialog);
-        const Point point = points[next - 1];
-        std::vector<int> marked;
-        for (int i = 0; i < 256; ++i)
-            if (std::exchange(g->transMap[i], std::uint8_t{0}) != 0) marked.push_back(i);
-        const int want = wanted[{point.v, point.h}];
-        EXPECT_EQ(marked, want < 0 ? std::vector<int>{} : std::vector<int>{want})
-            << "at " << point.v << ", " << point.h << ", " << g->enlarge << ":" << g->shrink
-            << ", seed " << kSeed;
-        if (!marked.empty())
-            FixupPmTable(g->previewColors, g->transMap, g->palette, g->transparentColor, -1, false);
-    }
-
-    IndexedSession& session;
-    std::map<PackedColor, int> indexOf;
-    std::vector<Point> points;
-    std::map<std::pair<int, int>, int> wanted;
-    std::size_t next = 0;
-};
 
 TEST(IndexedTools, TakeThePixelThatIsSeenUnderTheEyedropper) {
-    OpenResources resources;
-    const Point middle = InPreview(150, 200);
-    const std::vector<Act> dropper = {PressItem(kDropper), Idle(60)};
-    const std::vector<Act> drag = {PressItem(kHand), Drag({middle, InPreview(200, 90)}), Idle(60)};
-    const auto zoom = [&](int clicks) {
-        std::vector<Act> acts = {PressItem(kZoom)};
-        acts.insert(acts.end(), static_cast<std::size_t>(clicks), PressAt(middle));
-        return acts;
-    };
-    const auto zoomOut = Holding({kKeyOption}, {PressItem(kZoom), PressAt(middle)});
+    const Point middle = InPreview(151, 201);
+    const Steps dropper = {kDropper, kPause};
+    const Steps drag = {kHand, Drag({InPreview(150, 200), InPreview(200, 90)}), kPause};
+    const Steps zoomOut = Holding({kKeyOption}, {kZoom, PressAt(InPreview(150, 200))});
     const struct {
         const char* scale;
         int rows, columns;
-        std::vector<Act> acts;
-        std::size_t points;
+        Steps steps;
+        int height, width; ///< of what is pressed at in the middle of the box
     } cases[] = {
-        {"1:1", 15, 16, {}, 10000},      {"1:1", 500, 600, {}, 80},
-        {"3:1", 16, 18, zoom(2), 10000}, {"3:1", 500, 600, Acts({zoom(2), drag}), 80},
-        {"16:1", 60, 70, zoom(15), 80},  {"1:2", 900, 1001, zoomOut, 80},
-        {"1:2", 3, 805, zoomOut, 2000},
+        {"1:1", 15, 16, {}, 20, 20},
+        {"1:1", 500, 600, {}, 300, 400},
+        {"3:1", 16, 18, ZoomTo(3), 52, 58},
+        {"3:1", 500, 600, ZoomTo(3) + drag, 300, 400},
+        {"16:1", 60, 70, ZoomTo(16), 300, 400},
+        {"1:2", 900, 1001, zoomOut, 300, 400},
+        {"1:2", 3, 805, zoomOut, 6, 400},
+    };
+    std::mt19937 random(kSeed);
+    const auto below = [&](int limit) {
+        return static_cast<int>(random() % static_cast<unsigned>(limit));
     };
     for (const auto& c : cases) {
         const IndexedPicture picture =
             MakePicture(c.rows, c.columns, IndicesUpTo(240), 240, 0, kSeed);
+        std::map<PackedColor, int> indexOf;
+        for (int i = 0; i < 240; ++i) indexOf[picture.ColorOf(i)] = i;
         IndexedSession session(picture);
-        Probe probe(session, picture);
-        probe.most = c.points;
-        EXPECT_EQ(session.Play(Acts({c.acts, dropper}),
-                               [&](DialogPtr dialog) {
-                                   const IndexedDialogGlobals& g = *GlobalsOf(dialog);
-                                   EXPECT_EQ(std::to_string(g.enlarge) + ":" +
-                                                 std::to_string(g.shrink),
-                                             c.scale);
-                                   return probe.Next(dialog);
-                               }),
-                  "0");
+        std::optional<PixelSurface> seen; // before anything is marked
+        Steps steps = c.steps + dropper + Steps{Look([&](DialogPtr dialog) {
+                          EXPECT_EQ(Describe(dialog), c.scale + std::string(", plus"));
+                          seen = session.surface;
+                      })};
+        for (int i = 0; i < 100; ++i) {
+            const int v = middle.v - c.height / 2 + below(c.height);
+            const int h = middle.h - c.width / 2 + below(c.width);
+            const Point point = {static_cast<std::int16_t>(v), static_cast<std::int16_t>(h)};
+            steps.push_back(PressAt(point));
+            steps.push_back([&, point](DialogPtr dialog) {
+                IndexedDialogGlobals* const g = GlobalsOf(dialog);
+                std::vector<int> marked, want;
+                for (int index = 0; index < 256; ++index)
+                    if (std::exchange(g->transMap[index], 0) != 0) marked.push_back(index);
+                if (PtInRect(point, &g->dstRect))
+                    want.push_back(indexOf.at(seen->At(point.v, point.h)));
+                EXPECT_EQ(marked, want)
+                    << c.scale << " at " << point.v << ", " << point.h << ", seed " << kSeed;
+            });
+        }
+        EXPECT_EQ(session.Play(steps), noErr);
     }
 }
 
