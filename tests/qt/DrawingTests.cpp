@@ -4,8 +4,6 @@
 #include <QImage>
 #include <QPalette>
 
-#include <cstdlib>
-
 namespace {
 
 const QColor kDarkWindow(0x2B, 0x2B, 0x2B), kLightText(0xE6, 0xE6, 0xE6);
@@ -21,13 +19,6 @@ QPalette DarkPalette() {
     return palette;
 }
 
-// For a look at it: a folder in the environment gets the picture.
-void SaveIfWanted(const QImage& image, const std::string& name) {
-    const char* folder = std::getenv("GIF89_SCREENSHOTS");
-    const std::string suffix = image.devicePixelRatio() > 1 ? "-2x.png" : "-1x.png";
-    if (folder) image.save(QString::fromStdString(std::string(folder) + "/" + name + suffix));
-}
-
 constexpr RGBColor kExact = {0x1234, 0x8000, 0xFEDC};
 
 void DrawSamples(DialogPtr dialog, short item) {
@@ -36,18 +27,19 @@ void DrawSamples(DialogPtr dialog, short item) {
     FrameRect(&rect);
     const PixPatHandle color = NewPixPat();
     MakeRGBPat(color, &kExact);
-    const Rect square = {static_cast<short>(rect.top + 10), static_cast<short>(rect.left + 10),
-                         static_cast<short>(rect.top + 30), static_cast<short>(rect.left + 30)};
-    FillCRect(&square, color);
+    const auto square = [](Point corner) {
+        return Rect{corner.v, corner.h, static_cast<short>(corner.v + 20),
+                    static_cast<short>(corner.h + 20)};
+    };
+    const Rect colored = square(CanvasPoint(10, 10)), gray = square(CanvasPoint(40, 10));
+    FillCRect(&colored, color);
     DisposePixPat(color);
-    const Rect gray = {square.top, static_cast<short>(square.right + 10), square.bottom,
-                       static_cast<short>(square.right + 30)};
     FillRect(&gray, &kGrayPattern);
-    MoveTo(square.left, static_cast<short>(square.bottom + 10));
-    LineTo(gray.right, static_cast<short>(square.bottom + 30));
+    MoveTo(colored.left, static_cast<short>(colored.bottom + 10));
+    LineTo(gray.right, static_cast<short>(colored.bottom + 30));
     TextFont(3);
     TextSize(9);
-    MoveTo(square.left, static_cast<short>(square.bottom + 50));
+    MoveTo(colored.left, static_cast<short>(colored.bottom + 50));
     DrawString(reinterpret_cast<ConstStr255Param>("\013small sizes"));
 }
 
@@ -56,11 +48,7 @@ class Drawing : public WindowTest {
     ~Drawing() override { QApplication::setPalette(QPalette()); }
 
     void ShowSamples() {
-        short kind;
-        Handle handle;
-        Rect rect;
-        GetDialogItem(dialog, kTestCanvas, &kind, &handle, &rect);
-        SetDialogItem(dialog, kTestCanvas, kind, ProcToHandle(DrawSamples), &rect);
+        dialog->Item(kTestCanvas)->draw = DrawSamples;
         Show();
     }
     QImage Grab() { return Window()->grab().toImage().convertToFormat(QImage::Format_RGB32); }
@@ -135,36 +123,6 @@ TEST_F(Drawing, ShowsPictureItemsAsDrawPictureDoes) {
     DrawPicture(GetPicture(500), &item.rect);
     Settle();
     EXPECT_EQ(Grab().copy(place), shown);
-}
-
-TEST_F(Drawing, SurvivesAWholeSession) {
-    DisposeDialog(dialog);
-    dialog = nullptr;
-    std::vector<Act> acts = {Drag({CellPoint(3, 1), CellPoint(9, 1)}), PressItem(kTestZoom),
-                             PressAt(CanvasPoint(30, 40)), MoveMouse(CanvasPoint(90, 80)), Idle(4)};
-    for (const auto& [name, palette] : {std::pair("light", QPalette(QColor(0xEF, 0xEF, 0xEF))),
-                                        std::pair("dark", DarkPalette())}) {
-        QApplication::setPalette(palette);
-        WindowUser user(display, *hands, acts);
-        bool isPainted = false;
-        QTimer timer;
-        timer.setInterval(5);
-        QObject::connect(&timer, &QTimer::timeout, [&, title = name] {
-            // Drawn only once the zoom's read-out is.
-            if (!Window() || user.PendingActs() > 0) return;
-            const QImage image = Grab();
-            const Point painted = CellPoint(5, 1);
-            isPainted = image.pixelColor(QPoint(painted.h, painted.v) *
-                                         static_cast<int>(image.devicePixelRatio())) == Qt::red;
-            SaveIfWanted(image, title);
-            timer.stop();
-        });
-        timer.start();
-        SetEventSource(&user);
-        RunTestDialog();
-        SetEventSource(&display);
-        EXPECT_TRUE(isPainted) << name;
-    }
 }
 
 } // namespace

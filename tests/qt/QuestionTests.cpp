@@ -26,7 +26,7 @@ Boolean HideText(ParamBlockRec* file) {
 
 class Questions : public testing::Test {
   protected:
-    Questions() : display(gif89::OpenDisplay()), before(std::filesystem::current_path()) {
+    Questions() : display(gif89::OpenDisplay()) {
         SetEventSource(display.events);
         SetStandardFileResponder(display.files);
         folder.Write("one.pal", "RIFF");
@@ -68,7 +68,6 @@ class Questions : public testing::Test {
 
     DisplayParts display;
     TemporaryFolder folder;
-    std::filesystem::path before;
 };
 
 TEST_F(Questions, OpenOffersFoldersAndWhatTheFilterLeaves) {

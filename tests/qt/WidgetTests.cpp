@@ -1,4 +1,5 @@
 // Native widgets: in step with the records, known by name, and usable without a mouse.
+#include "PascalStrings.h"
 #include "WindowFixture.h"
 
 #include <QAbstractItemModel>
@@ -11,12 +12,10 @@
 
 namespace {
 
-const std::uint8_t* Pascal(const char* text) {
-    static Str255 buffer;
-    buffer[0] = static_cast<std::uint8_t>(std::strlen(text));
-    std::copy(text, text + buffer[0], buffer + 1);
-    return buffer;
-}
+struct Pascal {
+    explicit Pascal(const char* source) { ToPascal(source, text); }
+    Str255 text;
+};
 
 class Widgets : public WindowTest {
   protected:
@@ -46,7 +45,7 @@ TEST_F(Widgets, AreDisabledByTheKindBitBeforeAndAfterShowing) {
 
 TEST_F(Widgets, ShowTitlesValuesTextsAndMenus) {
     Show();
-    SetControlTitle(ControlOf(kTestCancel), Pascal("Cut & try"));
+    SetControlTitle(ControlOf(kTestCancel), Pascal("Cut & try").text);
     EXPECT_EQ(As<QPushButton>(kTestCancel)->text(), "Cut && try"); // a single one marks a key
     EXPECT_EQ(WidgetOf(kTestCancel)->accessibleName(), "Cut & try");
     SetCheckBoxState(dialog, kTestAutomatic, true);
@@ -58,7 +57,7 @@ TEST_F(Widgets, ShowTitlesValuesTextsAndMenus) {
     EXPECT_EQ(As<QLabel>(kTestScale)->text(), "2:1");
 
     const MenuHandle menu = dialog->Item(kTestColours)->menu;
-    InsertMenuItem(menu, Pascal("Thirty-two"), 5);
+    InsertMenuItem(menu, Pascal("Thirty-two").text, 5);
     DisableItem(menu, 1);
     SetControlMaximum(ControlOf(kTestColours), 6);
     SetControlValue(ControlOf(kTestColours), 6);
@@ -82,10 +81,7 @@ TEST_F(Widgets, OnlyReportThatACheckBoxWasPressed) {
     EXPECT_EQ(seen, std::vector<std::int16_t>{mouseDown});
     EXPECT_FALSE(As<QCheckBox>(kTestAutomatic)->isChecked());
     EXPECT_EQ(HitAfter([] {}), -1);
-}
-
-TEST_F(Widgets, ThatAreDisabledShowTheModuleAPressOnce) {
-    Show();
+    // The module is shown a press on a disabled one, and once.
     EXPECT_EQ(HitAfter([&] { Press(MiddleOf(kTestUnavailable)); }), -1);
     EXPECT_EQ(std::count(seen.begin(), seen.end(), mouseDown), 1);
 }

@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
@@ -12,22 +13,10 @@ constexpr int kPatience = 1000; // pumps for one event
 constexpr int kHurriedMilliseconds = 5;
 
 int ToQtKey(short key) {
-    switch (key) {
-    case kKeyOption:
-        return Qt::Key_Alt;
-    case kKeyCommand:
-        return Qt::Key_Control;
-    case kKeyShift:
-        return Qt::Key_Shift;
-    case kKeySpace:
-        return Qt::Key_Space;
-    case kKeyDelete:
-        return Qt::Key_Backspace;
-    case kKeyEscape:
-        return Qt::Key_Escape;
-    default:
-        return Qt::Key_Return;
-    }
+    static const std::map<short, int> kKeys = {
+        {kKeyOption, Qt::Key_Alt},  {kKeyCommand, Qt::Key_Control},  {kKeyShift, Qt::Key_Shift},
+        {kKeySpace, Qt::Key_Space}, {kKeyDelete, Qt::Key_Backspace}, {kKeyReturn, Qt::Key_Return}};
+    return kKeys.at(key);
 }
 
 int EntryOf(const MenuInfo& menu, const Act& act) {
@@ -43,21 +32,14 @@ class WindowUser::ArrivalCounter : public QObject {
   public:
     ArrivalCounter() { qApp->installEventFilter(this); }
 
-    int count = 0;
+    std::ptrdiff_t count = 0;
 
     bool eventFilter(QObject* receiver, QEvent* event) override {
-        if (!receiver->isWindowType()) return false;
-        switch (event->type()) {
-        case QEvent::MouseMove:
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-        case QEvent::KeyPress:
-        case QEvent::KeyRelease:
-            ++count;
-            return false;
-        default:
-            return false;
-        }
+        constexpr QEvent::Type kHandMade[] = {QEvent::MouseMove, QEvent::MouseButtonPress,
+                                              QEvent::MouseButtonRelease, QEvent::KeyPress,
+                                              QEvent::KeyRelease};
+        if (receiver->isWindowType()) count += std::ranges::count(kHandMade, event->type());
+        return false;
     }
 };
 
@@ -101,8 +83,6 @@ void WindowUser::Expand(const Act& act) {
     case Kind::pressAt:
     case Kind::drag:
         return ExpandPointer(act.points);
-    case Kind::moveTo:
-        return Move(act.points[0]);
     case Kind::type:
         for (const QChar character : QString::fromStdString(act.text))
             ExpandStroke(character.toUpper().unicode(), character);
@@ -122,9 +102,6 @@ void WindowUser::Expand(const Act& act) {
         return ExpandStroke(ToQtKey(act.key));
     case Kind::chooseEntry:
         return ExpandChoice(act);
-    case Kind::idle:
-        steps.insert(steps.end(), static_cast<std::size_t>(act.ticks / 2), [] {});
-        return;
     default:
         failure = "an act that hands cannot do";
     }

@@ -37,8 +37,6 @@ class WindowUser : public EventSource {
     /// Why the acts could not be played to their end; empty when they were.
     const std::string& Failure() const { return failure; }
 
-    std::size_t PendingActs() const { return acts.size(); }
-
     void DialogOpened(DialogPtr dialog) override { display.DialogOpened(dialog); }
     void DialogShown(DialogPtr dialog) override { display.DialogShown(dialog); }
     void DialogClosed(DialogPtr dialog) override { display.DialogClosed(dialog); }
@@ -79,7 +77,7 @@ class WindowUser : public EventSource {
     std::deque<Act> acts;
     std::deque<std::function<void()>> steps;
     std::unique_ptr<ArrivalCounter> arrivals;
-    int expected = 0;
+    std::ptrdiff_t expected = 0;
     int fruitlessPumps = 0;
     QPoint mouse;
     std::string failure;
