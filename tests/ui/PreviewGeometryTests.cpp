@@ -89,27 +89,15 @@ void ExpectPlainView(const Axis& a) {
     ASSERT_EQ(a.drawnFirst, a.viewFirst + std::max(0, a.viewLength - drawn) / 2) << a;
 }
 
-/// Side lengths of all orders, those around a view's own among them.
-int PickLength(std::mt19937& random, int around) {
-    switch (random() % 4) {
-    case 0:
-        return 1 + static_cast<int>(random() % 40);
-    case 1:
-        return std::clamp(around - 20 + static_cast<int>(random() % 41), 1, 32767);
-    case 2:
-        return 1 + static_cast<int>(random() % 2000);
-    default:
-        return 1 + static_cast<int>(random() % 32767);
-    }
-}
-
 Axis PickAxis(std::mt19937& random, int enlarge, int shrink) {
     Axis a = {};
     a.enlarge = enlarge;
     a.shrink = shrink;
     a.viewFirst = static_cast<int>(random() % 300) - 50;
     a.viewLength = 1 + static_cast<int>(random() % (random() % 2 ? 12 : 1000));
-    a.imageLength = PickLength(random, a.viewLength * shrink / enlarge);
+    // Up to three times what the view holds, and around each.
+    const int held = a.viewLength * shrink / enlarge * static_cast<int>(random() % 4);
+    a.imageLength = std::clamp(held - 20 + static_cast<int>(random() % 41), 1, 32767);
     a.centre = static_cast<int>(random() % 40000) % (a.imageLength + 200) - 100;
     a.centre = std::min(a.centre, 32767);
     return a;

@@ -10,22 +10,12 @@
 
 namespace {
 
-TEST(Tools, HaveTheirCursorAndButton) {
-    const struct {
-        int tool;
-        short cursor, item;
-    } cases[] = {{handTool, 2001, 9},
-                 {eyeDropperTool, 2000, 11},
-                 {zoomInTool, 2002, 10},
-                 {zoomOutTool, 2003, 10},
-                 {eyeDropperPlusTool, 2004, 11},
-                 {eyeDropperMinusTool, 2005, 11},
-                 {6, -1, 9},
-                 {-1, -1, 9}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(GetToolCursorID(ToolType{c.tool}), c.cursor) << "tool " << c.tool;
-        EXPECT_EQ(ToolTypeToToolSlot(ToolType{c.tool}), c.item) << "tool " << c.tool;
+TEST(Tools, ThatAreNoneHaveTheHandsButtonAndNoCursor) {
+    for (const int tool : {-1, 6}) {
+        EXPECT_EQ(GetToolCursorID(ToolType{tool}), -1) << "tool " << tool;
+        EXPECT_EQ(ToolTypeToToolSlot(ToolType{tool}), kIndexedHandItem) << "tool " << tool;
     }
+    EXPECT_EQ(GetToolCursorID(eyeDropperTool), 2000);
 }
 
 TEST(Tools, ChangeWithTheKeysHeld) {
