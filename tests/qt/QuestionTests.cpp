@@ -132,13 +132,13 @@ TEST_F(Questions, ColoursComeBackInFullWidth) {
 }
 
 TEST_F(Questions, AlertsShowTheirTextsAsTheyAre) {
-    QString text;
     Answers answers({[&](QWidget* dialog) {
-        text = qobject_cast<QMessageBox*>(dialog)->text();
+        const auto* box = qobject_cast<QMessageBox*>(dialog);
+        EXPECT_EQ(box->text(), "No <b>palette</b> there.");
+        EXPECT_EQ(box->textFormat(), Qt::PlainText);
         return AcceptLater(dialog);
     }});
     display.events->Alert(EventSource::AlertKind::stop, "No <b>palette</b> there.");
-    EXPECT_EQ(text, "No <b>palette</b> there.");
 }
 
 TEST(Display, ThatCannotBeHadIsSaidInOneSentence) {

@@ -43,8 +43,8 @@ class WindowUser::ArrivalCounter : public QObject {
     }
 };
 
-WindowUser::WindowUser(EventSource& theDisplay, Hands& theHands, std::vector<Act> theActs)
-    : display(theDisplay), hands(theHands), acts(theActs.begin(), theActs.end()),
+WindowUser::WindowUser(EventSource& display, Hands& theHands, std::vector<Act> theActs)
+    : EventRelay(display), hands(theHands), acts(theActs.begin(), theActs.end()),
       arrivals(std::make_unique<ArrivalCounter>()) {}
 
 WindowUser::~WindowUser() = default;
@@ -56,7 +56,7 @@ void WindowUser::Pump(int milliseconds) {
         else if (++fruitlessPumps > kPatience)
             failure = "what the hands did has not arrived";
     }
-    display.Pump(std::min(milliseconds, kHurriedMilliseconds));
+    EventRelay::Pump(std::min(milliseconds, kHurriedMilliseconds));
 }
 
 // Between two acts one look for events brings nothing, so that a null event comes.

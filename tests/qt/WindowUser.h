@@ -1,7 +1,7 @@
 // Plays a script's acts on a real display: every act becomes what hands do with mouse and keyboard.
 #pragma once
 
-#include "EventSource.h"
+#include "EventRelay.h"
 #include "ScriptSource.h"
 
 #include <QObject>
@@ -29,7 +29,7 @@ std::unique_ptr<Hands> MakeXHands();
 
 /// Stands between the toolbox and a display and does the next thing whenever the toolbox waits and
 /// the last one has arrived, so that nothing depends on how fast the machine is.
-class WindowUser : public EventSource {
+class WindowUser : public gif89::EventRelay {
   public:
     WindowUser(EventSource& display, Hands& hands, std::vector<Act> acts);
     ~WindowUser() override;
@@ -37,28 +37,8 @@ class WindowUser : public EventSource {
     /// Why the acts could not be played to their end; empty when they were.
     const std::string& Failure() const { return failure; }
 
-    void DialogOpened(DialogPtr dialog) override { display.DialogOpened(dialog); }
-    void DialogShown(DialogPtr dialog) override { display.DialogShown(dialog); }
-    void DialogClosed(DialogPtr dialog) override { display.DialogClosed(dialog); }
-    void ItemChanged(DialogPtr dialog, short item, ItemChange change) override {
-        display.ItemChanged(dialog, item, change);
-    }
     void Pump(int milliseconds) override;
-    bool ButtonDown() override { return display.ButtonDown(); }
-    Point MousePosition() override { return display.MousePosition(); }
-    void ReadKeys(KeyMap keys) override { display.ReadKeys(keys); }
-    std::uint32_t Ticks() override { return display.Ticks(); }
-    std::uint32_t DoubleClickTicks() override { return display.DoubleClickTicks(); }
-    DialogPtr DialogAt(Point global) override { return display.DialogAt(global); }
     bool Failed() override { return !failure.empty(); }
-    void ShowCursor(const Cursor* cursor) override { display.ShowCursor(cursor); }
-    bool PickColor(Point where, const std::string& prompt, const RGBColor& start,
-                   RGBColor* picked) override {
-        return display.PickColor(where, prompt, start, picked);
-    }
-    void Alert(AlertKind kind, const std::string& sentence) override {
-        display.Alert(kind, sentence);
-    }
 
   private:
     class ArrivalCounter;
@@ -72,7 +52,6 @@ class WindowUser : public EventSource {
     void AddKey(int key, const QString& text, bool down);
     Point Middle(short item) const;
 
-    EventSource& display;
     Hands& hands;
     std::deque<Act> acts;
     std::deque<std::function<void()>> steps;
