@@ -71,12 +71,8 @@ void PixelSurface::Line(Point from, Point to, const Ink& ink) {
     }
 }
 
-int PixelSurface::Text(Point start, const std::string& text, short, short) {
-    const int width = static_cast<int>(text.size()) * kCharacterWidth;
-    textBounds.push_back({static_cast<std::int16_t>(start.v - kAscent), start.h,
-                          static_cast<std::int16_t>(start.v + kDescent),
-                          static_cast<std::int16_t>(start.h + width)});
-    return width;
+int PixelSurface::Text(Point, const std::string& text, short, short) {
+    return static_cast<int>(text.size()) * kCharacterWidth;
 }
 
 void PixelSurface::Metrics(short, short, short* ascent, short* descent, short* leading) {

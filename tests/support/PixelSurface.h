@@ -21,11 +21,9 @@ class PixelSurface : public Surface {
     /// letters that `colors` gives them, else '?'.
     std::vector<std::string> Rows(const std::map<std::uint32_t, char>& colors = {}) const;
 
-    /// Where texts were drawn: ascent 9, descent 2, 6 pixels a byte. Their letters are not.
-    std::vector<Rect> textBounds;
-
     void Fill(const Rect& rect, const Ink& ink) override;
     void Line(Point from, Point to, const Ink& ink) override;
+    /// Draws nothing; letters are 6 pixels wide.
     int Text(Point start, const std::string& text, short font, short size) override;
     void Metrics(short font, short size, short* ascent, short* descent, short* leading) override;
     /// Takes the pixel that lies under the middle of each point.

@@ -18,8 +18,6 @@ template <class... Parts> std::string Join(const Parts&... parts) {
     return line.str();
 }
 
-} // namespace
-
 std::string InkName(const Ink& ink) {
     if (ink.kind == Ink::Kind::black) return "black";
     if (ink.kind == Ink::Kind::white) return "white";
@@ -31,6 +29,8 @@ std::string InkName(const Ink& ink) {
         for (const int digit : {row >> 4, row & 15}) name += "0123456789ABCDEF"[digit];
     return name;
 }
+
+} // namespace
 
 std::vector<std::string> RecordingSurface::Take() {
     return std::exchange(calls, {});
@@ -46,13 +46,13 @@ void RecordingSurface::Line(Point from, Point to, const Ink& ink) {
 
 int RecordingSurface::Text(Point start, const std::string& text, short font, short size) {
     calls.push_back(Join("text ", start, " \"", text, "\" font ", font, " size ", size));
-    return static_cast<int>(text.size()) * characterWidth;
+    return static_cast<int>(text.size()) * 6;
 }
 
 void RecordingSurface::Metrics(short, short, short* ascent, short* descent, short* leading) {
-    *ascent = fontAscent;
-    *descent = fontDescent;
-    *leading = fontLeading;
+    *ascent = 10;
+    *descent = 4;
+    *leading = 2;
 }
 
 void RecordingSurface::Image(const Rect& rect, const ColorPixels& pixels) {

@@ -5,26 +5,19 @@
 
 #include <vector>
 
-/// "black", "white", "background", "color RED GREEN BLUE" or "pattern" and its rows in hexadecimal.
-std::string InkName(const Ink& ink);
-
 class RecordingSurface : public Surface {
   public:
     /// "fill TOP LEFT BOTTOM RIGHT INK", "line V H to V H INK", "text V H "CHARACTERS" font FONT
-    /// size SIZE", "image TOP LEFT BOTTOM RIGHT of ROWS x COLUMNS".
+    /// size SIZE", "image TOP LEFT BOTTOM RIGHT of ROWS x COLUMNS". INK is black, white,
+    /// background, color RED GREEN BLUE, or pattern and its rows in hexadecimal.
     std::vector<std::string> calls;
 
     /// What was noted since the last call of Take.
     std::vector<std::string> Take();
 
-    // What Text and Metrics answer.
-    int characterWidth = 6; ///< of each byte
-    short fontAscent = 10;
-    short fontDescent = 4;
-    short fontLeading = 2;
-
     void Fill(const Rect& rect, const Ink& ink) override;
     void Line(Point from, Point to, const Ink& ink) override;
+    /// Letters are 6 wide, rise 10 and fall 4; 2 lie between lines.
     int Text(Point start, const std::string& text, short font, short size) override;
     void Metrics(short font, short size, short* ascent, short* descent, short* leading) override;
     void Image(const Rect& rect, const ColorPixels& pixels) override;

@@ -1,11 +1,11 @@
 #include "TestDialog.h"
 
 #include "HostDialogs.h"
+#include "PascalStrings.h"
 #include "ResourceManager.h"
 
 #include <algorithm>
 #include <stdexcept>
-#include <string_view>
 
 namespace {
 
@@ -28,12 +28,16 @@ void Note(DialogPtr dialog, const std::string& line) {
     StateOf(dialog).log.push_back(line);
 }
 
-Rect RectOf(DialogPtr dialog, short item) {
+/// What the toolbox knows of an item.
+struct ItemInfo {
+    ItemInfo(DialogPtr dialog, short item) { GetDialogItem(dialog, item, &kind, &handle, &rect); }
     short kind;
     Handle handle;
     Rect rect;
-    GetDialogItem(dialog, item, &kind, &handle, &rect);
-    return rect;
+};
+
+Rect RectOf(DialogPtr dialog, short item) {
+    return ItemInfo(dialog, item).rect;
 }
 
 bool KeyIsDown(short key) {
@@ -44,10 +48,7 @@ bool KeyIsDown(short key) {
 
 struct PascalText {
     Str255 text;
-    explicit PascalText(std::string_view source) {
-        text[0] = static_cast<std::uint8_t>(source.size());
-        std::copy(source.begin(), source.end(), text + 1);
-    }
+    explicit PascalText(const std::string& source) { ToPascal(source, text); }
 };
 
 // Drawing
@@ -179,20 +180,13 @@ void ChooseTool(DialogPtr dialog, short item) {
 // Filter
 
 bool NumberIsDisabled(DialogPtr dialog) {
-    short kind;
-    Handle handle;
-    Rect rect;
-    GetDialogItem(dialog, kTestNumber, &kind, &handle, &rect);
-    return (kind & kItemDisabled) != 0;
+    return (ItemInfo(dialog, kTestNumber).kind & kItemDisabled) != 0;
 }
 
 void EnableNumber(DialogPtr dialog, bool enable) {
-    short kind;
-    Handle handle;
-    Rect rect;
-    GetDialogItem(dialog, kTestNumber, &kind, &handle, &rect);
-    kind = static_cast<short>(enable ? kind & ~kItemDisabled : kind | kItemDisabled);
-    SetDialogItem(dialog, kTestNumber, kind, handle, &rect);
+    const ItemInfo number(dialog, kTestNumber);
+    const int kind = enable ? number.kind & ~kItemDisabled : number.kind | kItemDisabled;
+    SetDialogItem(dialog, kTestNumber, static_cast<short>(kind), number.handle, &number.rect);
     if (enable)
         TEActivate(GetDialogTextEditHandle(dialog));
     else
@@ -237,11 +231,7 @@ Boolean FilterKey(DialogPtr dialog, const EventRecord& event, short* item) {
 
 Boolean FilterNull(DialogPtr dialog, const EventRecord& event) {
     Str255 title, wanted;
-    short kind;
-    Handle handle;
-    Rect rect;
-    GetDialogItem(dialog, kTestCancel, &kind, &handle, &rect);
-    const auto cancel = reinterpret_cast<ControlHandle>(handle);
+    const auto cancel = reinterpret_cast<ControlHandle>(ItemInfo(dialog, kTestCancel).handle);
     GetControlTitle(cancel, title);
     GetIndString(wanted, kTestDialog, KeyIsDown(kKeyOption) ? 2 : 1);
     if (!std::equal(title, title + title[0] + 1, wanted)) SetControlTitle(cancel, wanted);
@@ -316,13 +306,13 @@ bool ServeHit(DialogPtr dialog, short item) {
     case kTestAutomatic:
         Toggle(dialog, item);
         EnableNumber(dialog, !GetCheckBoxState(dialog, item));
-        return false;
+        break;
     case kTestStayOpen:
         Toggle(dialog, item);
-        return false;
+        break;
     case kTestColours:
         Note(dialog, "entry " + std::to_string(GetPopUpMenuValue(dialog, item)));
-        return false;
+        break;
     case kTestNumber:
         if (NumberIsDisabled(dialog)) {
             SetCheckBoxState(dialog, kTestAutomatic, false);
@@ -330,22 +320,20 @@ bool ServeHit(DialogPtr dialog, short item) {
             SelectTextItem(dialog, kTestNumber);
         }
         FetchText(dialog, item, text);
-        Note(dialog, "text " + std::string(text + 1, text + 1 + text[0]));
-        return false;
+        Note(dialog, "text " + FromPascal(text));
+        break;
     case kTestLabel:
         SelectTextItem(dialog, kTestNumber);
-        return false;
+        break;
     default:
-        return false;
+        break;
     }
+    return false;
 }
 
 void InstallDrawing(DialogPtr dialog, short item, UserItemProc draw) {
-    short kind;
-    Handle handle;
-    Rect rect;
-    GetDialogItem(dialog, item, &kind, &handle, &rect);
-    SetDialogItem(dialog, item, kind, ProcToHandle(draw), &rect);
+    const ItemInfo info(dialog, item);
+    SetDialogItem(dialog, item, info.kind, ProcToHandle(draw), &info.rect);
 }
 
 } // namespace
