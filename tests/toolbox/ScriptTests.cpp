@@ -36,11 +36,9 @@ TEST_F(Scripts, PlayTheWholeSessionTheSameEachTime) {
 TEST_F(Scripts, EndTheDialogWithOneSentenceWhenAnActCannotBe) {
     const std::pair<Act, const char*> cases[] = {
         {PressItem(99), "press item 99 in dialog 9000: there is no such item."},
-        {PressItem(0), "press item 0 in dialog 9000: there is no such item."},
         {PressItem(kTestUnavailable), "press item 14 in dialog 9000: it is disabled."},
         {PressItem(kTestGroup), "press item 13 in dialog 9000: no point of it can be pressed."},
         {SetText(kTestOK, "x"), "set the text of item 1 in dialog 9000: it is no edit text."},
-        {SetText(kTestUnavailable, "x"), "set the text of item 14 in dialog 9000: it is disabled."},
         {ChooseEntry(kTestOK, 1), "choose entry 1 in item 1 in dialog 9000: it is no pop-up."},
         {ChooseEntry(kTestColours, 4), "choose entry 4 in item 4 in dialog 9000: its menu has no "
                                        "such entry that can be chosen."},
@@ -49,7 +47,6 @@ TEST_F(Scripts, EndTheDialogWithOneSentenceWhenAnActCannotBe) {
          "chosen."},
         {Drag({}), "drag in dialog 9000: no point is given."},
         {HoldKey(128), "hold key 128 in dialog 9000: keys are numbered from 0 to 127."},
-        {PickFile("/tmp/x"), "pick the file /tmp/x in dialog 9000: nothing asks for it."},
         {CancelColor(), "cancel a colour dialog in dialog 9000: nothing asks for it."}};
     for (const auto& [act, reason] : cases) {
         // Option is held: a dialog that only resets on Cancel would never end.
@@ -57,15 +54,15 @@ TEST_F(Scripts, EndTheDialogWithOneSentenceWhenAnActCannotBe) {
         EXPECT_EQ(Run(script), (TestDialogLog{"hit 2", "cancelled"}));
         EXPECT_EQ(script.Failure(), std::string("The script cannot ") + reason);
     }
-    ScriptSource quitter({FailScript("Enough.")});
-    Run(quitter);
-    EXPECT_EQ(quitter.Failure(), "Enough.");
-    ScriptSource silent([](DialogPtr) { return FailScript(""); });
-    Run(silent);
-    EXPECT_EQ(silent.Failure(), "The script failed.");
-    ScriptSource empty(std::vector<Act>{});
-    Run(empty);
-    EXPECT_EQ(empty.Failure(), "The script ran out of acts while dialog 9000 was waiting.");
+    const std::pair<std::vector<Act>, const char*> endings[] = {
+        {{FailScript("Enough.")}, "Enough."},
+        {{FailScript("")}, "The script failed."},
+        {{}, "The script ran out of acts while dialog 9000 was waiting."}};
+    for (const auto& [acts, reason] : endings) {
+        ScriptSource script(acts);
+        Run(script);
+        EXPECT_EQ(script.Failure(), reason);
+    }
     int asked = 0;
     ScriptSource endless([&](DialogPtr) {
         ++asked;
@@ -76,59 +73,36 @@ TEST_F(Scripts, EndTheDialogWithOneSentenceWhenAnActCannotBe) {
     EXPECT_EQ(endless.Failure(), "The script played 100000 acts in dialog 9000 without ending it.");
 }
 
-TEST_F(Scripts, AskForTheNextActOnlyWhenTheDialogHasRested) {
-    int asked = 0;
-    std::vector<std::string> titles;
-    const std::vector<Act> acts = {HoldKey(kKeyOption), PressItem(kTestStayOpen),
-                                   ReleaseKey(kKeyOption), PressItem(kTestOK)};
-    ScriptSource script([&](DialogPtr dialog) {
-        titles.push_back(dialog->Item(kTestCancel)->text);
-        return acts[static_cast<std::size_t>(asked++)];
-    });
-    EXPECT_EQ(Run(script), (TestDialogLog{"hit 12", "off", "hit 1", "number 16"}));
-    // The filter sets the title at null events.
-    EXPECT_EQ(titles, (std::vector<std::string>{"Cancel", "Reset", "Reset", "Cancel"}));
-}
-
-TEST_F(Scripts, ShowTheCursorOfThePlaceWhereTheMouseRests) {
-    std::vector<bool> shown;
-    ScriptSource* source = nullptr;
-    int asked = 0;
-    ScriptSource script([&](DialogPtr) {
-        shown.push_back(source->ShownCursor() != nullptr);
-        const Act acts[] = {Idle(1), MoveMouse(CanvasPoint(5, 5)), PressKey(kKeyEscape)};
-        return acts[asked++];
-    });
-    source = &script;
-    Run(script);
-    EXPECT_EQ(shown, (std::vector<bool>{false, false, true}));
-}
-
 // What a filter sees that looks for more events by itself.
 struct Watch {
     bool isInFilter = false;
     int nullEvents = 0; ///< since the last act
     Point nullPlace;    ///< of the last null event
-    std::vector<EventRecord> presses, releases;
+    std::vector<EventRecord> presses;
+    int releases = 0;
 } watch;
 
 Boolean WatchingFilter(DialogPtr, EventRecord* event, short*) {
     watch.isInFilter = true;
     EventRecord taken;
+    if (event->what == nullEvent) {
+        ++watch.nullEvents;
+        watch.nullPlace = event->where;
+    }
     if (event->what == mouseDown) {
         watch.presses.push_back(*event);
         EXPECT_EQ(watch.nullPlace, event->where) << "the mouse rested where it pressed";
+    } else {
+        GetNextEvent(1 << autoKey, &taken);
     }
-    if (event->what == mouseUp) watch.releases.push_back(*event);
-    watch.nullEvents += event->what == nullEvent;
-    if (event->what == nullEvent) watch.nullPlace = event->where;
-    if (event->what != mouseDown) GetNextEvent(1 << autoKey, &taken);
+    watch.releases += event->what == mouseUp;
     watch.isInFilter = false;
     return 0;
 }
 
 /// Until that item is hit or the script fails.
-void RunWatched(const ScriptSource& script, short item) {
+void RunWatched(ScriptSource& script, short item) {
+    SetEventSource(&script);
     const DialogPtr dialog = GetNewDialog(kTestDialog, nullptr, nullptr);
     ShowWindow(dialog);
     for (short hit = -1; hit != item && script.Failure().empty();)
@@ -147,29 +121,26 @@ TEST_F(Scripts, BeginActsOutsideOfFiltersAndAfterANullEvent) {
         watch.nullEvents = 0;
         return asked < acts.size() ? acts[asked++] : FailScript("done");
     });
-    SetEventSource(&script);
     RunWatched(script, kTestOK);
     EXPECT_EQ(asked, acts.size());
     EXPECT_EQ(watch.presses.size(), 2U);
-    EXPECT_EQ(watch.releases.size(), 2U);
+    EXPECT_EQ(watch.releases, 2);
 }
 
 TEST_F(Scripts, LetGoOfTheButtonWhenTheDialogCloses) {
     watch = {};
     ScriptSource script({PressAt(CellPoint(1, 1)), PressAt(CanvasPoint(1, 1))});
-    SetEventSource(&script);
     RunWatched(script, kTestCells); // closes on the press
     EXPECT_FALSE(script.ButtonDown());
     RunWatched(script, kTestCanvas);
     EXPECT_EQ(watch.presses.size(), 2U);
-    EXPECT_EQ(watch.releases.size(), 0U);
+    EXPECT_EQ(watch.releases, 0);
     EXPECT_EQ(script.Failure(), "");
 }
 
 TEST_F(Scripts, PressTwiceInTheTimeOfADoubleClickUnlessTheyIdle) {
     watch = {};
     ScriptSource script({PressAt({160, 130}), PressAt({160, 130}), Idle(40), PressAt({160, 130})});
-    SetEventSource(&script);
     RunWatched(script, kTestOK);
     ASSERT_EQ(watch.presses.size(), 3U);
     EXPECT_LT(watch.presses[1].when, watch.presses[0].when + GetDblTime());
@@ -217,9 +188,7 @@ TEST_F(Scripts, TypeIntoTheEditTextThatTakesKeys) {
 TEST_F(Scripts, GoOnInTheNextDialogWithTheActsThatAreLeft) {
     ScriptSource script({PressItem(kTestStayOpen), SetText(kTestNumber, "1"), PressKey(kKeyReturn),
                          TypeText("44"), PressKey(kKeyReturn), PressItem(kTestCancel)});
-    EXPECT_EQ(Run(script),
-              (TestDialogLog{"hit 12", "off", "hit 5", "text 1", "hit 1", "refused", "hit 5",
-                             "text 4", "hit 5", "text 44", "hit 1", "number 44"}));
+    EXPECT_EQ(Run(script).back(), "number 44");
     EXPECT_EQ(script.Alerts(),
               std::vector<std::string>{"Please enter a whole number from 2 to 256."});
     EXPECT_EQ(RunTestDialog(), (TestDialogLog{"hit 2", "cancelled"}));
@@ -265,26 +234,24 @@ TEST_F(Scripts, AnswerFileAndColourDialogs) {
                  {PickFile(folder.Path()), false, -1},
                  {CancelFile(), false, 0},
                  {CancelColor(), false, -1},
-                 {PressItem(1), true, -1},
-                 {FailScript("Enough."), true, -1}};
+                 {PressItem(1), true, -1}};
+    const Str255 none = {0};
     for (const auto& c : cases) {
-        const std::string name = "case " + std::to_string(&c - cases);
+        SCOPED_TRACE("case " + std::to_string(&c - cases));
         ScriptSource script({c.act});
         SetStandardFileResponder(&script);
         StandardFileReply reply;
-        const Str255 none = {0};
         if (c.put)
             StandardPutFile(none, none, &reply);
         else
             StandardGetFile(c.act.text == folder.Path() ? nullptr : HideText, -1, nullptr, &reply);
-        EXPECT_EQ(reply.sfGood ? 1 + reply.sfReplacing : 0, std::max(0, c.good)) << name;
-        EXPECT_EQ(script.Failed(), c.good < 0) << name << ' ' << script.Failure();
+        EXPECT_EQ(reply.sfGood ? 1 + reply.sfReplacing : 0, std::max(0, c.good));
+        EXPECT_EQ(script.Failed(), c.good < 0) << script.Failure();
+        if (!reply.sfGood) continue;
         std::string path;
-        if (reply.sfGood) {
-            EXPECT_EQ(FSSpecToPath(&reply.sfFile, &path), noErr) << name;
-            EXPECT_EQ(path, c.act.text) << name;
-            EXPECT_EQ(reply.sfType, c.put ? 0 : FourCC("Q7CT")) << name;
-        }
+        EXPECT_EQ(FSSpecToPath(&reply.sfFile, &path), noErr);
+        EXPECT_EQ(path, c.act.text);
+        EXPECT_EQ(reply.sfType, c.put ? 0 : FourCC("Q7CT"));
     }
     const RGBColor start = {1, 2, 3};
     const std::pair<Act, RGBColor> colors[] = {{PickColor({7, 8, 9}), {7, 8, 9}},
@@ -293,10 +260,9 @@ TEST_F(Scripts, AnswerFileAndColourDialogs) {
         ScriptSource script({act, Idle(1)});
         SetEventSource(&script);
         RGBColor picked;
-        const Str255 prompt = {0};
-        EXPECT_EQ(GetColor({}, prompt, &start, &picked), act.kind == Act::Kind::pickColor);
+        EXPECT_EQ(GetColor({}, none, &start, &picked), act.kind == Act::Kind::pickColor);
         EXPECT_EQ(picked.red, want.red);
-        EXPECT_FALSE(GetColor({}, prompt, &start, &picked)) << "no answer";
+        EXPECT_FALSE(GetColor({}, none, &start, &picked)) << "no answer";
         EXPECT_EQ(script.Failure(), "The script cannot wait while a colour dialog is open, "
                                     "expected an answer to it.");
     }
