@@ -2,12 +2,12 @@
 #include "LoadColorTable.h"
 
 #include "FaultInjection.h"
+#include "PascalStrings.h"
+#include "ResourceBytes.h"
 #include "StandardFile.h"
 #include "TemporaryFolder.h"
 
 #include <cstring>
-#include <functional>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -16,21 +16,18 @@ std::string Bytes(std::initializer_list<int> values) {
     return {values.begin(), values.end()};
 }
 
-std::string WordBE(int value) {
-    return Bytes({value >> 8 & 255, value & 255});
-}
-
 RGBtuple ColorOf(int i) {
     const auto level = [](int value) { return static_cast<std::uint8_t>(value); };
     return {0, level(i + 1), level(3 * i + 2), level(255 - i)};
 }
 
 // High and low bytes of the components differ, and the fourth word is not 0.
-std::string Swatches(int count, int stored, int version = 1, int space = 0) {
-    std::string file = WordBE(version) + WordBE(count);
+std::string Swatches(std::size_t count, int stored, std::size_t version = 1,
+                     std::size_t space = 0) {
+    std::string file = Word(version) + Word(count);
     for (int i = 0; i < stored; ++i) {
         const RGBtuple c = ColorOf(i);
-        file += WordBE(space) + Bytes({0xEE, c.red, 0xDD, c.green, 0xCC, c.blue, 0xAB, 0xCD});
+        file += Word(space) + Bytes({0xEE, c.red, 0xDD, c.green, 0xCC, c.blue, 0xAB, 0xCD});
     }
     return file;
 }
@@ -44,9 +41,8 @@ std::string Triples() {
     return file;
 }
 
-std::string Riff(int count, int stored, const std::string& signature = "RIFF",
-                 const std::string& form = "PAL ") {
-    std::string file = signature + Bytes({9, 9, 9, 9}) + form + "data" + Bytes({8, 8, 8, 8, 0, 3}) +
+std::string Riff(int count, int stored) {
+    std::string file = "RIFF" + Bytes({9, 9, 9, 9}) + "PAL data" + Bytes({8, 8, 8, 8, 0, 3}) +
                        Bytes({count & 255, count >> 8 & 255});
     for (int i = 0; i < stored; ++i) {
         const RGBtuple c = ColorOf(i);
@@ -55,34 +51,30 @@ std::string Riff(int count, int stored, const std::string& signature = "RIFF",
     return file;
 }
 
-RGBLookUpTable TableOf(int colors) {
-    RGBLookUpTable table = {};
-    for (int i = 0; i < colors; ++i) SetTableEntry(table, i, ColorOf(i));
-    return table;
+RGBLookUpTable Marked() {
+    RGBLookUpTable marked;
+    std::memset(&marked, 0x5A, sizeof marked);
+    return marked;
 }
 
 struct Loaded {
     OSErr error = 1;
     std::int32_t count = 4711;
-    RGBLookUpTable table;
-    bool Untouched() const {
-        const RGBLookUpTable marked = Marked();
-        return count == 4711 && std::memcmp(&table, &marked, sizeof table) == 0;
-    }
-    bool Holds(int colors) const {
-        const RGBLookUpTable wanted = TableOf(colors);
+    RGBLookUpTable table = Marked();
+
+    bool HasTable(const RGBLookUpTable& wanted) const {
         return std::memcmp(&table, &wanted, sizeof table) == 0;
     }
-    static RGBLookUpTable Marked() {
-        RGBLookUpTable marked;
-        std::memset(&marked, 0x5A, sizeof marked);
-        return marked;
+    bool Untouched() const { return count == 4711 && HasTable(Marked()); }
+    bool Holds(int colors) const {
+        RGBLookUpTable wanted = {};
+        for (int i = 0; i < colors; ++i) SetTableEntry(wanted, i, ColorOf(i));
+        return HasTable(wanted);
     }
 };
 
 Loaded Load(const std::string& path, OSType type) {
     Loaded loaded;
-    loaded.table = Loaded::Marked();
     FSSpec spec;
     EXPECT_EQ(PathToFSSpec(path, &spec), noErr);
     loaded.error = LoadColorTable(&loaded.table, &loaded.count, &spec, type);
@@ -96,36 +88,21 @@ Loaded LoadBytes(const std::string& bytes, OSType type) {
 
 constexpr OSType kUnknownType = FourCC("TEXT");
 
-// What each kind needs to be read whole.
-const struct {
+struct PaletteFile {
     const char* name;
     std::string bytes;
     OSType type;
     int colors;
-} kValidFiles[] = {
-    {"swatches", Swatches(5, 5), kSwatchFileType, 5},
-    {"triples", Triples(), kTableFileType, 256},
-    {"riff", Riff(6, 6), kRiffPaletteFileType, 6},
 };
 
 TEST(LoadColorTable, ReadsTheColorsAndBlackensTheRest) {
-    const struct {
-        const char* name;
-        std::string bytes;
-        OSType type;
-        int colors;
-    } cases[] = {
+    const PaletteFile cases[] = {
         {"swatches with more behind", Swatches(7, 9), kSwatchFileType, 7},
-        {"all swatches", Swatches(256, 256), kSwatchFileType, 256},
         {"more swatches than a palette holds", Swatches(300, 256), kSwatchFileType, 256},
         {"no swatches", Swatches(0, 0), kSwatchFileType, 0},
-        {"a negative count", Swatches(-1, 0), kSwatchFileType, 0},
-        {"triples with more behind", Triples() + "more", kTableFileType, 256},
+        {"a negative count", Swatches(0xFFFF, 0), kSwatchFileType, 0},
         {"triples of an unknown type", Triples(), kUnknownType, 256},
         {"riff", Riff(16, 17), kRiffPaletteFileType, 16},
-        {"no riff colours", Riff(0, 0), kRiffPaletteFileType, 0},
-        {"all riff colours", Riff(256, 256), kRiffPaletteFileType, 256},
-        {"more riff colours than a palette holds", Riff(300, 256), kRiffPaletteFileType, 256},
         {"a riff count with its top bit set", Riff(0xFFFF, 256), kRiffPaletteFileType, 256},
     };
     for (const auto& c : cases) {
@@ -137,7 +114,6 @@ TEST(LoadColorTable, ReadsTheColorsAndBlackensTheRest) {
 }
 
 TEST(LoadColorTable, RefusesWhatIsNoSuchPaletteAsSoonAsItsBytesAreThere) {
-    const std::string swatch = Swatches(3, 3);
     const struct {
         const char* name;
         std::string bytes;
@@ -145,15 +121,12 @@ TEST(LoadColorTable, RefusesWhatIsNoSuchPaletteAsSoonAsItsBytesAreThere) {
         OSErr error;
     } cases[] = {
         {"swatch version 0", Swatches(3, 3, 0), kSwatchFileType, -1},
-        {"swatch version 2, nothing else", WordBE(2), kSwatchFileType, -1},
-        {"swatch version 256", Swatches(3, 3, 256), kSwatchFileType, -1},
+        {"swatch version 2, nothing else", Word(2), kSwatchFileType, -1},
         {"colour space 1", Swatches(3, 3, 1, 1), kSwatchFileType, -2},
-        {"colour space 256, nothing else", Swatches(3, 0) + WordBE(256), kSwatchFileType, -2},
-        {"the last colour space", swatch.substr(0, 24) + WordBE(7), kSwatchFileType, -2},
-        {"a version before a space", Swatches(3, 3, 2, 2), kSwatchFileType, -1},
+        {"the last colour space", Swatches(3, 2) + Word(7), kSwatchFileType, -2},
+        {"a version before a space", Swatches(3, 3, 256, 256), kSwatchFileType, -1},
         {"no RIFF", "RIFX", kRiffPaletteFileType, -1},
-        {"another form", Riff(2, 2, "RIFF", "PAL!").substr(0, 12), kRiffPaletteFileType, -1},
-        {"swatches read as riff", Swatches(3, 3), kRiffPaletteFileType, -1},
+        {"another form", "RIFF1234PAL!", kRiffPaletteFileType, -1},
     };
     for (const auto& c : cases) {
         const Loaded loaded = LoadBytes(c.bytes, c.type);
@@ -161,6 +134,13 @@ TEST(LoadColorTable, RefusesWhatIsNoSuchPaletteAsSoonAsItsBytesAreThere) {
         EXPECT_TRUE(loaded.Untouched()) << c.name;
     }
 }
+
+// What each kind needs to be read whole.
+const PaletteFile kValidFiles[] = {
+    {"swatches", Swatches(5, 5), kSwatchFileType, 5},
+    {"triples", Triples(), kTableFileType, 256},
+    {"riff", Riff(6, 6), kRiffPaletteFileType, 6},
+};
 
 TEST(LoadColorTable, ReportsEveryLengthThatIsTooShort) {
     const TemporaryFolder folder;
@@ -202,61 +182,32 @@ TEST(LoadColorTable, AFileThatCannotBeOpenedChangesNothingAndSaysNothing) {
     EXPECT_TRUE(loaded.Untouched());
 }
 
-TEST(LoadColorTable, GoesByTheTypeNotByTheName) {
-    const TemporaryFolder folder;
-    const std::string path = folder.Write("table.ZCO", Triples());
-    EXPECT_TRUE(Load(path, kTableFileType).Holds(256));
-    EXPECT_EQ(Load(path, kSwatchFileType).error, kNotAPaletteFile);
-}
-
-Str255* Pascal(const std::string& text) {
-    static Str255 string;
-    string[0] = static_cast<std::uint8_t>(text.size());
-    // What lies behind the name must not count.
-    std::memset(string + 1, 'Z', sizeof string - 1);
-    std::copy(text.begin(), text.end(), string + 1);
-    return &string;
-}
-
-const struct {
-    OSType type;
-    std::string name;
-    bool isPalette;
-} kNames[] = {
-    {kSwatchFileType, "x", true},
-    {kTableFileType, "x.png", true},
-    {kRiffPaletteFileType, "", true},
-    {FourCC("pal "), "x", false},
-    {kUnknownType, "x.ZCO", true},
-    {kUnknownType, "x.ZCT", true},
-    {kUnknownType, "x.PAL", true},
-    {kUnknownType, ".PAL", true},
-    {kUnknownType, "a.png.PAL", true},
-    {kUnknownType, "a.PAL.png", false},
-    {kUnknownType, "x.pal", false},
-    {kUnknownType, "x.ZC", true},
-    {kUnknownType, "x.P", true},
-    {kUnknownType, "x.CO", false},
-    {kUnknownType, "x.", true},
-    {kUnknownType, "x.ZCOX", false},
-    {kUnknownType, "ZCO", false},
-    {kUnknownType, "", false},
-    {kUnknownType, std::string(251, 'n') + ".ZCT", true},
+const std::tuple<OSType, std::string, bool> kNames[] = {
+    {kSwatchFileType, "x", true},      {kTableFileType, "x.png", true},
+    {kRiffPaletteFileType, "", true},  {FourCC("pal "), "x", false},
+    {kUnknownType, "x.ZCO", true},     {kUnknownType, "x.ZCT", true},
+    {kUnknownType, "a.png.PAL", true}, {kUnknownType, "a.PAL.png", false},
+    {kUnknownType, "x.pal", false},    {kUnknownType, "x.P", true},
+    {kUnknownType, "x.CO", false},     {kUnknownType, "x.", true},
+    {kUnknownType, "x.ZCOX", false},   {kUnknownType, "ZCO", false},
 };
 
 TEST(PaletteFileFilter, ShowsPaletteFilesByTypeOrExtension) {
-    for (const auto& c : kNames) {
-        EXPECT_EQ(IsPaletteFile(&c.type, *Pascal(c.name)) != 0, c.isPalette) << c.name;
+    for (const auto& [type, name, isPalette] : kNames) {
+        Str255 string;
+        ToPascal(name + "ZCO", string);
+        string[0] = static_cast<std::uint8_t>(name.size()); // what lies behind it must not count
         ParamBlockRec block;
-        block.ioNamePtr = *Pascal(c.name);
-        block.fdType = c.type;
-        EXPECT_EQ(LoadPaletteFileFilter(&block) == 0, c.isPalette) << c.name;
+        block.ioNamePtr = string;
+        block.fdType = type;
+        EXPECT_EQ(IsPaletteFile(&block.fdType, string) != 0, isPalette) << name;
+        EXPECT_EQ(LoadPaletteFileFilter(&block) == 0, isPalette) << name;
         block.fdFlags = kIsInvisible;
-        EXPECT_TRUE(LoadPaletteFileFilter(&block)) << c.name << ", invisible";
+        EXPECT_TRUE(LoadPaletteFileFilter(&block)) << name << ", invisible";
         block.ioFlAttrib = kIsDirectory;
-        EXPECT_TRUE(LoadPaletteFileFilter(&block)) << c.name << ", invisible folder";
+        EXPECT_TRUE(LoadPaletteFileFilter(&block)) << name << ", invisible folder";
         block.fdFlags = static_cast<std::uint16_t>(~kIsInvisible);
-        EXPECT_FALSE(LoadPaletteFileFilter(&block)) << c.name << ", folder";
+        EXPECT_FALSE(LoadPaletteFileFilter(&block)) << name << ", folder";
     }
     ParamBlockRec nameless;
     EXPECT_TRUE(LoadPaletteFileFilter(&nameless));
@@ -294,22 +245,6 @@ TEST(GetColorTableFile, AnswersTheChosenFileAndItsTypeOrLeavesBoth) {
         EXPECT_EQ(type == kSwatchFileType, chooses);
         EXPECT_EQ(user.filter, LoadPaletteFileFilter);
     }
-}
-
-// On success the most significant byte comes first; else the word stays.
-TEST(DoReadWord, ReadsBigEndianAndKeepsTheWordOnAShortFile) {
-    const TemporaryFolder folder;
-    FSSpec spec;
-    ASSERT_EQ(PathToFSSpec(folder.Write("words", Bytes({0x81, 0x02, 0x03})), &spec), noErr);
-    std::int16_t refNum = 0;
-    ASSERT_EQ(FSpOpenDF(&spec, fsRdPerm, &refNum), noErr);
-    short word = 0;
-    EXPECT_EQ(DoReadWord(refNum, &word), noErr);
-    EXPECT_EQ(word, static_cast<short>(0x8102));
-    EXPECT_EQ(DoReadWord(refNum, &word), eofErr);
-    EXPECT_EQ(word, static_cast<short>(0x8102));
-    FSClose(refNum);
-    EXPECT_EQ(DoReadWord(refNum, &word), rfNumErr);
 }
 
 } // namespace
