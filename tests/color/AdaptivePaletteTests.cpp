@@ -79,11 +79,9 @@ TEST(MakeAdaptivePalette, GivesTheseColors) {
         Colors boxes;                                               // between white and black
     } cases[] = {
         {"no pixels", 16, {}, {}},
-        {"black and white alone", 16, {{0, 5}, {kWhite, 5}}, {}},
         {"black and white do not weigh", 3, {{0, 5}, {0x0A0A0A, 1}, {kWhite, 5}}, {0x525252}},
         {"two colours leave no box", 2, {{0x190C06, 9}}, {}},
         {"three colours are one box", 3, {{0x040404, 1}, {0x080404, 2}}, {0x422121}},
-        {"half of an even count", 3, {{0x040404, 2}, {0x080404, 2}}, {0x212121}},
         {"half of an odd count", 3, {{0x040404, 1}, {0x060404, 1}, {0x080404, 1}}, {0x312121}},
         // Cut along red: 4 8 0 and 4 4 0 stay together. Sorted by hue.
         {"red before green",
@@ -131,19 +129,6 @@ TEST(MakeAdaptivePalette, AgreesWithThePlainCut) {
         EXPECT_EQ(PaletteOf(histogram, 300), PaletteOf(histogram, 256))
             << "more than a table holds";
     }
-}
-
-TEST(SortAdaptive, SortsByHueSaturationAndValueAndLeavesTheRest) {
-    const Colors unsorted = {0xFFFFFF, 0x0000FF, 0xFF8080, 0x808080, 0x404040,
-                             0xFF0000, 0x800000, 0x00FF00, 0x123456};
-    // Greys have no hue and no saturation; a pale red is less saturated than a full one.
-    const Colors sorted = {0xFFFFFF, 0x404040, 0x808080, 0xFF8080, 0x800000,
-                           0xFF0000, 0x00FF00, 0x0000FF, 0x123456};
-    RGBLookUpTable table = {};
-    for (int i = 0; i < 9; ++i)
-        SetTableEntry(table, i, UnpackColor(unsorted[static_cast<std::size_t>(i)]));
-    SortAdaptive(&table, 1, 7);
-    EXPECT_EQ(TableColors(table, 9), sorted);
 }
 
 } // namespace

@@ -20,26 +20,6 @@ std::pair<Bytes, Bytes> InverseAndDistance(const RGBLookUpTable& table, int colo
     return {{inverse.begin() + 1, inverse.end()}, {distance.begin() + 1, distance.end()}};
 }
 
-Bytes Inverse(const RGBLookUpTable& table, int colors) {
-    return InverseAndDistance(table, colors).first;
-}
-
-TEST(SpreadAcross, CarriesWhatIsNearerThanACellsOwn) {
-    // Entries 7, 8 and 9 at cells 2, 10 and 31; the others are not reached yet.
-    Bytes inverse(32, 0), distance(32, 255);
-    for (const auto& [cell, entry] : {std::pair{2, 7}, {10, 8}, {31, 9}}) {
-        inverse[static_cast<std::size_t>(cell)] = static_cast<std::uint8_t>(entry);
-        distance[static_cast<std::size_t>(cell)] = 0;
-    }
-    EXPECT_EQ(SpreadAcross(inverse.data(), distance.data(), 1), 9);
-    EXPECT_EQ(distance, (Bytes{255, 255, 0, 1, 2,  3,  4,  5,  6,  7,  0,  1,  2,  3,  4,  5,
-                               6,   7,   8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 0}));
-    EXPECT_EQ(SpreadAcross(inverse.data() + 31, distance.data() + 31, -1), 7);
-    // Cell 6 is as far from one side as from the other and keeps what came first.
-    EXPECT_EQ(inverse, (Bytes{7, 7, 7, 7, 7, 7, 7, 8, 8, 8, 8, 8, 8, 8, 8, 8,
-                              8, 8, 8, 8, 8, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9}));
-}
-
 TEST(BuildInverse, GivesTheseIndices) {
     // Eight times cells such as 0x040505, which is red 4, green 5, blue 5.
     const auto at = [](PackedColor cell) { return cell * 8; };
@@ -64,7 +44,7 @@ TEST(BuildInverse, GivesTheseIndices) {
             SetTableEntry(table, static_cast<int>(i),
                           UnpackColor(c.entries[std::min(i, c.entries.size() - 1)]));
         const auto cell = (c.color >> 19) * 1024 + (c.color >> 11 & 31) * 32 + (c.color >> 3 & 31);
-        EXPECT_EQ(Inverse(table, c.colors)[cell], c.index) << c.name;
+        EXPECT_EQ(InverseAndDistance(table, c.colors).first[cell], c.index) << c.name;
     }
 }
 
