@@ -113,7 +113,7 @@ TEST(WriteGIF89, WritesWhatThePlainWriterWritesAtEveryLength) {
             ASSERT_EQ(FirstDifference(WriteToBytes(image), PlainGif(image)), "")
                 << colors << " colours, " << pixels << " pixels";
         }
-    for (const std::size_t length : {0, 1, 255, 256, 510}) {
+    for (const std::size_t length : {0, 255, 256}) {
         PlainImage image = TinyImage(1, 1, {0}, 2);
         image.comment = std::string(length, '\xE9');
         EXPECT_EQ(FirstDifference(WriteToBytes(image), PlainGif(image)), "")
@@ -182,17 +182,8 @@ TEST(WriteGIF89, ReadsRowsAtAnyDistance) {
 }
 
 TEST(CeilLog2, IsTheBitsOfATable) {
-    const std::pair<std::int64_t, int> cases[] = {{-5, 0},
-                                                  {0, 0},
-                                                  {1, 0},
-                                                  {2, 1},
-                                                  {3, 2},
-                                                  {4, 2},
-                                                  {5, 3},
-                                                  {17, 5},
-                                                  {256, 8},
-                                                  {0x7FFFFFFF, 31},
-                                                  {std::int64_t{1} << 32, -1}};
+    const std::pair<std::int64_t, int> cases[] = {
+        {-5, 0}, {1, 0}, {2, 1}, {5, 3}, {256, 8}, {0x7FFFFFFF, 31}, {std::int64_t{1} << 32, -1}};
     for (const auto& [n, bits] : cases) EXPECT_EQ(CeilLog2(n), bits) << n;
 }
 

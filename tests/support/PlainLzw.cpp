@@ -110,16 +110,16 @@ namespace {
 
 /// Takes codes from packed bytes, a byte at a time.
 struct BitReader {
-    std::span<const std::uint8_t> packed;
-    std::size_t bytesTaken = 0;
+    std::span<const std::uint8_t> rest;
     unsigned bits = 0;
     int bitCount = 0;
 
     /// -1 when there are not enough bits.
     int Take(int width) {
         for (; bitCount < width; bitCount += 8) {
-            if (bytesTaken == packed.size()) return -1;
-            bits |= static_cast<unsigned>(packed[bytesTaken++]) << bitCount;
+            if (rest.empty()) return -1;
+            bits |= static_cast<unsigned>(rest.front()) << bitCount;
+            rest = rest.subspan(1);
         }
         const auto code = static_cast<int>(bits & ((1U << width) - 1));
         bits >>= width;
@@ -128,34 +128,18 @@ struct BitReader {
     }
 };
 
-/// A string: an earlier one and a symbol more.
-struct ExpanderString {
-    int before; ///< -1 for none
-    std::uint8_t first, last;
-    std::size_t length;
-};
-
-void AppendString(const std::vector<ExpanderString>& strings, int code, ByteVector& symbols) {
-    std::size_t place = symbols.size() + strings[static_cast<std::size_t>(code)].length;
-    symbols.resize(place);
-    for (; code != -1; code = strings[static_cast<std::size_t>(code)].before)
-        symbols[--place] = strings[static_cast<std::size_t>(code)].last;
-}
-
 } // namespace
 
 PlainExpansion PlainLzwExpand(std::span<const std::uint8_t> packed, int rootSize, int earlyChange) {
     const int clearCode = 1 << rootSize;
-    std::vector<ExpanderString> strings;
-    int width = 0, last = -1;
+    std::vector<ByteVector> strings; // by code
+    ByteVector last;
+    int width = 0;
     const auto clear = [&] {
         strings.clear();
-        for (int i = 0; i < clearCode + 2; ++i) {
-            const auto symbol = static_cast<std::uint8_t>(i);
-            strings.push_back({-1, symbol, symbol, 1});
-        }
+        for (int i = 0; i < clearCode + 2; ++i) strings.push_back({static_cast<std::uint8_t>(i)});
         width = rootSize + 1;
-        last = -1;
+        last.clear();
     };
 
     PlainExpansion expansion;
@@ -168,20 +152,17 @@ PlainExpansion PlainLzwExpand(std::span<const std::uint8_t> packed, int rootSize
         }
         if (code == clearCode + 1) break;
         const int next = static_cast<int>(strings.size());
-        if (code == -1 || code > next || (code == next && (last == -1 || next == 4096)))
+        if (code == -1 || code > next || (code == next && (last.empty() || next == kStrings)))
             return expansion;
-        if (last != -1 && next < 4096) {
+        if (!last.empty() && next < kStrings) {
             // The string being learnt may be the very one that the code names.
-            const ExpanderString& before = strings[static_cast<std::size_t>(last)];
-            const std::uint8_t symbol =
-                code < next ? strings[static_cast<std::size_t>(code)].first : before.first;
-            strings.push_back({last, before.first, symbol, before.length + 1});
+            strings.push_back(last);
+            strings.back().push_back(strings[static_cast<std::size_t>(code)].front());
             if (next + 1 + earlyChange >= 1 << width) width = std::min(width + 1, kMostWidth);
         }
-        AppendString(strings, code, expansion.symbols);
-        last = code;
+        last = strings[static_cast<std::size_t>(code)];
+        expansion.symbols.insert(expansion.symbols.end(), last.begin(), last.end());
     }
     expansion.complete = true;
-    expansion.spareBytes = packed.size() - reader.bytesTaken;
     return expansion;
 }

@@ -74,9 +74,8 @@ ByteVector PackCodes(const std::vector<PlainCode>& codes);
 
 /// What a stream of packed codes stands for.
 struct PlainExpansion {
-    ByteVector symbols;         ///< those before the end code, or before the first impossible code
-    bool complete = false;      ///< the end code came, without an impossible code before it
-    std::size_t spareBytes = 0; ///< whole bytes that follow the end code
+    ByteVector symbols;    ///< those before the end code, or before the first impossible code
+    bool complete = false; ///< the end code came, without an impossible code before it
 };
 PlainExpansion PlainLzwExpand(std::span<const std::uint8_t> packed, int rootSize,
                               int earlyChange = 0);

@@ -14,7 +14,6 @@ class PlainSource : public EventSource {
     std::deque<std::function<void()>> actions; ///< one is done by each waiting Pump; then it fails
     bool hasFailed = false;
     bool buttonIsDown = false;
-    Point mouse;
     int pumps = 0;
 
     void DialogOpened(DialogPtr dialog) override { dialog->surface = surface; }
@@ -35,7 +34,7 @@ class PlainSource : public EventSource {
         action();
     }
     bool ButtonDown() override { return buttonIsDown; }
-    Point MousePosition() override { return mouse; }
+    Point MousePosition() override { return {}; }
     void ReadKeys(KeyMap keys) override { keys[kKeyOption >> 3] |= 1 << (kKeyOption & 7); }
     std::uint32_t Ticks() override { return static_cast<std::uint32_t>(pumps); }
     std::uint32_t DoubleClickTicks() override { return 30; }
