@@ -138,7 +138,7 @@ TEST(LZWExpand, StopsAtCodesThatCannotBe) {
         EXPECT_EQ(expansion.status, c.status);
     }
     std::vector<int> full(5000, 1);
-    full.push_back(4096); // the code above a full table
+    full.insert(full.end(), {4096, 5}); // the code above a full table, and a good end
     EXPECT_EQ(Expand(2, false, OfAnyWidth(full)).status, -1);
 }
 

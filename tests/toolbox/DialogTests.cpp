@@ -199,15 +199,16 @@ TEST_F(Dialogs, LetMenusGrowAndChange) {
     const Lines want = {"First/F;<B", "- off", "Deux",    "Four off", "- off",
                         "Eight",      "Six",   "Sixteen", "Last"};
     EXPECT_EQ(EntriesOf(kTestColours), want);
-    EXPECT_EQ(source.changes, Lines(7, "4 menu"));
     // None of these changes anything.
     SetMenuItemText(menu, 10, PascalText("?"));
+    EnableItem(menu, 6);
     EnableItem(menu, 10);
     EnableItem(menu, -1);
     EnableItem(nullptr, 0);
     DisableItem(nullptr, 1);
     EXPECT_EQ(EntriesOf(kTestColours), want);
     EXPECT_EQ(CountMenuItems(nullptr), 0);
+    EXPECT_EQ(source.changes, Lines(7, "4 menu"));
 
     constexpr short kDisabled = 4, kLine = 2, kMissing = 10;
     for (const short entry : {kDisabled, kLine, kMissing})

@@ -58,10 +58,12 @@ TEST(AddressKeys, LeadToTheirAddressUntilTheyAreDropped) {
     AddrSlotDrop(key);
     AddrSlotDrop(key);
     AddrSlotMove(key, &object);
-    for (const std::uint32_t stale : {0U, key, key + 0x10000U, 0xFFFFFFFFU})
+    for (const std::uint32_t stale : {0U, key, key + 0x10000U, twin + 0x10000U, 0xFFFFFFFFU})
         EXPECT_EQ(AddrSlotGet(stale), nullptr) << std::hex << stale;
     EXPECT_EQ(AddrSlotGet(twin), &object) << "dropping twice freed no other place";
     AddrSlotDrop(twin);
+    const std::uint32_t owned = AddressKey(&object).Value();
+    EXPECT_EQ(AddrSlotGet(owned), nullptr) << "dropped with its owner";
 }
 
 TEST(AddressKeys, RunOutWithAnExceptionComeBackAndDoNotRepeatSoon) {

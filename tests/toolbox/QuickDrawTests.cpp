@@ -138,13 +138,14 @@ TEST(Rectangles, AreEmptyOrHoldPointsUpToButNotAtTheirFarSides) {
     EXPECT_TRUE(PtInRect({10, 3}, &rect) && PtInRect({10, 4}, &rect));
 }
 
-/// A map of 2 x 3 pixels with a byte behind each row. Index 2 lies past the table's end.
+/// A map of 2 x 3 pixels with a byte behind each row.
 struct SmallMap {
     SmallMap() {
         // High and low bytes differ, so that taking the wrong one shows.
         table.ctSize = 1;
         table.ctTable[0].rgb = {0x1200, 0x3400, 0x56FF};
         table.ctTable[1].rgb = {0xAB01, 0xCD01, 0xEF01};
+        table.ctTable[2].rgb = {0x9900, 0x9900, 0x9900}; // past the table's end
         map.baseAddr = indices;
         map.rowBytes = static_cast<std::int16_t>(4 | 0x8000);
         map.bounds = {-1, 4, 1, 7};
