@@ -50,17 +50,18 @@ TEST(TurnUpright, MovesEveryPixelOfEveryKind) {
     for (const Picture::Kind kind : {indexed, rgb, rgbAlpha})
         for (int orientation = 1; orientation <= 8; ++orientation) {
             Picture picture = MakeNumbered(kind, 2, 3);
+            const int pixelBytes = picture.BytesPerPixel();
+            SCOPED_TRACE(testing::Message()
+                         << "orientation " << orientation << ", " << pixelBytes << " bytes");
             const auto& [columns, order] = cases[orientation - 1];
             Bytes expected;
             for (const int pixel : order)
-                for (int n = 0; n < picture.BytesPerPixel(); ++n)
-                    expected.push_back(
-                        static_cast<std::uint8_t>(pixel * picture.BytesPerPixel() + n));
-            EXPECT_EQ(Turn(picture, orientation), expected)
-                << "orientation " << orientation << ", " << picture.BytesPerPixel() << " bytes";
-            EXPECT_EQ(picture.columns, columns) << "orientation " << orientation;
-            EXPECT_EQ(picture.rows, 6 / columns) << "orientation " << orientation;
-            EXPECT_EQ(picture.notes.oriented, orientation > 1) << "orientation " << orientation;
+                for (int n = 0; n < pixelBytes; ++n)
+                    expected.push_back(static_cast<std::uint8_t>(pixel * pixelBytes + n));
+            EXPECT_EQ(Turn(picture, orientation), expected);
+            EXPECT_EQ(picture.columns, columns);
+            EXPECT_EQ(picture.rows, 6 / columns);
+            EXPECT_EQ(picture.notes.oriented, orientation > 1);
         }
 }
 
@@ -78,27 +79,19 @@ TEST(TurnUpright, IsUndoneByItsCounterpartAtEverySize) {
 TEST(ExifOrientation, IsReadFromEveryFormOfBlock) {
     for (const ByteOrder order : {ByteOrder::little, ByteOrder::big})
         for (std::uint8_t stated = 0; stated <= 9; ++stated) {
-            Bytes block = MakeExif(stated, order);
+            const Bytes block = MakeExif(stated, order);
             const int expected = stated == 0 || stated == 9 ? 1 : stated;
             EXPECT_EQ(ExifOrientation(block), expected);
-            const char introduction[] = "Exif\0"; // and the zero that ends it
-            block.insert(block.begin(), introduction, introduction + 6);
-            EXPECT_EQ(ExifOrientation(block), expected);
+            EXPECT_EQ(ExifOrientation(Join({{'E', 'x', 'i', 'f', 0, 0}, block})), expected);
         }
 }
 
 TEST(ExifOrientation, IsUprightInDamagedBlocks) {
-    const Bytes block = MakeExif(6);
     Bytes fraction = MakeExif(0, ByteOrder::big);
     fraction[13] = 5; // the type; the value lies at byte 6, whose first half would read as 8
     fraction[21] = 6;
     EXPECT_EQ(ExifOrientation(fraction), 1);
+    const Bytes block = MakeExif(6);
     for (std::size_t length = 0; length < 22; ++length) // the entry ends there
         EXPECT_EQ(ExifOrientation({block.data(), length}), 1) << length << " bytes";
-    for (std::size_t bit = 0; bit < block.size() * 8; ++bit) {
-        Bytes damaged = block;
-        damaged[bit / 8] = static_cast<std::uint8_t>(block[bit / 8] ^ 1U << bit % 8);
-        const int got = ExifOrientation(damaged);
-        EXPECT_TRUE(got >= 1 && got <= 8) << "bit " << bit;
-    }
 }

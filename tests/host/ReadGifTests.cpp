@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <gif_lib.h>
-#include <random>
 #include <string>
 
 using gif89::Picture;
@@ -75,70 +74,55 @@ Bytes OpacitiesOf(const Picture& picture) {
     return bytes ? Bytes(bytes, bytes + picture.PixelBytes()) : Bytes();
 }
 
-Bytes RandomIndices(std::size_t count, unsigned colors, unsigned seed) {
-    std::mt19937 random(seed);
-    Bytes indices(count);
-    for (auto& index : indices) index = static_cast<std::uint8_t>(random() % colors);
-    return indices;
-}
-
 } // namespace
 
 TEST(ReadGif, IndicesAndTheRightTableAreKept) {
-    for (const int shared : {0, 256, 16})
-        for (const int own : {0, 8, 256})
-            for (const bool interlaced : {false, true}) {
-                const int colors = own ? own : shared;
-                if (colors == 0) continue;
-                const GifFrame frame = {
-                    .columns = 31,
-                    .rows = 21,
-                    .indices = RandomIndices(31 * 21, static_cast<unsigned>(colors), 1),
-                    .colors = own,
-                    .interlaced = interlaced};
-                const Picture picture = PictureFromBytes(MakeGif({31, 21, shared}, {frame}));
-                EXPECT_EQ(PixelsOf(picture), frame.indices) << interlaced;
-                EXPECT_EQ(picture.colors, colors);
-                for (int n = 0; n < 256; ++n)
-                    EXPECT_EQ(PackColor(TableEntry(picture.table, n)),
-                              n < colors ? PackRGB(static_cast<std::uint8_t>(n),
-                                                   static_cast<std::uint8_t>(colors - 1), 7)
-                                         : 0U);
-                EXPECT_TRUE(picture.channels.empty());
-            }
+    for (const auto& [shared, own] : {std::pair{256, 0}, {16, 0}, {0, 8}, {16, 256}, {256, 8}})
+        for (const bool interlaced : {false, true}) {
+            const auto colors = static_cast<unsigned>(own ? own : shared);
+            const GifFrame frame = {.columns = 31,
+                                    .rows = 21,
+                                    .indices = RandomBytes(31 * 21, 1, colors),
+                                    .colors = own,
+                                    .interlaced = interlaced};
+            const Picture picture = PictureFromBytes(MakeGif({31, 21, shared}, {frame}));
+            EXPECT_EQ(PixelsOf(picture), frame.indices) << interlaced;
+            EXPECT_EQ(picture.colors, static_cast<int>(colors));
+            for (unsigned n = 0; n < 256; ++n)
+                EXPECT_EQ(PackColor(TableEntry(picture.table, static_cast<int>(n))),
+                          n < colors ? n << 16 | (colors - 1) << 8 | 7 : 0U);
+            EXPECT_TRUE(picture.channels.empty());
+        }
 }
 
 TEST(ReadGif, FrameLiesOnItsScreen) {
-    const GifFrame inside = {.left = 1, .top = 1, .columns = 2, .rows = 1, .indices = {1, 2}};
-    const Bytes on0 = {0, 0, 0, 0, 0, 1, 2, 0, 0, 0, 0, 0},
-                hidden = {0, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0, 0};
-    const auto with = [&inside](int transparent, int colors) {
-        GifFrame frame = inside;
-        frame.transparent = transparent;
-        frame.colors = colors;
-        return frame;
+    const auto inside = [](int transparent = -1, int colors = 0) {
+        return GifFrame{.left = 1,
+                        .top = 1,
+                        .columns = 2,
+                        .rows = 1,
+                        .indices = {1, 2},
+                        .colors = colors,
+                        .transparent = transparent};
     };
+    const Bytes on0 = {0, 0, 0, 0, 0, 1, 2, 0, 0, 0, 0, 0},
+                around = {0, 0, 0, 0, 0, 255, 255, 0, 0, 0, 0, 0};
     const struct {
         const char* name;
         Screen screen;
         GifFrame frame;
         Bytes indices, opacities;
     } cases[] = {
-        {"background", {.background = 3}, inside, {3, 3, 3, 3, 3, 1, 2, 3, 3, 3, 3, 3}, {}},
-        {"no such color", {.background = 4}, inside, on0, hidden},
-        {"background of another table", {.background = 3}, with(-1, 8), on0, hidden},
-        {"no table of the screen", {.colors = 0, .background = 3}, with(-1, 8), on0, hidden},
+        {"background", {.background = 3}, inside(), {3, 3, 3, 3, 3, 1, 2, 3, 3, 3, 3, 3}, {}},
+        {"no such color", {.background = 4}, inside(), on0, around},
+        {"background of another table", {.background = 3}, inside(-1, 8), on0, around},
         {"transparent index",
          {.background = 3},
-         with(2, 0),
+         inside(2),
          {2, 2, 2, 2, 2, 1, 2, 2, 2, 2, 2, 2},
          {0, 0, 0, 0, 0, 255, 0, 0, 0, 0, 0, 0}},
-        {"transparent but unused",
-         {.columns = 3, .rows = 2},
-         {.columns = 3, .rows = 2, .indices = {1, 2, 1, 2, 1, 2}, .transparent = 0},
-         {1, 2, 1, 2, 1, 2},
-         {}},
-        {"larger than its screen", {.columns = 1, .rows = 1}, inside, {0, 0, 0, 0, 1, 2}, {}}};
+        {"transparent but unused", {2, 1}, {0, 0, 2, 1, {1, 2}, 0, false, 0}, {1, 2}, {}},
+        {"larger than its screen", {1, 1}, inside(), {0, 0, 0, 0, 1, 2}, {}}};
     for (const auto& c : cases) {
         const Picture picture = PictureFromBytes(MakeGif(c.screen, {c.frame}));
         EXPECT_EQ(PixelsOf(picture), c.indices) << c.name;
@@ -147,24 +131,22 @@ TEST(ReadGif, FrameLiesOnItsScreen) {
 }
 
 TEST(ReadGif, OnlyATransparentIndexMayLiePastTheTable) {
-    for (const std::uint8_t other : Bytes{1, 2}) {
-        GifFrame frame = {.columns = 2, .rows = 1, .indices = {3, other}, .transparent = 3};
+    const auto with = [](const Bytes& indices) {
+        const GifFrame frame = {.columns = 2, .rows = 1, .indices = indices, .transparent = 3};
         Bytes file = MakeGif({2, 1, 4}, {frame});
         file[10] = static_cast<std::uint8_t>(file[10] & ~7); // the table's size: from 4 to 2 colors
         file.erase(file.begin() + 13, file.begin() + 19);
-        if (other == 2) {
-            EXPECT_EQ(RefusalOf(file),
-                      "is a damaged GIF picture: a pixel has color 2 of a table of 2");
-            continue;
-        }
-        const Picture picture = PictureFromBytes(file);
-        EXPECT_EQ(picture.colors, 4);
-        EXPECT_EQ(OpacitiesOf(picture), (Bytes{0, 255}));
-    }
+        return file;
+    };
+    const Picture picture = PictureFromBytes(with({3, 1}));
+    EXPECT_EQ(picture.colors, 4);
+    EXPECT_EQ(OpacitiesOf(picture), (Bytes{0, 255}));
+    EXPECT_EQ(RefusalOf(with({3, 2})),
+              "is a damaged GIF picture: a pixel has color 2 of a table of 2");
 }
 
 TEST(ReadGif, FirstPictureAndFirstCommentCount) {
-    const Bytes one = RandomIndices(12, 4, 2), other = RandomIndices(12, 4, 3);
+    const Bytes one = RandomBytes(12, 2, 4), other = RandomBytes(12, 3, 4);
     const std::string text(300, 'x');
     const GifFrame frames[] = {{.indices = one},
                                {.indices = other, .transparent = 1, .comment = text + "\xE9"},
@@ -179,14 +161,12 @@ TEST(ReadGif, FirstPictureAndFirstCommentCount) {
 }
 
 TEST(ReadGif, DamageIsRefusedOrHarmless) {
-    const Bytes indices = RandomIndices(12, 4, 4);
+    const Bytes indices = RandomBytes(12, 4, 4);
     const Bytes file =
         MakeGif({6, 3, 4}, {{.left = 1, .indices = indices, .interlaced = true, .comment = "c"},
                             {.indices = indices, .transparent = 2}});
     EXPECT_GT(CountRefusedDamage(file), 100U);
-    Bytes padded = file;
-    padded.insert(padded.end(), 9, 0x55);
-    EXPECT_EQ(RefusalOf(padded), "");
+    EXPECT_EQ(RefusalOf(Join({file, Bytes(9, 0x55)})), "");
 }
 
 TEST(ReadGif, RefusalsSayWhy) {

@@ -5,8 +5,28 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <sys/mman.h>
 #include <unistd.h>
+
+Bytes RandomBytes(std::size_t count, unsigned seed, unsigned values) {
+    std::mt19937 random(seed);
+    Bytes bytes(count);
+    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random() % values);
+    return bytes;
+}
+
+Bytes LE(std::size_t value, int bytes) {
+    Bytes stored;
+    for (; bytes > 0; --bytes, value >>= 8) stored.push_back(static_cast<std::uint8_t>(value));
+    return stored;
+}
+
+Bytes Join(const std::vector<Bytes>& parts) {
+    Bytes all;
+    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
 
 gif89::Picture PictureFromBytes(const Bytes& bytes) {
     const int descriptor = memfd_create("picture", MFD_CLOEXEC);
@@ -27,6 +47,16 @@ std::string RefusalOf(const Bytes& bytes) {
 
 Bytes PixelsOf(const gif89::Picture& picture) {
     return {picture.pixels.get(), picture.pixels.get() + picture.PixelBytes()};
+}
+
+Bytes ColorsOf(gif89::Picture picture) {
+    ExpandToRGB(picture);
+    const Bytes pixels = PixelsOf(picture);
+    if (picture.kind == gif89::Picture::Kind::rgbAlpha) return pixels;
+    Bytes colors;
+    for (std::size_t n = 0; n < pixels.size(); n += 3)
+        colors.insert(colors.end(), {pixels[n], pixels[n + 1], pixels[n + 2], 255});
+    return colors;
 }
 
 std::size_t CountRefusedDamage(const Bytes& file) {

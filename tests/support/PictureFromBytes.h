@@ -1,4 +1,4 @@
-// Reads pictures that a test holds in memory, through the same path as files.
+// Puts files of pictures together in memory and reads them through the same path as others.
 #pragma once
 
 #include "Picture.h"
@@ -9,6 +9,14 @@
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// Bytes by chance, each below `values`.
+Bytes RandomBytes(std::size_t count, unsigned seed, unsigned values = 256);
+
+/// A number in so many bytes, the lowest first.
+Bytes LE(std::size_t value, int bytes);
+
+Bytes Join(const std::vector<Bytes>& parts);
+
 /// ReadPicture of a file with these bytes.
 gif89::Picture PictureFromBytes(const Bytes& bytes);
 
@@ -17,6 +25,9 @@ std::string RefusalOf(const Bytes& bytes);
 
 /// The pixels, ready for comparison.
 Bytes PixelsOf(const gif89::Picture& picture);
+
+/// Red, green, blue and opacity of each pixel of any kind of picture.
+Bytes ColorsOf(gif89::Picture picture);
 
 /// Checks that the file is accepted, but refused when it ends after any number of its bytes but
 /// all. Then reads it with each of its bits flipped in turn, which finds crashes, leaks and hangs;
