@@ -1,12 +1,14 @@
 // What the report says of pictures and files put together by hand, and of random ones by counting
 // again the slow way.
 #include "MakeReport.h"
+#include "RandomPictures.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
 #include <random>
 #include <set>
-#include <tuple>
 
 namespace gif89 {
 namespace {
@@ -78,13 +80,13 @@ TEST(ExportReport, AgreesWithCountingAgain) {
     gif.rows = gif.columns = kSide;
     gif.colors = 256;
     gif.transparentIndex = 77;
+    gif.table = RandomTable(256, 11);
     gif.indices = std::make_unique<std::uint8_t[]>(kPixels);
-    for (int i = 0; i < 256; ++i) SetTableEntry(gif.table, i, UnpackColor(random() & 0xFFFFFF));
     Picture picture = MakePicture(Picture::Kind::rgbAlpha, kSide, kSide);
-    std::int64_t changed = 0, errors = 0, compared = 0;
-    std::set<std::tuple<int, int, int>> colors;
+    std::set<std::uint32_t> colors;
     std::set<int> levels;
-    int largest = 0;
+    std::int64_t changed = 0;
+    std::vector<int> errors;
     for (int n = 0; n < kPixels; ++n) {
         const auto index = static_cast<std::uint8_t>(random());
         gif.indices[static_cast<std::size_t>(n)] = index;
@@ -96,15 +98,12 @@ TEST(ExportReport, AgreesWithCountingAgain) {
         pixel[2] = is.blue;
         pixel[3] = random() % 4 == 0 ? static_cast<std::uint8_t>(random()) : 255;
         const int opacity = pixel[3];
-        if (opacity > 0) colors.emplace(pixel[0], pixel[1], pixel[2]);
+        const bool hidden = index == gif.transparentIndex;
+        if (opacity > 0) colors.insert(PackRGB(pixel[0], pixel[1], pixel[2]));
         if (opacity > 0 && opacity < 255) levels.insert(opacity);
-        const bool hidden = index == 77;
         if (opacity == 255 && !hidden) {
-            const int error = std::abs(pixel[0] - is.red); // 255 where the byte wrapped
-            largest = std::max(largest, error);
-            errors += error;
-            ++compared;
-            changed += error != 0;
+            errors.push_back(std::abs(pixel[0] - is.red)); // 255 where the byte wrapped
+            changed += off != 0;
         } else {
             changed += !(opacity == 0 && hidden);
         }
@@ -113,9 +112,9 @@ TEST(ExportReport, AgreesWithCountingAgain) {
     EXPECT_EQ(report.changedPixels, changed);
     EXPECT_EQ(report.sourceColors, static_cast<std::int64_t>(colors.size()));
     EXPECT_EQ(report.alphaLevels, static_cast<int>(levels.size()));
-    EXPECT_EQ(report.largestError, largest);
-    EXPECT_DOUBLE_EQ(report.meanError,
-                     static_cast<double>(errors) / (3.0 * static_cast<double>(compared)));
+    EXPECT_EQ(report.largestError, *std::max_element(errors.begin(), errors.end()));
+    EXPECT_DOUBLE_EQ(report.meanError, std::accumulate(errors.begin(), errors.end(), 0.0) / 3.0 /
+                                           static_cast<double>(errors.size()));
 }
 
 } // namespace

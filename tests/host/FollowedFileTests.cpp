@@ -17,12 +17,12 @@
 namespace gif89 {
 namespace {
 
-/// How scanning went on while the bytes were written in pieces, and then the file was ended.
 struct Outcome {
     std::string refusal;
     DecodedGif gif;
 };
 
+/// How scanning goes while the bytes are written in pieces, and then the file is ended.
 Outcome Follow(const ByteVector& bytes, std::size_t pieceBytes,
                const std::function<void(FollowedFile&)>& end) {
     const TemporaryFolder folder;
@@ -49,17 +49,16 @@ Outcome Follow(const ByteVector& bytes, std::size_t pieceBytes,
     return outcome;
 }
 
-ByteVector MakeFile(PlainImage& image) {
+PlainImage MakeImage() {
     std::mt19937 random(5);
-    image = RandomImage(random, 300, 400, 256, 1);
+    PlainImage image = RandomImage(random, 300, 400, 256, 1);
     image.interlaced = true;
-    image.comment = std::string(700, 'c');
-    return PlainGif(image);
+    return image;
 }
 
 TEST(FollowedFile, IsReadAsTheFinishedFileWouldBe) {
-    PlainImage image;
-    const ByteVector bytes = MakeFile(image);
+    const PlainImage image = MakeImage();
+    const ByteVector bytes = PlainGif(image);
     ASSERT_GT(bytes.size(), 2U * 65536); // more than is held at a time
     for (const std::size_t piece : {std::size_t{7}, std::size_t{1000}, bytes.size()}) {
         const Outcome outcome = Follow(bytes, piece, &FollowedFile::Complete);
@@ -70,16 +69,15 @@ TEST(FollowedFile, IsReadAsTheFinishedFileWouldBe) {
 }
 
 TEST(FollowedFile, EndsTheReaderWithItsWriter) {
-    PlainImage image;
-    const ByteVector bytes = MakeFile(image);
+    ByteVector bytes = PlainGif(MakeImage());
+    const std::size_t size = bytes.size();
     const ByteVector cut(bytes.begin(), bytes.begin() + 100000);
     EXPECT_EQ(Follow(cut, 1000, &FollowedFile::Complete).refusal,
               "at byte 100000: the file ends inside the image data");
     EXPECT_EQ(Follow(cut, 1000, &FollowedFile::Abandon).refusal, "the file was given up");
-    ByteVector more = bytes;
-    more.push_back(0);
-    EXPECT_EQ(Follow(more, 1000, &FollowedFile::Complete).refusal,
-              "at byte " + std::to_string(bytes.size()) + ": 1 bytes after the trailer");
+    bytes.push_back(0);
+    EXPECT_EQ(Follow(bytes, 1000, &FollowedFile::Complete).refusal,
+              "at byte " + std::to_string(size) + ": 1 bytes after the trailer");
 }
 
 } // namespace
