@@ -7,6 +7,7 @@ import ctypes
 import ctypes.util
 import dataclasses
 import os
+import pathlib
 import re
 import shutil
 import subprocess
@@ -30,17 +31,12 @@ class Picture:
 
 def find_decoders():
     """name: call for those that are installed, and a list of the names of the others."""
-    found, missing = {}, []
-    for name, find in (("giflib", find_giflib), ("ImageMagick", find_image_magick),
-                       ("GraphicsMagick", find_graphics_magick), ("ffmpeg", find_ffmpeg),
-                       ("Pillow", find_pillow), ("libvips", find_vips),
-                       ("Chromium", find_chromium)):
-        decode = find()
-        if decode:
-            found[name] = decode
-        else:
-            missing.append(name)
-    return found, missing
+    found = {name: find() for name, find in (
+        ("giflib", find_giflib), ("ImageMagick", find_image_magick),
+        ("GraphicsMagick", find_graphics_magick), ("ffmpeg", find_ffmpeg), ("Pillow", find_pillow),
+        ("libvips", find_vips), ("Chromium", find_chromium))}
+    return ({name: decode for name, decode in found.items() if decode},
+            [name for name, decode in found.items() if not decode])
 
 
 def program(name):
@@ -194,26 +190,16 @@ def find_vips():
     vips = program("vips")
 
     def decode(path):
-        with tempfile.TemporaryDirectory() as folder:
-            raw = os.path.join(folder, "pixels")
-            run(vips, "rawsave", path, raw)
-            with open(raw, "rb") as file:
-                pixels = file.read()
+        with tempfile.NamedTemporaryFile() as raw:
+            run(vips, "rawsave", path, raw.name)
+            pixels = raw.read()
         shape = re.search(rb": (\d+)x(\d+) uchar, (\d) bands", run(vips + "header", path))
         columns, rows, bands = map(int, shape.groups())
         if bands == 3:
-            opacities = b"\xff" * (columns * rows)
-            pixels = join_planes([pixels[0::3], pixels[1::3], pixels[2::3], opacities])
+            pixels = b"".join(pixels[at : at + 3] + b"\xff" for at in range(0, len(pixels), 3))
         return Picture(pixels, columns, rows)
 
     return each(decode) if vips else None
-
-
-def join_planes(planes):
-    pixels = bytearray(len(planes) * len(planes[0]))
-    for place, plane in enumerate(planes):
-        pixels[place :: len(planes)] = plane
-    return bytes(pixels)
 
 
 # Pillow ---------------------------------------------------------------------------------------
@@ -267,11 +253,12 @@ def find_chromium():
     chromium = next(filter(None, map(program, CHROMIUM_NAMES)), None)
 
     def decode_page(paths):
-        tags = "".join('<img src="data:image/gif;base64,%s">' % encoded(path) for path in paths)
+        tags = "".join('<img src="data:image/gif;base64,%s">'
+                       % base64.b64encode(pathlib.Path(path).read_bytes()).decode()
+                       for path in paths)
         with tempfile.TemporaryDirectory() as folder:
             page = os.path.join(folder, "page.html")
-            with open(page, "w") as file:
-                file.write(PAGE % tags)
+            pathlib.Path(page).write_text(PAGE % tags)
             # The page is ours, and as root the browser does without its sandbox or not at all.
             result = run("timeout", "120", chromium, "--headless", "--no-sandbox", "--disable-gpu",
                          "--disable-dev-shm-usage", "--force-color-profile=srgb",
@@ -289,8 +276,3 @@ def find_chromium():
                 for picture in decode_page(paths[start : start + PAGE_SIZE])]
 
     return decode_all if chromium else None
-
-
-def encoded(path):
-    with open(path, "rb") as file:
-        return base64.b64encode(file.read()).decode()

@@ -17,13 +17,13 @@ CLEAR = bytes(4)
 
 @dataclasses.dataclass
 class Case:
-    name: str
     files: dict  # name: bytes; the first is the picture
     options: list
     most_colors: int  # of the table, a transparent entry included
     rgba: bytes | None = None  # what the file must show; None where colours are reduced
     indices: bytes | None = None  # of an indexed picture
     table: list | None = None
+    name: str = ""
     interlaced: bool = True
     comment: bytes | None = None
 
@@ -44,7 +44,7 @@ def make_cases(seed):
 
 
 def ppm(columns, rows, pixels):
-    return b"P6 %d %d 255\n" % (columns, rows) + b"".join(pixels)
+    return {"in.ppm": b"P6 %d %d 255\n" % (columns, rows) + b"".join(pixels)}
 
 
 def pgm(columns, rows, levels, most=255):
@@ -52,8 +52,8 @@ def pgm(columns, rows, levels, most=255):
 
 
 def pam(columns, rows, pixels):
-    head = "P7\nWIDTH %d\nHEIGHT %d\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n"
-    return (head % (columns, rows)).encode() + b"".join(pixels)
+    head = b"P7\nWIDTH %d\nHEIGHT %d\nDEPTH 4\nMAXVAL 255\nENDHDR\n" % (columns, rows)
+    return {"in.pam": head + b"".join(pixels)}
 
 
 def png(columns, rows, table, indices, opacities=b""):
@@ -112,14 +112,8 @@ def with_holes(pixels, holes):
 
 
 def adaptive(chance, columns, rows, colors):
-    picture = ppm(columns, rows, soft_pixels(chance, columns, rows))
-    options = ["--mode", "rgb", "-p", "adaptive", "-n", str(colors)]
-    return Case("", {"in.ppm": picture}, options, colors)
-
-
-def noise(chance, columns, rows, colors):
-    picture = b"P6 %d %d 255\n" % (columns, rows) + chance.randbytes(3 * columns * rows)
-    return Case("", {"in.ppm": picture}, ["--mode", "rgb", "-n", str(colors)], colors)
+    return Case(ppm(columns, rows, soft_pixels(chance, columns, rows)),
+                ["--mode", "rgb", "-p", "adaptive", "-n", str(colors)], colors)
 
 
 def exact(chance, columns, rows, colors):
@@ -127,48 +121,22 @@ def exact(chance, columns, rows, colors):
     table = [bytes((cell >> 10 << 3 | 4, cell >> 2 & 0xF8 | 4, cell << 3 & 0xF8 | 4))
              for cell in chance.sample(range(1 << 15), max(1, colors - 2))]
     pixels = [table[i] for i in spread(chance, len(table), columns, rows)]
-    return Case("", {"in.ppm": ppm(columns, rows, pixels)}, ["--mode", "rgb", "-p", "exact"],
+    return Case(ppm(columns, rows, pixels), ["--mode", "rgb", "-p", "exact"],
                 len(table) + 2, b"".join(opaque(pixels)))
-
-
-def fixed(chance, columns, rows, colors):
-    picture = ppm(columns, rows, soft_pixels(chance, columns, rows))
-    return Case("", {"in.ppm": picture}, ["-p", "fixed"], 256)
-
-
-def resized(chance, columns, rows, colors):
-    case = fixed(chance, columns, rows, colors)
-    case.options += ["--resize", "-n", str(colors)]
-    case.most_colors = colors
-    return case
-
-
-def loaded(chance, columns, rows, colors):
-    entries = b"".join(entry + b"\0" for entry in different_colors(chance, colors))
-    content = b"PAL data" + struct.pack("<IHH", 4 + len(entries), 0x300, colors) + entries
-    palette = b"RIFF" + struct.pack("<I", len(content)) + content
-    picture = ppm(columns, rows, soft_pixels(chance, columns, rows))
-    return Case("", {"in.ppm": picture, "colors.pal": palette}, ["-p", "colors.pal"], colors)
 
 
 def soft_edges(chance, columns, rows, colors):
     colors = min(colors, 255)
     pixels = [pixel + bytes([chance.choice((0, 40, 200, 255))])
               for pixel in soft_pixels(chance, columns, rows)]
-    return Case("", {"in.pam": pam(columns, rows, pixels)},
+    return Case(pam(columns, rows, pixels),
                 ["--mode", "rgb", "-n", str(colors), "--matte", "#336699"], colors + 1)
-
-
-def laid_over(chance, columns, rows, colors):
-    case = soft_edges(chance, columns, rows, colors)
-    case.options[:2] = ["--opaque"]
-    return case
 
 
 def few_colors(chance, columns, rows, colors):
     table = different_colors(chance, colors)
     pixels = [table[i] for i in spread(chance, colors, columns, rows)]
-    return Case("", {"in.ppm": ppm(columns, rows, pixels)}, [], colors, b"".join(opaque(pixels)))
+    return Case(ppm(columns, rows, pixels), [], colors, b"".join(opaque(pixels)))
 
 
 def cut_out(chance, columns, rows, colors):
@@ -177,7 +145,7 @@ def cut_out(chance, columns, rows, colors):
     holes = blocks(chance, columns, rows)
     wanted = with_holes(pixels, holes)
     stored = [pixel + (b"\x30" if hole else b"\xd0") for pixel, hole in zip(pixels, holes)]
-    return Case("", {"in.pam": pam(columns, rows, stored)}, ["--alpha-threshold", "128"],
+    return Case(pam(columns, rows, stored), ["--alpha-threshold", "128"],
                 len(table) + 1, wanted)
 
 
@@ -185,7 +153,7 @@ def grey(chance, columns, rows, colors):
     levels = spread(chance, colors, columns, rows)
     most = colors - 1
     table = [bytes([(2 * 255 * i + most) // (2 * most)] * 3) for i in range(colors)]
-    return Case("", {"in.pgm": pgm(columns, rows, levels, most)}, [], colors,
+    return Case({"in.pgm": pgm(columns, rows, levels, most)}, [], colors,
                 shown(opaque(table), levels), levels, table)
 
 
@@ -194,7 +162,7 @@ def indexed(chance, columns, rows, colors):
     indices = spread(chance, used, columns, rows)
     # No black entry, since those above the last one used would be left out.
     table = [bytes(chance.randrange(1, 256) for _ in range(3)) for _ in range(colors)]
-    return Case("", {"in.png": png(columns, rows, table, indices)}, [], colors,
+    return Case({"in.png": png(columns, rows, table, indices)}, [], colors,
                 shown(opaque(table), indices), indices, table)
 
 
@@ -237,5 +205,5 @@ def hidden_by_channel(chance, columns, rows, colors):
     return case
 
 
-KINDS = (adaptive, noise, exact, fixed, resized, loaded, soft_edges, laid_over, few_colors, cut_out,
-         grey, indexed, hidden_entry, clear_entries, hidden_by_channel)
+KINDS = (adaptive, exact, soft_edges, few_colors, cut_out, grey, indexed, hidden_entry,
+         clear_entries, hidden_by_channel)
