@@ -49,14 +49,6 @@ wait $job || fail "OK did not write the indexed picture"
 "$gif89" -qO "$out/options" --transparent 3 "$samples/pixel-art.png"
 same pixel-art.gif
 
-# A picture's own transparency is chosen already.
-"$gif89" -qO "$out/window" --window "$samples/badge-palette.png" & job=$!
-find_window "GIF89a Options"
-click 16001 1
-wait $job || fail "OK did not write the transparent picture"
-"$gif89" -qO "$out/options" "$samples/badge-palette.png"
-same badge-palette.gif
-
 # Sixteen colours, looked at in the preview, enlarged once.
 "$gif89" -qO "$out/window" --window "$samples/coast.jpg" & job=$!
 find_window "GIF89a Options"

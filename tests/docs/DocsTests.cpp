@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <sstream>
 
 namespace {
@@ -25,15 +24,13 @@ std::string BytesOfPage() {
 
 TEST(FormatPage, HasTheBytesThatAreWritten) {
     const TemporaryFolder folder;
-    const std::map<char, std::string> colors = {{'R', std::string("\xFF\0\0\xFF", 4)},
-                                                {'B', std::string("\0\0\xFF\xFF", 4)},
-                                                {'Y', std::string("\xFF\xFF\0\xFF", 4)},
-                                                {'-', std::string(4, '\0')}};
-    std::string pixels;
-    for (const char letter : std::string("RRRRRBBRRYY-----")) pixels += colors.at(letter);
-    folder.Write("tiny.pam", "P7\nWIDTH 4\nHEIGHT 4\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\n"
-                             "ENDHDR\n" +
-                                 pixels);
+    std::string file = "P7\nWIDTH 4\nHEIGHT 4\nDEPTH 4\nMAXVAL 255\nENDHDR\n";
+    for (const char letter : std::string("RRRRRBBRRYY-----")) { // red, blue, yellow, nothing
+        const char full = letter == '-' ? '\0' : '\xFF';
+        file += {letter == 'B' ? '\0' : full, letter == 'Y' ? full : '\0',
+                 letter == 'B' ? full : '\0', full};
+    }
+    folder.Write("tiny.pam", file);
     const ProgramRun run =
         RunProgram("gif89", {"--comment", "Hi", "tiny.pam"}, {folder.Path(), {}});
     EXPECT_EQ(run.exitCode, 0) << run.errors;
@@ -45,9 +42,7 @@ TEST(MinimalHost, SavesItsGradient) {
     const TemporaryFolder folder;
     const ProgramRun run = RunProgram("minimal_host", {MODULE, folder.Path("g.gif")});
     ASSERT_EQ(run.exitCode, 0) << run.errors;
-    const std::string bytes = folder.Read("g.gif");
-    const gif89::DecodedGif gif =
-        gif89::DecodeGif({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+    const gif89::DecodedGif gif = gif89::DecodeGif(folder.ReadBytes("g.gif"));
     ASSERT_EQ(gif.rows, 48);
     ASSERT_EQ(gif.columns, 64);
     EXPECT_EQ(gif.comment, "made by a minimal host");

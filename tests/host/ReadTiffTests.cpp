@@ -108,11 +108,6 @@ void WritePlane(TIFF* tiff, const TiffForm& form, const Samples& samples, int pl
     }
 }
 
-Bytes Content(const TemporaryFolder& folder) {
-    const std::string file = folder.Read("a.tif");
-    return {file.begin(), file.end()};
-}
-
 Bytes MakeTiff(const TiffForm& form, const Samples& samples) {
     const TemporaryFolder folder;
     TIFF* const tiff = TIFFOpen(folder.Path("a.tif").c_str(), form.mode);
@@ -123,7 +118,7 @@ Bytes MakeTiff(const TiffForm& form, const Samples& samples) {
         TIFFWriteDirectory(tiff);
     }
     TIFFClose(tiff);
-    return Content(folder);
+    return folder.ReadBytes("a.tif");
 }
 
 Samples RandomSamples(const TiffForm& form, std::mt19937& random) {
@@ -260,7 +255,7 @@ TEST(ReadTiff, SubsampledColorsAreTheLibrarysOwn) {
         for (const std::uint32_t word : words)
             for (const int shift : {0, 8, 16})
                 expected.push_back(static_cast<std::uint8_t>(word >> shift));
-        EXPECT_EQ(PixelsOf(PictureFromBytes(Content(folder))), expected) << compression;
+        EXPECT_EQ(PixelsOf(PictureFromBytes(folder.ReadBytes("a.tif"))), expected) << compression;
     }
 }
 

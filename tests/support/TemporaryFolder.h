@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -34,6 +35,10 @@ class TemporaryFolder {
     std::string Read(const std::string& name) const {
         std::ifstream file(Path(name), std::ios::binary);
         return std::string(std::istreambuf_iterator<char>(file), {});
+    }
+    std::vector<std::uint8_t> ReadBytes(const std::string& name) const {
+        const std::string content = Read(name);
+        return {content.begin(), content.end()};
     }
 
     /// Names of everything in the folder, hidden or not, sorted.
