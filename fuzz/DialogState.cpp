@@ -25,10 +25,14 @@ bool ShowsEntry(DialogPtr dialog, short item) {
     return value >= 1 && value <= CountMenuItems(dialog->Item(item)->menu);
 }
 
-bool IsChecked(DialogPtr dialog, short item) {
-    const short value = ValueOf(dialog, item);
-    Require(value == 0 || value == 1, "a check box is on or off");
-    return value == 1;
+void CheckBoxes(DialogPtr dialog, short comment, std::initializer_list<short> others) {
+    for (const short item : others) {
+        const short value = ValueOf(dialog, item);
+        Require(value == 0 || value == 1, "a check box is on or off");
+    }
+    const short value = ValueOf(dialog, comment);
+    Require(value == 0 || (value == 1 && IsEnabled(dialog, comment)),
+            "a comment that is not there cannot be included");
 }
 
 /// `Globals` has the members that describe a view.
@@ -62,14 +66,11 @@ void CheckRGBDialog(DialogPtr dialog) {
     for (const short label : {kRGBColorLabelItem, kRGBCountLabelItem})
         Require(IsEnabled(dialog, label) != IsEnabled(dialog, static_cast<short>(label + 1)),
                 "of a label and its twin one is in use");
-    Require(IsEnabled(dialog, kRGBCountLabelItem) == IsEnabled(dialog, kRGBCountItem),
-            "a label follows what it names");
-    Require(IsEnabled(dialog, kRGBColorLabelItem) == IsEnabled(dialog, kRGBColorBoxItem),
-            "so does the other");
-    IsChecked(dialog, kRGBInterlaceItem);
-    IsChecked(dialog, kRGBResizeItem);
-    Require(IsEnabled(dialog, kRGBCommentItem) || !IsChecked(dialog, kRGBCommentItem),
-            "a comment that is not there cannot be included");
+    for (const auto& [label, named] :
+         {std::pair{kRGBCountLabelItem, kRGBCountItem}, {kRGBColorLabelItem, kRGBColorBoxItem}})
+        Require(IsEnabled(dialog, label) == IsEnabled(dialog, named),
+                "a label follows what it names");
+    CheckBoxes(dialog, kRGBCommentItem, {kRGBInterlaceItem, kRGBResizeItem});
 }
 
 void CheckIndexedDialog(DialogPtr dialog) {
@@ -88,9 +89,7 @@ void CheckIndexedDialog(DialogPtr dialog) {
             "transparency has a colour");
     for (const ToolType tool : {g.currentTool, g.selectedTool})
         Require(tool >= handTool && tool <= eyeDropperMinusTool, "a tool is chosen");
-    IsChecked(dialog, kIndexedInterlaceItem);
-    Require(IsEnabled(dialog, kIndexedCommentItem) || !IsChecked(dialog, kIndexedCommentItem),
-            "a comment that is not there cannot be included");
+    CheckBoxes(dialog, kIndexedCommentItem, {kIndexedInterlaceItem});
 }
 
 void CheckPreview(DialogPtr dialog) {

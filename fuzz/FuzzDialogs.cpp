@@ -7,7 +7,9 @@
 #include "GifAgreement.h"
 #include "MemoryManager.h"
 #include "Problem.h"
+#include "TheModule.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace gif89 {
@@ -15,24 +17,16 @@ namespace {
 
 constexpr int kMostColumns = 1200; // more than the previews show at once
 
-const ExportModule& TheModule() {
-    static const ExportModule module(ExportModule::DefaultPath());
-    return module;
-}
-
 bool SamePictures(const Picture& a, const Picture& b) {
-    const auto same = [&](const std::uint8_t* first, const std::uint8_t* second) {
-        return std::memcmp(first, second, a.PixelBytes()) == 0;
+    const auto same = [count = a.PixelBytes()](const auto& first, const auto& second) {
+        return std::memcmp(first.get(), second.get(), count) == 0;
     };
-    if (std::memcmp(&a.table, &b.table, sizeof a.table) != 0 ||
-        !same(a.pixels.get(), b.pixels.get()) || a.comment != b.comment)
-        return false;
-    for (std::size_t i = 0; i < a.channels.size(); ++i)
-        if (a.channels[i].name != b.channels[i].name ||
-            std::memcmp(a.channels[i].bytes.get(), b.channels[i].bytes.get(),
-                        a.PixelBytes() / static_cast<std::size_t>(a.BytesPerPixel())) != 0)
-            return false;
-    return true;
+    return std::memcmp(&a.table, &b.table, sizeof a.table) == 0 && same(a.pixels, b.pixels) &&
+           a.comment == b.comment &&
+           std::equal(a.channels.begin(), a.channels.end(), b.channels.begin(), b.channels.end(),
+                      [&](const Channel& first, const Channel& second) {
+                          return first.name == second.name && same(first.bytes, second.bytes);
+                      });
 }
 
 // An indexed export keeps its comment until the next one has one.

@@ -9,6 +9,7 @@
 #include "PaletteFiles.h"
 #include "SavePicture.h"
 #include "Shape.h"
+#include "TheModule.h"
 
 #include <optional>
 
@@ -16,11 +17,6 @@ namespace gif89 {
 namespace {
 
 constexpr int kMostColumns = 64;
-
-const ExportModule& TheModule() {
-    static const ExportModule module(ExportModule::DefaultPath());
-    return module;
-}
 
 RGBtuple TakeColor(FuzzInput& input) {
     const std::uint8_t red = input.Byte(), green = input.Byte(), blue = input.Byte();
@@ -53,14 +49,9 @@ void TakeIndexedChoices(FuzzInput& input, const Picture& picture, ExportChoices&
 }
 
 void TakeRGBChoices(FuzzInput& input, ExportChoices& choices) {
-    const std::string palettes[] = {"",
-                                    "exact",
-                                    "adaptive",
-                                    "fixed",
-                                    PaletteFilePath(0),
-                                    PaletteFilePath(1),
-                                    PaletteFilePath(2)};
-    choices.palette = palettes[input.Number(0, 6)];
+    const int way = input.Number(0, 6);
+    const char* const names[] = {"", "exact", "adaptive", "fixed"};
+    choices.palette = way < 4 ? names[way] : PaletteFilePath(way - 4);
     if (input.Flag()) choices.colors = input.Number(1, 257);
     choices.resize = input.Flag();
 }

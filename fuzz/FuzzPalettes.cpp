@@ -66,27 +66,15 @@ std::optional<Loaded> ReadPlainly(FuzzInput bytes, OSType type) {
     return loaded;
 }
 
-/// One file that has a name of every kind.
-class NamedFile {
-  public:
-    NamedFile() {
-        for (const Kind& kind : kKinds) {
-            names.Write(kind.name, "");
-            Require(PathToFSSpec(names.Path(kind.name), &specs[&kind - kKinds]) == noErr,
-                    "a file of the folder can be named");
-        }
-    }
-    const FSSpec& Spec(const Kind& kind) const { return specs[&kind - kKinds]; }
-    void Set(const Kind& kind, const std::string& bytes) const { names.Write(kind.name, bytes); }
-
-  private:
-    TemporaryFolder names;
-    FSSpec specs[std::size(kKinds)];
-};
+FSSpec WriteNamed(const char* name, const std::string& content) {
+    static const TemporaryFolder folder;
+    FSSpec file;
+    Require(PathToFSSpec(folder.Write(name, content), &file) == noErr, "a file can be named");
+    return file;
+}
 
 /// The type as the open dialog learns it.
-OSType TypeByName(const FSSpec& spec) {
-    FSSpec file = spec;
+OSType TypeByName(FSSpec file) {
     CInfoPBRec info;
     info.ioNamePtr = file.name;
     info.ioVRefNum = file.vRefNum;
@@ -99,7 +87,7 @@ OSType TypeByName(const FSSpec& spec) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
-    static const NamedFile named;
+    const std::string content(bytes, bytes + count);
     const MemoryFile memory({bytes, count});
     const FSSpec unnamed = DescriptorToFSSpec(memory.FileDescriptor());
     for (const Kind& kind : kKinds) {
@@ -108,9 +96,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t cou
         Require((loaded.error == noErr) == wanted.has_value(), "well formed files are read");
         Require(loaded == wanted.value_or(Loaded{loaded.error}), "the colours are the file's");
 
-        named.Set(kind, {reinterpret_cast<const char*>(bytes), count});
-        Require(TypeByName(named.Spec(kind)) == kind.type, "the extension tells the type");
-        Require(Load(named.Spec(kind), kind.type) == loaded, "any way to the file will do");
+        const FSSpec named = WriteNamed(kind.name, content);
+        Require(TypeByName(named) == kind.type, "the extension tells the type");
+        Require(Load(named, kind.type) == loaded, "any way to the file will do");
     }
     return 0;
 }

@@ -29,23 +29,11 @@ std::string MakeRiff() {
     return file;
 }
 
-/// The files, as long as the program runs.
-class Files {
-  public:
-    Files() {
-        const std::string contents[kPaletteFiles] = {MakeSwatches(), MakeTable(), MakeRiff(),
-                                                     MakeRiff().substr(0, 30)};
-        for (int i = 0; i < kPaletteFiles; ++i) folder.Write(kNames[i], contents[i]);
-    }
-    std::string Path(int number) const { return folder.Path(kNames[number]); }
-
-  private:
-    TemporaryFolder folder;
-};
-
 } // namespace
 
 std::string PaletteFilePath(int number) {
-    static const Files files;
-    return files.Path(number);
+    static const TemporaryFolder folder;
+    static const std::string contents[kPaletteFiles] = {MakeSwatches(), MakeTable(), MakeRiff(),
+                                                        MakeRiff().substr(0, 30)};
+    return folder.Write(kNames[number], contents[number]);
 }
