@@ -98,8 +98,7 @@ Picture MakePictureOf(const Order& order) {
     return picture;
 }
 
-// The host that is asked for properties, and whether its document has a comment.
-OwnHost* asked = nullptr;
+OwnHost* asked = nullptr; // for properties
 bool hasComment = true;
 
 // The same text for the comment and the channel's name.
