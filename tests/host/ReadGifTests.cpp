@@ -1,5 +1,6 @@
 // GIF pictures of all kinds, written with the library, against the indices they were written from.
 #include "PictureFromBytes.h"
+#include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -53,20 +54,15 @@ void WriteFrame(GifFileType* gif, GifFrame frame) {
 }
 
 Bytes MakeGif(const Screen& screen, const std::vector<GifFrame>& frames) {
-    Bytes file;
-    const auto append = [](GifFileType* gif, const GifByteType* bytes, int count) {
-        auto& into = *static_cast<Bytes*>(gif->UserData);
-        into.insert(into.end(), bytes, bytes + count);
-        return count;
-    };
-    GifFileType* const gif = EGifOpen(&file, append, nullptr);
+    const TemporaryFolder folder;
+    GifFileType* const gif = EGifOpenFileName(folder.Path("a.gif").c_str(), false, nullptr);
     EGifSetGifVersion(gif, true);
     ColorMapObject* const table = MakeTable(screen.colors);
     EGifPutScreenDesc(gif, screen.columns, screen.rows, 8, screen.background, table);
     GifFreeMapObject(table);
     for (const GifFrame& frame : frames) WriteFrame(gif, frame);
     EGifCloseFile(gif, nullptr);
-    return file;
+    return folder.ReadBytes("a.gif");
 }
 
 Bytes OpacitiesOf(const Picture& picture) {

@@ -22,6 +22,7 @@ std::string Pam(int columns, int depth, int maximum, const std::string& more) {
 } // namespace
 
 TEST(ReadPnm, HeadersAndSamplesOfEveryForm) {
+    const std::string remarks = "# x\n\nTUPLTYPE RGB_ALPHA \r\nENDHDR\n";
     const struct {
         std::string file;
         Bytes colors;
@@ -35,14 +36,8 @@ TEST(ReadPnm, HeadersAndSamplesOfEveryForm) {
         {"P6 1 2 255\nabcdefP6 1 1 255\nxyz"s, {'a', 'b', 'c', 'd', 'e', 'f'}, "PPM", 8},
         {"P6 1 1 65535\n\x01\x01\xFF\xFF\x00\x00"s, {1, 255, 0}, "PPM", 16, false},
         {"P6 1 1 65535\n\xFF\xFF\x00\x00\x80\x00"s, {255, 0, 128}, "PPM", 16, true},
-        {Pam(2, 1, 1, "TUPLTYPE BLACKANDWHITE\nENDHDR\n\x01"s + "\0"s),
-         {255, 255, 255, 0, 0, 0},
-         "PAM",
-         1},
-        {Pam(1, 4, 3, "# x\n\nTUPLTYPE RGB_ALPHA \r\nENDHDR\n\x01\x02\x03"s + "\0"s),
-         {85, 170, 255, 0},
-         "PAM",
-         2},
+        {Pam(2, 1, 1, "ENDHDR\n\x01"s + "\0"s), {255, 255, 255, 0, 0, 0}, "PAM", 1},
+        {Pam(1, 4, 3, remarks + "\x01\x02\x03"s + "\0"s), {85, 170, 255, 0}, "PAM", 2},
         {Pam(2, 2, 255, "ENDHDR\nabcd"), {'a', 'a', 'a', 'b', 'c', 'c', 'c', 'd'}, "PAM", 8},
         {Pam(1, 2, 510, "ENDHDR\n\x01\xFE\x00\x02"s), {255, 255, 255, 1}, "PAM", 9, false},
         {Pam(1, 2, 510, "ENDHDR\n\x01\xFE\x00\x03"s), {255, 255, 255, 2}, "PAM", 9, true},

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <random>
 #include <tiffio.h>
 
@@ -26,13 +27,17 @@ struct TiffForm {
     int tileSide = 0; // 0 for strips
     bool separate = false;
     const char* mode = "wl"; // with the byte order, "8" for 64 bits
-    int sampleFormat = SAMPLEFORMAT_UINT;
-    std::vector<std::uint16_t> table = {}; // all reds, then all greens, then all blues
-    std::string comment = {};
-    int orientation = ORIENTATION_TOPLEFT;
-    Bytes profile = {};
     int pictures = 1;
+    std::function<void(TIFF*)> setMore = [](TIFF*) {}; // sets further fields
 };
+
+// All reds, then all greens, then all blues.
+auto SetTable(const std::vector<std::uint16_t>& table) {
+    return [table, colors = table.size() / 3](TIFF* tiff) {
+        TIFFSetField(tiff, TIFFTAG_COLORMAP, table.data(), table.data() + colors,
+                     table.data() + 2 * colors);
+    };
+}
 
 void SetFields(TIFF* tiff, const TiffForm& form) {
     const std::pair<std::uint32_t, int> numbers[] = {
@@ -42,8 +47,6 @@ void SetFields(TIFF* tiff, const TiffForm& form) {
         {TIFFTAG_SAMPLESPERPIXEL, form.samples},
         {TIFFTAG_PHOTOMETRIC, form.photometric},
         {TIFFTAG_COMPRESSION, form.compression},
-        {TIFFTAG_SAMPLEFORMAT, form.sampleFormat},
-        {TIFFTAG_ORIENTATION, form.orientation},
         {TIFFTAG_PLANARCONFIG, form.separate ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG}};
     for (const auto& [tag, value] : numbers) TIFFSetField(tiff, tag, value);
     if (form.tileSide > 0) {
@@ -55,13 +58,7 @@ void SetFields(TIFF* tiff, const TiffForm& form) {
     if (!form.extra.empty())
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, static_cast<int>(form.extra.size()),
                      form.extra.data());
-    if (const std::size_t colors = form.table.size() / 3)
-        TIFFSetField(tiff, TIFFTAG_COLORMAP, form.table.data(), form.table.data() + colors,
-                     form.table.data() + 2 * colors);
-    if (!form.comment.empty()) TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, form.comment.c_str());
-    if (!form.profile.empty())
-        TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(form.profile.size()),
-                     form.profile.data());
+    form.setMore(tiff);
     if (form.photometric == PHOTOMETRIC_YCBCR && form.compression == COMPRESSION_JPEG)
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
 }
@@ -127,6 +124,22 @@ Samples RandomSamples(const TiffForm& form, std::mt19937& random) {
     return samples;
 }
 
+void CheckForm(const TiffForm& form, std::mt19937& random) {
+    const Samples samples = RandomSamples(form, random);
+    Bytes expected;
+    for (const unsigned sample : samples) {
+        const double share = sample / ((1 << form.bits) - 1.0);
+        const double light = form.photometric == PHOTOMETRIC_MINISWHITE ? 1 - share : share;
+        expected.insert(expected.end(), form.samples == 1 ? 3 : 1,
+                        static_cast<std::uint8_t>(std::lround(255 * light)));
+    }
+    Picture picture = PictureFromBytes(MakeTiff(form, samples));
+    ExpandToRGB(picture);
+    EXPECT_EQ(PixelsOf(picture), expected)
+        << "photometric " << form.photometric << ", " << form.bits << " bits, tiles of "
+        << form.tileSide << ", separate " << form.separate << ", mode " << form.mode;
+}
+
 } // namespace
 
 TEST(ReadTiff, EveryFormKeepsItsValues) {
@@ -141,29 +154,17 @@ TEST(ReadTiff, EveryFormKeepsItsValues) {
         for (const int bits : {1, 2, 4, 8, 12, 16})
             for (const int tileSide : {0, 16})
                 for (const bool separate : {false, true})
-                    for (const auto& [mode, compression] : ways) {
-                        TiffForm form = {.columns = 21, .rows = 19, .bits = bits};
-                        form.photometric = photometric;
-                        form.samples = perPixel;
-                        form.compression = compression;
-                        form.tileSide = tileSide;
-                        form.separate = separate;
-                        form.mode = mode;
-                        const Samples samples = RandomSamples(form, random);
-                        Bytes expected;
-                        for (const unsigned sample : samples) {
-                            const double share = sample / ((1 << bits) - 1.0);
-                            const double light =
-                                photometric == PHOTOMETRIC_MINISWHITE ? 1 - share : share;
-                            expected.insert(expected.end(), perPixel == 1 ? 3 : 1,
-                                            static_cast<std::uint8_t>(std::lround(255 * light)));
-                        }
-                        Picture picture = PictureFromBytes(MakeTiff(form, samples));
-                        ExpandToRGB(picture);
-                        EXPECT_EQ(PixelsOf(picture), expected)
-                            << "photometric " << photometric << ", " << bits << " bits, tiles of "
-                            << tileSide << ", separate " << separate << ", mode " << mode;
-                    }
+                    for (const auto& [mode, compression] : ways)
+                        CheckForm({.columns = 21,
+                                   .rows = 19,
+                                   .bits = bits,
+                                   .photometric = photometric,
+                                   .samples = perPixel,
+                                   .compression = compression,
+                                   .tileSide = tileSide,
+                                   .separate = separate,
+                                   .mode = mode},
+                                  random);
 }
 
 TEST(ReadTiff, PaletteKeepsIndicesAndTable) {
@@ -173,8 +174,10 @@ TEST(ReadTiff, PaletteKeepsIndicesAndTable) {
         {{0, 1, 255, 9, 1, 2, 3, 4, 5, 6, 7, 8}, {0, 1, 255, 9}},
         {{0, 0x100, 0xFF00, 0x900, 0, 0, 0, 0, 0, 0, 0, 0}, {0, 1, 255, 9}}};
     for (const auto& [table, reds] : cases) {
-        const TiffForm form = {
-            .columns = 5, .bits = 2, .photometric = PHOTOMETRIC_PALETTE, .table = table};
+        const TiffForm form = {.columns = 5,
+                               .bits = 2,
+                               .photometric = PHOTOMETRIC_PALETTE,
+                               .setMore = SetTable(table)};
         const Picture picture = PictureFromBytes(MakeTiff(form, {3, 0, 2, 2, 1}));
         EXPECT_EQ(PixelsOf(picture), (Bytes{3, 0, 2, 2, 1}));
         EXPECT_EQ(picture.colors, 4);
@@ -241,9 +244,7 @@ TEST(ReadTiff, SubsampledColorsAreTheLibrarysOwn) {
         SetFields(tiff, form);
         TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, form.rows);
         // Without compression: four lights, then the two colors, of each square of pixels.
-        Bytes strip(static_cast<std::size_t>(TIFFStripSize(tiff)));
-        std::mt19937 random(3);
-        for (auto& byte : strip) byte = static_cast<std::uint8_t>(random());
+        Bytes strip = RandomBytes(static_cast<std::size_t>(TIFFStripSize(tiff)), 3);
         TIFFWriteEncodedStrip(tiff, 0, strip.data(), static_cast<tmsize_t>(strip.size()));
         TIFFClose(tiff);
 
@@ -261,10 +262,14 @@ TEST(ReadTiff, SubsampledColorsAreTheLibrarysOwn) {
 
 TEST(ReadTiff, FieldsBecomeNotes) {
     TiffForm form = {.columns = 2, .bits = 16, .photometric = PHOTOMETRIC_RGB, .samples = 3};
-    form.comment = "d\xE9j\xC3\xA0";
-    form.orientation = ORIENTATION_TOPRIGHT;
-    form.profile = MakeRgbProfile(1.0, Primaries::redAndGreenSwapped);
     form.pictures = 3;
+    form.setMore = [](TIFF* tiff) {
+        const Bytes profile = MakeRgbProfile(1.0, Primaries::redAndGreenSwapped);
+        TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
+                     profile.data());
+        TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, "d\xE9j\xC3\xA0");
+        TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPRIGHT);
+    };
     const Picture picture = PictureFromBytes(MakeTiff(form, {65535, 0, 0, 257, 514, 0x8000}));
     EXPECT_EQ(picture.comment, "d\xC3\xA9j\xC3\x83\xC2\xA0"); // no UTF-8, so Latin-1
     EXPECT_EQ(picture.notes.format, "TIFF");
@@ -295,9 +300,9 @@ TEST(ReadTiff, RefusalsSayWhy) {
         {{.columns = 32768}, "is 32768 x 1 pixels; sides above 32767 cannot be stored"},
         {{.bits = 16,
           .photometric = PHOTOMETRIC_PALETTE,
-          .table = std::vector<std::uint16_t>(3 << 16)},
+          .setMore = SetTable(std::vector<std::uint16_t>(3 << 16))},
          "is a TIFF picture with samples of 16 bits, not 1 to 8"},
-        {{.bits = 16, .sampleFormat = SAMPLEFORMAT_INT},
+        {{.setMore = [](TIFF* t) { TIFFSetField(t, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_INT); }},
          "is a TIFF picture of signed or floating-point samples; unsigned ones are expected"},
         {{.photometric = PHOTOMETRIC_CIELAB, .samples = 3},
          "is a TIFF picture of photometric interpretation 8 and 3 samples a pixel; grey, palette, "
