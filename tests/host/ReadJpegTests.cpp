@@ -29,7 +29,7 @@ struct JpegForm {
     Bytes exif = {};    // empty for none
 };
 
-constexpr JpegForm kGrey = {.samples = 1, .given = JCS_GRAYSCALE, .stored = JCS_GRAYSCALE};
+const JpegForm kGrey = {.samples = 1, .given = JCS_GRAYSCALE, .stored = JCS_GRAYSCALE};
 
 void WriteMarker(jpeg_compress_struct& writer, int marker, const Bytes& content) {
     jpeg_write_marker(&writer, marker, content.data(), static_cast<unsigned>(content.size()));
