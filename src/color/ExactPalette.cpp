@@ -57,8 +57,8 @@ class SeenColors {
     // answer; the plain way is to search the table for every pixel.
     bool HaveGroup(const std::uint8_t* pixels) const {
         std::uint32_t differences = 0;
-        for (int i = 0; i < kGroup - 1; ++i)
-            differences |= Difference(LoadFourBytes(pixels + 3 * i) & 0xFFFFFF);
+        for (int offset = 0; offset < kGroupBytes - 3; offset += 3)
+            differences |= Difference(LoadFourBytes(pixels + offset) & 0xFFFFFF);
         // The four bytes of the last one begin a byte early, to stay inside of the group.
         return (differences | Difference(LoadFourBytes(pixels + kGroupBytes - 4) >> 8)) == 0;
     }
