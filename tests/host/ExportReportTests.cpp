@@ -73,31 +73,36 @@ TEST(ExportReport, CountsEachKindOfLoss) {
               "transparent pixel became visible");
 }
 
-TEST(ExportReport, AgreesWithCountingAgain) {
+class CountedAgain : public testing::TestWithParam<Picture::Kind> {};
+INSTANTIATE_TEST_SUITE_P(PicturesOf, CountedAgain,
+                         testing::Values(Picture::Kind::rgb, Picture::Kind::rgbAlpha));
+
+TEST_P(CountedAgain, TheReportAgrees) {
     std::mt19937 random(11);
     constexpr int kSide = 40, kPixels = kSide * kSide;
+    const bool hasAlpha = GetParam() == Picture::Kind::rgbAlpha;
     DecodedGif gif;
     gif.rows = gif.columns = kSide;
     gif.colors = 256;
-    gif.transparentIndex = 77;
+    gif.transparentIndex = hasAlpha ? 77 : -1;
     gif.table = RandomTable(256, 11);
     gif.indices = std::make_unique<std::uint8_t[]>(kPixels);
-    Picture picture = MakePicture(Picture::Kind::rgbAlpha, kSide, kSide);
+    Picture picture = MakePicture(GetParam(), kSide, kSide);
     std::set<std::uint32_t> colors;
     std::set<int> levels;
     std::int64_t changed = 0;
     std::vector<int> errors;
-    for (int n = 0; n < kPixels; ++n) {
+    std::uint8_t* pixel = picture.pixels.get();
+    for (std::size_t n = 0; n < kPixels; ++n) {
         const auto index = static_cast<std::uint8_t>(random());
-        gif.indices[static_cast<std::size_t>(n)] = index;
-        std::uint8_t* const pixel = picture.pixels.get() + n * 4;
+        gif.indices[n] = index;
         const RGBtuple is = TableEntry(gif.table, index);
         const int off = static_cast<int>(random() % 3) - 1; // now and then the very colour
         pixel[0] = static_cast<std::uint8_t>(is.red + off);
         pixel[1] = is.green;
         pixel[2] = is.blue;
-        pixel[3] = random() % 4 == 0 ? static_cast<std::uint8_t>(random()) : 255;
-        const int opacity = pixel[3];
+        if (hasAlpha) pixel[3] = random() % 4 == 0 ? static_cast<std::uint8_t>(random()) : 255;
+        const int opacity = hasAlpha ? pixel[3] : 255;
         const bool hidden = index == gif.transparentIndex;
         if (opacity > 0) colors.insert(PackRGB(pixel[0], pixel[1], pixel[2]));
         if (opacity > 0 && opacity < 255) levels.insert(opacity);
@@ -107,6 +112,7 @@ TEST(ExportReport, AgreesWithCountingAgain) {
         } else {
             changed += !(opacity == 0 && hidden);
         }
+        pixel += hasAlpha ? 4 : 3;
     }
     const ExportReport report = MakeReport(picture, gif);
     EXPECT_EQ(report.changedPixels, changed);
