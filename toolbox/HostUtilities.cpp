@@ -1,17 +1,15 @@
 #include "HostUtilities.h"
 
-#include "BigEndian.h"
+#include "DialogResources.h"
 #include "EventSource.h"
 #include "FileManager.h"
 #include "HostDialogs.h"
-#include "ResourceManager.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
 #include <optional>
-#include <span>
 #include <utility>
 
 // When an error is latched the stream is left without room, so that only the slow path asks for it.
@@ -48,46 +46,6 @@ NoticeResponder& Responder() {
 bool IsComplete(const HostHandleProcs& procs) {
     return procs.version >= kHandleProcsVersion && procs.count >= kHandleProcsCount &&
            procs.newHandle && procs.disposeHandle && procs.getHandleSize && procs.setHandleSize;
-}
-
-using Bytes = std::span<const std::uint8_t>;
-
-std::optional<Bytes> ResourceBytes(OSType type, std::int16_t id) {
-    const Handle resource = GetResource(type, id);
-    if (!resource) return std::nullopt;
-    return Bytes(*resource, static_cast<std::size_t>(GetHandleSize(resource)));
-}
-
-// The id of a dialog's item list stands behind its bounds (8), procID (2), visible and goAway
-// with a filler byte each (4), and refCon (4).
-std::optional<std::int16_t> ItemListOf(Bytes dialog) {
-    constexpr std::size_t kItemsIDOffset = 18;
-    if (dialog.size() < kItemsIDOffset + 2) return std::nullopt;
-    return GetBE<std::int16_t>(&dialog[kItemsIDOffset]);
-}
-
-// Texts of the static items of an item list; nothing when the list makes no sense.
-std::optional<std::vector<std::string>> StaticTexts(Bytes list) {
-    constexpr std::size_t kTypeOffset = 12; // behind a placeholder (4) and the bounds (8)
-    constexpr std::size_t kDataOffset = 14; // behind the type and the length of the data
-    constexpr int kTypeMask = 0x7F;         // without the bit of disabled items
-    constexpr int kStaticText = 8;
-    if (list.size() < 2) return std::nullopt;
-    const int count = GetBE<std::int16_t>(list.data()) + 1;
-    if (count < 0) return std::nullopt;
-    list = list.subspan(2);
-    std::vector<std::string> texts;
-    for (int item = 0; item < count; ++item) {
-        if (list.size() < kDataOffset) return std::nullopt;
-        const std::size_t length = list[kDataOffset - 1];
-        if (list.size() < kDataOffset + length) return std::nullopt;
-        const Bytes data = list.subspan(kDataOffset, length);
-        if ((list[kTypeOffset] & kTypeMask) == kStaticText)
-            texts.emplace_back(data.begin(), data.end());
-        // Items start at even offsets; after the last one the padding may be missing.
-        list = list.subspan(std::min(kDataOffset + length + (length & 1), list.size()));
-    }
-    return texts;
 }
 
 void LatchError(FastStream& stream, OSErr error) {
@@ -144,13 +102,13 @@ NoticeResponder* SetNoticeResponder(NoticeResponder* responder) {
 
 void ShowAbout(std::int16_t dialogID) {
     if (!theResponder && CurrentEventSource()) return ShowNoticeDialog(dialogID);
-    const auto dialog = ResourceBytes(FourCC("DLOG"), dialogID);
-    if (!dialog) return;
-    const auto listID = ItemListOf(*dialog);
-    if (!listID) return;
-    const auto list = ResourceBytes(FourCC("DITL"), *listID);
-    if (!list) return;
-    if (const auto texts = StaticTexts(*list)) Responder().About(*texts);
+    const auto dialog = ReadDialogTemplate(dialogID);
+    const auto items = dialog ? ReadItemList(dialog->itemList) : std::nullopt;
+    if (!items) return;
+    std::vector<std::string> texts;
+    for (const ItemTemplate& item : *items)
+        if ((item.kind & ~kItemDisabled) == kStaticTextItem) texts.push_back(item.text);
+    Responder().About(texts);
 }
 
 FastStream* FastOpen(std::int16_t refNum, std::int16_t mode) {

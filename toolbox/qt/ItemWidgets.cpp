@@ -70,7 +70,7 @@ void ShowMenu(const DialogItem& item, QWidget* widget) {
             popUp->addItem(QString::fromStdString(entry.text));
             qobject_cast<QStandardItemModel*>(popUp->model())
                 ->item(index)
-                ->setEnabled(entry.enabled);
+                ->setEnabled((*item.menu)->CanChoose(static_cast<short>(index + 1)));
         }
     }
     ShowValue(item, widget);
