@@ -179,7 +179,7 @@ TEST(IndexedPreview, ScalesBlocksOfAnySize) {
 
 TEST(IndexedItems, SmallTextsStandAboutTheMiddleOfTheirItems) {
     RecordingSurface recorder; // ascent 10, descent 4, leading 2
-    DialogUser user({});
+    ScriptedUser user({});
     user.DrawOn(&recorder);
     IndexedDialogGlobals g;
     g.numColors = 200;

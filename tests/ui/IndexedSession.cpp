@@ -180,7 +180,7 @@ Look IndexedSession::UseOtherStride() {
     return [this](DialogPtr) { extraRowBytes = kChannelPadding; };
 }
 
-short IndexedSession::Run(DialogUser& user) {
+short IndexedSession::Run(ScriptedUser& user) {
     user.DrawOn(&surface);
     const short code = user.Export(&record);
     file = user.Output();
@@ -214,7 +214,7 @@ OSErr IndexedSession::GetProperty(OSType signature, OSType key, std::int32_t ind
 namespace {
 
 Point InItem(short item, int v, int h) {
-    const DialogUser user({}); // for the resources
+    const ScriptedUser user({}); // for the resources
     const DialogPtr dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr);
     const Rect rect = dialog->Item(item)->rect;
     DisposeDialog(dialog);

@@ -2,11 +2,11 @@
 // to, worked out the plain way.
 #pragma once
 
-#include "DialogUser.h"
 #include "GiflibDecode.h"
 #include "IndexedDialog.h"
 #include "PixelSurface.h"
 #include "ScriptedHost.h"
+#include "ScriptedUser.h"
 
 #include <gtest/gtest.h>
 
@@ -56,7 +56,7 @@ class IndexedSession : public ScriptedHost {
     explicit IndexedSession(const IndexedPicture& picture);
 
     /// Takes the steps and then presses OK; the code of the export.
-    template <class User = DialogUser> short Play(const Steps& steps) {
+    template <class User = ScriptedUser> short Play(const Steps& steps) {
         User user(Steps{UseOtherStride()} + steps);
         return Run(user);
     }
@@ -71,7 +71,7 @@ class IndexedSession : public ScriptedHost {
   private:
     static OSErr GetProperty(OSType signature, OSType key, std::int32_t index, Handle* value);
     Look UseOtherStride();
-    short Run(DialogUser& user);
+    short Run(ScriptedUser& user);
 
     HostPropertyProcs properties;
     AddressKey propertyKey;

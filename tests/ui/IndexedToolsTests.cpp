@@ -164,9 +164,9 @@ TEST(IndexedTools, FollowPressesKeysAndDoubleClicksOnTheirButtons) {
 }
 
 /// Lets go of the option key together with the button.
-class HurriedUser : public DialogUser {
+class HurriedUser : public ScriptedUser {
   public:
-    using DialogUser::DialogUser;
+    using ScriptedUser::ScriptedUser;
     void ReadKeys(KeyMap keys) override {
         std::fill(keys, keys + 16, std::uint8_t{0});
         if (ButtonDown()) keys[kKeyOption >> 3] = 1 << (kKeyOption & 7);
@@ -187,7 +187,7 @@ TEST(IndexedTools, CountADoubleClickAcrossTwoDialogs) {
     const Look look = [](DialogPtr dialog) { EXPECT_EQ(Describe(dialog), "1:1, zoom in"); };
     IndexedSession session(MakePicture(500, 600, {4}, 8, 0, kSeed));
     const Act cancel = PressKey(kKeyEscape);
-    DialogUser user({kPause, kZoom, cancel, enlarge, kZoom, look, cancel});
+    ScriptedUser user({kPause, kZoom, cancel, enlarge, kZoom, look, cancel});
     for (int dialog = 0; dialog < 2; ++dialog)
         EXPECT_EQ(user.Export(&session.record), userCanceledErr);
 }

@@ -364,7 +364,7 @@ TEST(RGBOptions, TheItemColorsAreChangedOnlyWhileTheDialogIsOpen) {
     for (const int planes : {3, 4}) {
         RGBContext run(kRows, kColumns, planes, Pixels(kMany, planes));
         std::uint32_t open = 1;
-        const DialogUser user({Look([&](DialogPtr) { open = labelStyle(); })});
+        const ScriptedUser user({Look([&](DialogPtr) { open = labelStyle(); })});
         EXPECT_EQ(run.context.GetRGB24Parameters(&run.exact, &run.supplied), noErr);
         EXPECT_EQ(open, planes == 3 ? 0x00080040u : 0u);
         EXPECT_EQ(labelStyle(), 0u);

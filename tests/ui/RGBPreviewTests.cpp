@@ -102,7 +102,7 @@ TEST(RGBPreview, FitsItsSmallestScaleAndItsPartToTheImage) {
 void ShowPreview(int rows, int columns, PixelSurface* surface, Steps steps) {
     RGBContext run(rows, columns, 3, RandomPixels(PictureKind::photo, rows, columns, 3, 5));
     run.context.numColors = 64;
-    DialogUser user(std::move(steps));
+    ScriptedUser user(std::move(steps));
     user.DrawOn(surface);
     EXPECT_EQ(run.context.DoPreview(0, 0), noErr);
 }
@@ -229,7 +229,7 @@ TEST(RGBPreview, ThePaletteShowsItsColorsAndTheTransparentOne) {
         EXPECT_NE(at(10, 10), PixelSurface::kBlack);
         EXPECT_EQ(at(21, 4), PixelSurface::kBlack) << "the cross of an unused cell";
     };
-    DialogUser user({Idle(4), look});
+    ScriptedUser user({Idle(4), look});
     user.DrawOn(&surface);
     EXPECT_EQ(run.context.DoPreview(0, 0), noErr);
 }

@@ -19,7 +19,7 @@ RGBContext::RGBContext(int pictureRows, int pictureColumns, int picturePlanes,
 }
 
 short RGBContext::Ask(Steps steps) {
-    const DialogUser user(std::move(steps));
+    const ScriptedUser user(std::move(steps));
     const short code = context.GetRGB24Parameters(&exact, &supplied);
     alerts = user.Alerts();
     return code;
@@ -42,7 +42,7 @@ std::string RGBContext::Write() {
 std::string ExportWith(int rows, int columns, int planes, std::vector<std::uint8_t> pixels,
                        Steps steps) {
     ScriptedHost host(rows, columns, planes, std::move(pixels));
-    DialogUser user(std::move(steps));
+    ScriptedUser user(std::move(steps));
     EXPECT_EQ(user.Export(&host.record), noErr);
     return user.Output();
 }

@@ -1,10 +1,10 @@
 // RGB exports that are asked for their options, and what these should come to.
 #pragma once
 
-#include "DialogUser.h"
 #include "GIF89Export.h"
 #include "RGBDialogItems.h"
 #include "ScriptedHost.h"
+#include "ScriptedUser.h"
 
 /// An RGB export that has its buffers and has counted the colours, as it is when the options are
 /// asked for.

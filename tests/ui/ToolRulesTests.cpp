@@ -1,10 +1,10 @@
 // Which tool the buttons and keys stand for, cursors, double clicks, and the scale's digits.
 #include "ToolRules.h"
 
-#include "DialogUser.h"
 #include "IndexedDialog.h"
 #include "IndexedFilter.h"
 #include "PreviewTools.h"
+#include "ScriptedUser.h"
 
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ TEST(DoubleClick, NeedsTheSameItemSoonAfterTheLastPressWasHandled) {
 }
 
 TEST(ZoomText, PadsTheScaleOfSingleDigits) {
-    const DialogUser user({}); // for the resources
+    const ScriptedUser user({}); // for the resources
     const DialogPtr dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr);
     const struct {
         std::int32_t enlarge, shrink;

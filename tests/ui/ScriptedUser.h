@@ -22,13 +22,13 @@ Steps Holding(const std::vector<short>& keys, const Steps& steps);
 
 /// Takes steps in windows and file dialogs as long as it lives, and then presses the first button
 /// of every dialog. Opens the module's resources and saves into a folder of its own.
-class DialogUser : public ScriptSource {
+class ScriptedUser : public ScriptSource {
   public:
-    explicit DialogUser(Steps steps);
-    DialogUser(const DialogUser&) = delete;
-    DialogUser& operator=(const DialogUser&) = delete;
+    explicit ScriptedUser(Steps steps);
+    ScriptedUser(const ScriptedUser&) = delete;
+    ScriptedUser& operator=(const ScriptedUser&) = delete;
     /// Expects that every step was taken.
-    ~DialogUser() override;
+    ~ScriptedUser() override;
 
     /// A whole export through the module's entry; its first code that is not 0.
     short Export(ExportRecord* record);

@@ -1,4 +1,4 @@
-#include "DialogUser.h"
+#include "ScriptedUser.h"
 
 #include "FileManager.h"
 #include "GIF89Export.h"
@@ -19,14 +19,14 @@ Steps Holding(const std::vector<short>& keys, const Steps& steps) {
     return all;
 }
 
-DialogUser::DialogUser(Steps theSteps)
+ScriptedUser::ScriptedUser(Steps theSteps)
     : ScriptSource([this](DialogPtr dialog) { return NextAct(dialog); }),
       steps(std::move(theSteps)), outerSource(SetEventSource(this)),
       outerResponder(SetStandardFileResponder(this)), resources(OpenResFile(MODULE_RESOURCES)) {
     EXPECT_GT(resources, 0);
 }
 
-DialogUser::~DialogUser() {
+ScriptedUser::~ScriptedUser() {
     EXPECT_EQ(Failure(), "");
     EXPECT_EQ(taken, steps.size()) << "not every step was taken";
     SetEventSource(outerSource);
@@ -34,7 +34,7 @@ DialogUser::~DialogUser() {
     CloseResFile(resources);
 }
 
-Act DialogUser::NextAct(DialogPtr dialog) {
+Act ScriptedUser::NextAct(DialogPtr dialog) {
     while (taken < steps.size()) {
         const UserStep& step = steps[taken++];
         if (const Act* const act = std::get_if<Act>(&step)) return *act;
@@ -44,7 +44,7 @@ Act DialogUser::NextAct(DialogPtr dialog) {
     return ++endings <= kMostEndings ? PressItem(1) : FailScript("The dialogs do not end.");
 }
 
-short DialogUser::Export(ExportRecord* record) {
+short ScriptedUser::Export(ExportRecord* record) {
     std::intptr_t data = 0;
     short result = noErr;
     for (const short selector : {kSelectorPrepare, kSelectorStart, kSelectorFinish})
@@ -52,7 +52,7 @@ short DialogUser::Export(ExportRecord* record) {
     return result;
 }
 
-void DialogUser::PutFile(ConstStr255Param, ConstStr255Param, StandardFileReply* reply) {
+void ScriptedUser::PutFile(ConstStr255Param, ConstStr255Param, StandardFileReply* reply) {
     EXPECT_EQ(PathToFSSpec(folder.Path("out.gif"), &reply->sfFile), noErr);
     reply->sfGood = 1;
 }
