@@ -113,7 +113,7 @@ TEST(WriteGIF89, WritesWhatThePlainWriterWritesAtEveryLength) {
             ASSERT_EQ(FirstDifference(WriteToBytes(image), PlainGif(image)), "")
                 << colors << " colours, " << pixels << " pixels";
         }
-    for (const std::size_t length : {0, 255, 256}) {
+    for (const std::size_t length : {0U, 255U, 256U}) {
         PlainImage image = TinyImage(1, 1, {0}, 2);
         image.comment = std::string(length, '\xE9');
         EXPECT_EQ(FirstDifference(WriteToBytes(image), PlainGif(image)), "")

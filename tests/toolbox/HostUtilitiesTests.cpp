@@ -40,8 +40,8 @@ TEST(Streams, WriteExactlyWhatWasPutInFullBuffers) {
     const TemporaryFolder folder;
     std::mt19937 random(20240229);
     const long blocks = LiveMemoryBlocks();
-    for (const std::size_t total : {0, 65535, 65536, 65537, 300000})
-        for (const std::size_t step : {1, 255, 70000}) {
+    for (const std::size_t total : {0U, 65535U, 65536U, 65537U, 300000U})
+        for (const std::size_t step : {1U, 255U, 70000U}) {
             SCOPED_TRACE(testing::Message() << total << " bytes in steps of " << step);
             std::string bytes(total, 0);
             for (char& byte : bytes) byte = static_cast<char>(random());
