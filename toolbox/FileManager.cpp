@@ -65,7 +65,7 @@ OSErr FindName(std::int32_t folder, ConstStr255Param shortName, FileName* found)
     return found->name.empty() ? OSErr{bdNamErr} : OSErr{noErr};
 }
 
-// No folder lies on this volume: the directory id of a spec is an open descriptor there.
+// No folder lies on this volume: the directory id of an FSSpec is an open descriptor there.
 constexpr std::int16_t kDescriptorVolume = -1;
 
 bool NamesDescriptor(const FSSpec* spec) {

@@ -32,7 +32,7 @@ OSErr FSSpecToPath(const FSSpec* spec, std::string* path);
 /// Makes an FSSpec for a file that the caller has open for writing and that need not have a name.
 /// The calls below then work on that file: creating finds it there, empty and free to take;
 /// deleting empties it; opening starts at its first byte. The descriptor stays the caller's and
-/// must be open as long as the spec is used; the spec has no path and describes no catalogue entry.
+/// must be open as long as the FSSpec is used, which has no path and no catalogue entry.
 FSSpec DescriptorToFSSpec(int descriptor);
 
 /// Creates an empty file and records its type and creator in an extended attribute where the file

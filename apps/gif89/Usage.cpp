@@ -115,7 +115,7 @@ std::string Quoted(std::string_view text, const char* quote) {
     return quoted + "'";
 }
 
-// Brackets and colons mean something in a zsh specification.
+// Brackets and colons mean something where zsh describes an option.
 std::string ZshText(std::string_view text) {
     std::string escaped;
     for (const char c : text) {

@@ -20,6 +20,6 @@ bool LoadFixedPalette(GIF89RGBExport* context);
 
 /// The id of the folder that a file lies in. 0, or the File Manager's error.
 OSErr ResolveDirID(const FSSpec* file, std::int32_t* folder);
-/// Fills spec, type and Finder flags for a name in a folder. 0, or the File Manager's error.
+/// Fills FSSpec, type and Finder flags for a name in a folder. 0, or the File Manager's error.
 OSErr GetCatInfo(std::int16_t volume, std::int32_t folder, ConstStr255Param name, FSSpec* file,
                  OSType* type, std::uint16_t* flags);
