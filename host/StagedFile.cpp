@@ -75,6 +75,23 @@ std::string FollowLinks(const std::string& path) {
     return end;
 }
 
+// Holds back the signals of this thread while it exists. One that came meanwhile acts at its end;
+// only SIGKILL and SIGSTOP do not wait.
+class SignalsWait {
+  public:
+    SignalsWait() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+    }
+    SignalsWait(const SignalsWait&) = delete;
+    SignalsWait& operator=(const SignalsWait&) = delete;
+    ~SignalsWait() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+
+  private:
+    sigset_t before;
+};
+
 // The way to a file without a name, where the system shows descriptors as paths.
 std::string PathOfDescriptor(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
@@ -144,9 +161,11 @@ void StagedFile::Commit() {
 }
 
 // A file without a name can take a free place at once but not another's; it needs a name of its
-// own for a moment. The content is not forced to the disk first: that takes longer than most
-// exports, and the usual file systems do it for a file that is renamed over another.
+// own for a moment, in which no signal may end the process. The content is not forced to the disk
+// first: that takes longer than most exports, and the usual file systems do it for a file that is
+// renamed over another.
 void StagedFile::Replace() {
+    const SignalsWait untilReplaced;
     if (stagingName.empty()) {
         TakeStagingName();
         if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(),

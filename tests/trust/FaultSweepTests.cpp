@@ -3,13 +3,17 @@
 #include "ExportWays.h"
 #include "FaultInjection.h"
 #include "MemoryManager.h"
+#include "StagedFile.h"
+#include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -17,9 +21,9 @@
 
 namespace {
 
-// The last steps of saving are the system's own. They are counted and failed here, in the place of
-// the library's functions.
-int commitSteps = 0, failingCommitStep = 0;
+// The last steps of saving are the system's own. They are counted, failed and disturbed here, in
+// the place of the library's functions.
+int commitSteps = 0, failingCommitStep = 0, signalAtRename = 0;
 
 bool CommitStepFails() {
     errno = EIO;
@@ -35,6 +39,7 @@ extern "C" int linkat(int oldFolder, const char* oldName, int newFolder, const c
 }
 extern "C" int renameat2(int oldFolder, const char* oldName, int newFolder, const char* newName,
                          unsigned flags) noexcept {
+    if (signalAtRename) raise(signalAtRename);
     if (CommitStepFails()) return -1;
     return static_cast<int>(syscall(SYS_renameat2, oldFolder, oldName, newFolder, newName, flags));
 }
@@ -192,6 +197,27 @@ TEST_P(FaultSweep, OfCommits) {
                        [] { return commitSteps; }};
     Sweep(over, order, step, {{kNotCommitted, 2}}); // a name, and the old file's place
     Sweep(fresh, order, step, {{kNotCommitted, 1}});
+}
+
+// A replacement takes two steps; between them the new file lies beside the old one.
+TEST(Commit, IsNotCutInTwoByASignal) {
+    const TemporaryFolder folder;
+    const std::string target = folder.Write("picture.gif", "old");
+    for (const int signal : {SIGALRM, SIGTERM}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            StagedFile file(target, Existing::replace);
+            if (write(file.FileDescriptor(), "new", 3) != 3) _exit(1);
+            signalAtRename = signal;
+            file.Commit();
+            _exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << "signal " << signal;
+        EXPECT_EQ(folder.Names(), std::vector<std::string>{"picture.gif"});
+        EXPECT_EQ(folder.Read("picture.gif"), "new");
+    }
 }
 
 TEST_P(FaultSweep, OfTheHost) {
