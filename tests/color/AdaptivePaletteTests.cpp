@@ -70,40 +70,6 @@ Colors PaletteOf(Counts counts, int colors) {
     return TableColors(table);
 }
 
-TEST(MakeAdaptivePalette, GivesTheseColors) {
-    constexpr std::uint32_t kWhite = 0x1F1F1F;
-    const struct {
-        const char* name;
-        int colors;
-        std::vector<std::pair<std::uint32_t, std::uint32_t>> cells; // red, green, blue; pixels
-        Colors boxes;                                               // between white and black
-    } cases[] = {
-        {"no pixels", 16, {}, {}},
-        {"black and white do not weigh", 3, {{0, 5}, {0x0A0A0A, 1}, {kWhite, 5}}, {0x525252}},
-        {"two colours leave no box", 2, {{0x190C06, 9}}, {}},
-        {"half of an odd count", 3, {{0x040404, 1}, {0x060404, 1}, {0x080404, 1}}, {0x312121}},
-        // Cut along red: 4 8 0 and 4 4 0 stay together. Sorted by hue.
-        {"red before green",
-         4,
-         {{0x040800, 1}, {0x080400, 1}, {0x040400, 3}},
-         {0x422100, 0x212100}},
-        // Both halves of the first cut have a span of 4; only the earlier is cut again.
-        {"the earlier box first",
-         5,
-         {{0x040404, 9}, {0x040804, 1}, {0x140404, 9}, {0x140804, 1}},
-         {0x212121, 0xA52121, 0x214221}},
-    };
-    for (const auto& c : cases) {
-        Counts counts(32768);
-        for (const auto& [cell, pixels] : c.cells)
-            counts[(cell >> 16) * 1024 + (cell >> 8 & 31) * 32 + (cell & 31)] = pixels;
-        Colors wanted = {0xFFFFFF};
-        wanted.insert(wanted.end(), c.boxes.begin(), c.boxes.end());
-        wanted.resize(256, 0);
-        EXPECT_EQ(PaletteOf(counts, c.colors), wanted) << c.name;
-    }
-}
-
 TEST(MakeAdaptivePalette, AgreesWithThePlainCut) {
     for (std::uint32_t seed = 1; seed <= 60; ++seed) {
         std::mt19937 random(seed);

@@ -80,15 +80,6 @@ RGBLookUpTable BlackAndWhite() {
     return table;
 }
 
-TEST(DiffuseColor, TurnsEverySecondRow) {
-    // The first 100 in the scan becomes black and lifts the second to 100 + 37 - 9, just white.
-    for (const int row : {0, 1, 2, 3, 4, 32766}) {
-        Pass pass(BlackAndWhite(), 2, 2, 3);
-        const Bytes wanted = row / 2 % 2 == 0 ? Bytes{0, 1} : Bytes{1, 0};
-        EXPECT_EQ(pass.Rows(Bytes(6, 100), row), pass.Padded(wanted)) << "row " << row;
-    }
-}
-
 // Levels that drive errors as far as they go; opacity is mixed.
 Bytes ExtremePixels(int rows, int columns, int planes, std::mt19937& random) {
     const auto pattern = random() % 4;

@@ -1,4 +1,4 @@
-// The inverse colour map: nearest entries, and the entries that win ties.
+// The inverse colour map: nearest entries, and which of them wins a tie.
 #include "DiffuseColor.h"
 
 #include "PlainInverseMap.h"
@@ -18,33 +18,6 @@ std::pair<Bytes, Bytes> InverseAndDistance(const RGBLookUpTable& table, int colo
     BuildInverse(&table, inverse.data() + 1, distance.data() + 1, static_cast<short>(colors));
     EXPECT_EQ(inverse[0] & distance[0], 0xEE);
     return {{inverse.begin() + 1, inverse.end()}, {distance.begin() + 1, distance.end()}};
-}
-
-TEST(BuildInverse, GivesTheseIndices) {
-    // Eight times cells such as 0x040505, which is red 4, green 5, blue 5.
-    const auto at = [](PackedColor cell) { return cell * 8; };
-    const struct {
-        const char* name;
-        std::vector<PackedColor> entries; // all 256 entries repeat the last one
-        int colors;
-        PackedColor color;
-        int index;
-    } cases[] = {
-        {"the lowest of a shared cell", {at(0x090909), 0x080808, 0x0F0F0F}, 3, 0x080808, 1},
-        {"unused entries show as the last used", {0xFFFFFF, 0x808080, 0}, 2, 0, 1},
-        {"unused entries in a used cell do not", {0xFFFFFF, 0, 0x808080, 0}, 3, 0, 1},
-        {"along green: forward comes first", {at(0x000200), 0}, 2, at(0x000100), 1},
-        {"green before red", {at(0x050405), at(0x040505)}, 2, at(0x050505), 0},
-        {"red before blue", {at(0x050504), at(0x040505)}, 2, at(0x050505), 1},
-    };
-    for (const auto& c : cases) {
-        RGBLookUpTable table = {};
-        for (std::size_t i = 0; i < 256; ++i)
-            SetTableEntry(table, static_cast<int>(i),
-                          UnpackColor(c.entries[std::min(i, c.entries.size() - 1)]));
-        const auto cell = (c.color >> 19) * 1024 + (c.color >> 11 & 31) * 32 + (c.color >> 3 & 31);
-        EXPECT_EQ(InverseAndDistance(table, c.colors).first[cell], c.index) << c.name;
-    }
 }
 
 TEST(BuildInverse, AgreesWithPlainSweepsAndWithEveryDistance) {

@@ -99,22 +99,6 @@ TEST(ExportRun, WritesTheBytesOfAPlainExport) {
     }
 }
 
-TEST(ExportRun, KeepsEveryColorUpToTheExactLimit) {
-    // Colours that are neither black nor white, each alone in its cell of the colour cube.
-    for (const int planes : {3, 4})
-        for (const int colors : {253, 254, 255}) {
-            SCOPED_TRACE(testing::Message() << colors << " colours, " << planes << " planes");
-            Subject subject = {1, colors, planes, {}};
-            for (int i = 0; i < colors; ++i) {
-                const auto red = static_cast<std::uint8_t>(i % 16 * 16 + 3),
-                           green = static_cast<std::uint8_t>(i / 16 * 16 + 5);
-                subject.pixels.insert(subject.pixels.end(), {red, green, 77});
-                if (planes == 4) subject.pixels.push_back(255);
-            }
-            ExpectPlainExport(subject);
-        }
-}
-
 TEST(ExportRun, RowsBetweenBandsAreNeverAskedForAndHoldIndexZero) {
     for (const int planes : {3, 4}) {
         Subject subject = MakeSubject(PictureKind::noise, 30, 20, planes, 9);

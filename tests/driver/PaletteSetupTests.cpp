@@ -32,14 +32,6 @@ TEST(FindMatchingIndex, TakesTheNearestAndOfEqualsTheLowest) {
     }
 }
 
-TEST(TrimTopBlacks, DropsBlackEntriesAboveTheFloorOnly) {
-    RGBLookUpTable table = {};
-    SetTableEntry(table, 55, {0, 0, 0, 1});
-    const int cases[][3] = {{256, 40, 56}, {256, 70, 71}, {55, 40, 41}, {256, 255, 256}};
-    for (const auto& [count, floor, expected] : cases)
-        EXPECT_EQ(TrimTopBlacks(&table, count, floor), expected) << count << ", " << floor;
-}
-
 // A context ready for SetupPalette on a photo, without the calls before it.
 struct PaletteCase {
     explicit PaletteCase(int planes)

@@ -22,11 +22,8 @@ class GifFile {
         EXPECT_EQ(PathToFSSpec(path, &spec), noErr);
     }
     short Write(const PlainImage& image) {
-        return WriteRows(image, image.indices.data(), image.columns);
-    }
-    short WriteRows(const PlainImage& image, const std::uint8_t* pixels, int rowBytes) {
         const Point size = {static_cast<short>(image.rows), static_cast<short>(image.columns)};
-        return WriteGIF89(&spec, &size, pixels, rowBytes, image.interlaced,
+        return WriteGIF89(&spec, &size, image.indices.data(), image.columns, image.interlaced,
                           static_cast<short>(image.transparentIndex), &image.table,
                           static_cast<short>(image.colors),
                           image.comment ? image.comment->c_str() : nullptr);
@@ -85,21 +82,6 @@ TEST(WriteGIF89, WritesTwoPixelsWithCommentAndTransparentIndex) {
         0x21, 0xF9, 4,    1,    0,   0,    2,  0,               // graphic control
         0x2C, 0,    0,    0,    0,   2,    0,  1,  0,  0,       // descriptor
         2,    2,    0x1C, 0x0A, 0,   0x3B,                      // codes 4 3 0 5, three bits each
-    };
-    EXPECT_EQ(WriteToBytes(image), expected);
-}
-
-TEST(WriteGIF89, WritesInterlacedRowsInFourPasses) {
-    PlainImage image = TinyImage(5, 1, {0, 1, 2, 3, 0}, 4);
-    image.interlaced = true;
-    // Rows 0 4 2 1 3 hold 0 0 2 1 3. Code 8 is assigned after the 2, so that the rest has four
-    // bits: 4 0 0 2 in three, 1 3 5 in four.
-    const ByteVector expected = {
-        'G',  'I', 'F',  '8',  '9',  'a', 1,    0,  5,  0,            // signature, 1 x 5
-        0x91, 255, 0,                                                 // table of 4
-        1,    2,   3,    17,   18,   19,  33,   34, 35, 49,   50, 51, // the table
-        0x2C, 0,   0,    0,    0,    1,   0,    5,  0,  0x40,         // descriptor, interlaced
-        2,    3,   0x04, 0x14, 0x53, 0,   0x3B,                       // data, trailer
     };
     EXPECT_EQ(WriteToBytes(image), expected);
 }
@@ -165,20 +147,6 @@ TEST(WriteGIF89, WritesWhatThePlainWriterWritesAndGiflibReadsIt) {
                           PackColor(TableEntry(image.table, i)))
                     << "entry " << i;
         }
-}
-
-TEST(WriteGIF89, ReadsRowsAtAnyDistance) {
-    std::mt19937 random(5);
-    const PlainImage image = RandomImage(random, 9, 5, 16, 1);
-    for (const auto& [rowBytes, firstRow] : {std::pair{8, 0}, {-7, 8 * 7}}) {
-        ByteVector memory(9 * 8, 0xEE);
-        for (int row = 0; row < 9; ++row)
-            std::copy_n(image.indices.begin() + row * 5, 5,
-                        memory.begin() + firstRow + row * rowBytes);
-        GifFile file;
-        EXPECT_EQ(file.WriteRows(image, memory.data() + firstRow, rowBytes), noErr);
-        EXPECT_EQ(FirstDifference(file.Bytes(), PlainGif(image)), "") << rowBytes;
-    }
 }
 
 TEST(CeilLog2, IsTheBitsOfATable) {

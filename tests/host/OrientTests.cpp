@@ -65,17 +65,6 @@ TEST(TurnUpright, MovesEveryPixelOfEveryKind) {
         }
 }
 
-TEST(TurnUpright, IsUndoneByItsCounterpartAtEverySize) {
-    for (const auto& [rows, columns] : {std::pair{1, 70}, {70, 1}, {16, 32}, {37, 51}})
-        for (const auto& [there, back] :
-             {std::pair{2, 2}, {3, 3}, {4, 4}, {5, 5}, {6, 8}, {7, 7}, {8, 6}}) {
-            Picture picture = MakeNumbered(Picture::Kind::rgb, rows, columns);
-            const Bytes before = PixelsOf(picture);
-            Turn(picture, there);
-            EXPECT_EQ(Turn(picture, back), before) << rows << " x " << columns << ", " << there;
-        }
-}
-
 TEST(ExifOrientation, IsReadFromEveryFormOfBlock) {
     for (const ByteOrder order : {ByteOrder::little, ByteOrder::big})
         for (std::uint8_t stated = 0; stated <= 9; ++stated) {

@@ -1,10 +1,8 @@
-// Palette files written byte by byte, whole and damaged, and the dialog that offers them.
+// Palette files written byte by byte, whole and damaged, and which files are offered.
 #include "LoadColorTable.h"
 
-#include "FaultInjection.h"
 #include "PascalStrings.h"
 #include "ResourceBytes.h"
-#include "StandardFile.h"
 #include "TemporaryFolder.h"
 
 #include <cstring>
@@ -135,16 +133,11 @@ TEST(LoadColorTable, RefusesWhatIsNoSuchPaletteAsSoonAsItsBytesAreThere) {
     }
 }
 
-// What each kind needs to be read whole.
-const PaletteFile kValidFiles[] = {
-    {"swatches", Swatches(5, 5), kSwatchFileType, 5},
-    {"triples", Triples(), kTableFileType, 256},
-    {"riff", Riff(6, 6), kRiffPaletteFileType, 6},
-};
-
 TEST(LoadColorTable, ReportsEveryLengthThatIsTooShort) {
     const TemporaryFolder folder;
-    for (const auto& valid : kValidFiles) {
+    for (const PaletteFile& valid : {PaletteFile{"swatches", Swatches(5, 5), kSwatchFileType, 5},
+                                     {"triples", Triples(), kTableFileType, 256},
+                                     {"riff", Riff(6, 6), kRiffPaletteFileType, 6}}) {
         for (std::size_t length = 0; length < valid.bytes.size(); ++length) {
             const Loaded loaded =
                 Load(folder.Write("palette", valid.bytes.substr(0, length)), valid.type);
@@ -153,33 +146,6 @@ TEST(LoadColorTable, ReportsEveryLengthThatIsTooShort) {
         }
         EXPECT_EQ(Load(folder.Write("palette", valid.bytes), valid.type).count, valid.colors);
     }
-}
-
-TEST(LoadColorTable, HandsOnEveryFaultOfTheFileAndClosesIt) {
-    const TemporaryFolder folder;
-    for (const auto& valid : kValidFiles)
-        for (const FaultPoint point : {FaultPoint::readFile, FaultPoint::seekFile}) {
-            ClearFaults();
-            const std::string path = folder.Write("palette", valid.bytes);
-            ASSERT_EQ(Load(path, valid.type).error, noErr);
-            for (int calls = CallsSoFar(point), n = 1; n <= calls; ++n) {
-                ClearFaults();
-                FailNthCall(point, n, -8000);
-                const Loaded loaded = Load(path, valid.type);
-                EXPECT_EQ(loaded.error, -8000) << valid.name << ", call " << n;
-                EXPECT_TRUE(loaded.Untouched()) << valid.name << ", call " << n;
-                EXPECT_EQ(CallsSoFar(point), n) << valid.name << ": read on after the fault";
-                EXPECT_EQ(CallsSoFar(FaultPoint::closeFile), 1) << valid.name << ", call " << n;
-            }
-            ClearFaults();
-        }
-}
-
-TEST(LoadColorTable, AFileThatCannotBeOpenedChangesNothingAndSaysNothing) {
-    const TemporaryFolder folder;
-    const Loaded loaded = Load(folder.Path("missing.PAL"), kRiffPaletteFileType);
-    EXPECT_EQ(loaded.error, noErr);
-    EXPECT_TRUE(loaded.Untouched());
 }
 
 const std::tuple<OSType, std::string, bool> kNames[] = {
@@ -213,38 +179,6 @@ TEST(PaletteFileFilter, ShowsPaletteFilesByTypeOrExtension) {
     EXPECT_TRUE(LoadPaletteFileFilter(&nameless));
     nameless.fdType = kTableFileType;
     EXPECT_FALSE(LoadPaletteFileFilter(&nameless));
-}
-
-/// Chooses one file, or cancels; notes the filter it was given.
-class ChoosingUser final : public StandardFileResponder {
-  public:
-    ChoosingUser() : outer(SetStandardFileResponder(this)) {}
-    ~ChoosingUser() override { SetStandardFileResponder(outer); }
-    void PutFile(ConstStr255Param, ConstStr255Param, StandardFileReply*) override { FAIL(); }
-    void GetFile(FileFilterProc given, StandardFileReply* reply) override {
-        filter = given;
-        reply->sfFile.parID = 77;
-        reply->sfType = kSwatchFileType;
-        reply->sfGood = chooses;
-    }
-    bool chooses = true;
-    FileFilterProc filter = nullptr;
-
-  private:
-    StandardFileResponder* outer;
-};
-
-TEST(GetColorTableFile, AnswersTheChosenFileAndItsTypeOrLeavesBoth) {
-    ChoosingUser user;
-    for (const bool chooses : {true, false}) {
-        FSSpec file;
-        OSType type = 0;
-        user.chooses = chooses;
-        EXPECT_EQ(GetColorTableFile(&file, &type), chooses);
-        EXPECT_EQ(file.parID, chooses ? 77 : 0);
-        EXPECT_EQ(type == kSwatchFileType, chooses);
-        EXPECT_EQ(user.filter, LoadPaletteFileFilter);
-    }
 }
 
 } // namespace

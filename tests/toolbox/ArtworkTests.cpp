@@ -1,11 +1,10 @@
 // Pictures and cursors out of resource files, whole and damaged.
 #include "BigEndian.h"
-#include "EventSource.h"
 #include "PictureResource.h"
 #include "PixelSurface.h"
+#include "QuickDraw.h"
 #include "ResourceBytes.h"
 #include "ResourceManager.h"
-#include "ScriptSource.h"
 #include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -91,20 +90,6 @@ TEST(Cursors, OutliveTheirFileAndShortOnesAreRefused) {
     Cursor want = {{0x8001}, {0xC003}, {12, 2}};
     std::fill_n(want.mask + 1, 15, 0x7F7F);
     EXPECT_TRUE(**cursor == want);
-}
-
-TEST(Cursors, AreShownByTheEventSourceIfThereIsOne) {
-    const Cursor hand = {};
-    SetCursor(&hand);
-    InitCursor();
-    ScriptSource source(std::vector<Act>{});
-    EventSource* const outer = SetEventSource(&source);
-    SetCursor(&hand);
-    SetCursor(nullptr);
-    EXPECT_EQ(source.ShownCursor(), &hand);
-    SetArrowCursor();
-    EXPECT_EQ(source.ShownCursor(), nullptr);
-    SetEventSource(outer);
 }
 
 } // namespace

@@ -331,16 +331,6 @@ TEST_F(Dialogs, ReadWholeNumbersInRangeAndNothingElse) {
     EXPECT_EQ(least, -2147483647 - 1);
 }
 
-TEST_F(Dialogs, TakeLeadingDigitsOfATextAsItsNumber) {
-    const std::pair<const char*, std::int32_t> cases[] = {
-        {"-12 colours", -12}, {"+3", 3}, {"x", 0}, {"99999999999", 2147483647}};
-    for (const auto& [text, want] : cases) {
-        std::int32_t number = -1;
-        StringToNumber(PascalText(text), &number);
-        EXPECT_EQ(number, want) << text;
-    }
-}
-
 TEST_F(Dialogs, CutTextsWithoutSplittingACharacter) {
     Open();
     std::string long_(254, 'a');

@@ -103,19 +103,6 @@ TEST_F(Files, OfLongNamesHaveAliasesOfTheirOwn) {
     }
 }
 
-TEST_F(Files, HaveOneDirectoryIDForAFolderHoweverItIsReached) {
-    std::filesystem::create_directory(At("sub"));
-    std::filesystem::create_directory_symlink(At("sub"), At("link"));
-    const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(At("sub"));
-    const FSSpec here = SpecOf("x.gif");
-    std::filesystem::current_path(before);
-    EXPECT_EQ(PathOf(here), At("sub/x.gif")) << "after a change of the working folder";
-    for (const char* const way : {"sub/", "sub//", "link/", "sub/../link/./"})
-        EXPECT_EQ(SpecOf(At(way) + "y").parID, here.parID) << way;
-    EXPECT_EQ(PathOf(SpecOf("/top")), "/top");
-}
-
 TEST_F(Files, WorkBelowFoldersWhosePathIsTooLongForTheSystem) {
     const std::string step(200, 's');
     std::string path = At("");

@@ -99,19 +99,6 @@ TEST_F(ModalDialogs, MapKeysToTheDefaultAndCancelItemsWhileTheseAreEnabled) {
         }
 }
 
-TEST_F(ModalDialogs, ReportEventsAndHitsInTheirOrderAndNoDisabledItems) {
-    EXPECT_EQ(RunAll({[&] {
-                  PostItemHit(dialog, kTestAutomatic);
-                  PostEvent(Press(kOnCanvas));
-                  PostItemHit(dialog, kTestUnavailable);
-                  PostItemHit(dialog, 99);
-                  PostItemHit(dialog, kTestOK);
-                  DisableControl(dialog, kTestOK); // its hit waits already
-                  PostItemHit(dialog, kTestStayOpen);
-              }}),
-              (Hits{kTestAutomatic, kTestCanvas, kTestStayOpen, kTestCancel}));
-}
-
 TEST_F(ModalDialogs, TrackPressesOnControlsToTheirRelease) {
     const struct {
         const char* name;
@@ -145,23 +132,6 @@ TEST_F(ModalDialogs, TrackPressesOnControlsToTheirRelease) {
     EXPECT_EQ(dialog->editItem, kTestNumber) << "the press gave it the keys";
     source.buttonIsDown = true;
     EXPECT_EQ(RunAll({[&] { PostEvent(Press(kOnOK)); }}), Hits(1, kTestCancel)) << "not released";
-}
-
-TEST_F(ModalDialogs, ShowEverythingToTheFilterFirst) {
-    answer = [](EventRecord* event, short* item) {
-        // An item that is named without taking the event counts for nothing.
-        *item = event->what == mouseDown ? kTestUnavailable : kTestCells;
-        return static_cast<Boolean>(event->what == mouseDown);
-    };
-    EXPECT_EQ(RunAll({[] {}, [&] { PostEvent(Press(kOnCanvas)); },
-                      [&] { PostEvent(Key(kKeyReturn, '\r')); },
-                      [&] { PostItemHit(dialog, kTestStayOpen); }},
-                     NotingFilter),
-              (Hits{kTestUnavailable, kTestOK, kTestStayOpen, kTestCancel}));
-    EXPECT_EQ(seen, (std::vector<std::int16_t>{nullEvent, mouseDown, keyDown}));
-    answer = [](EventRecord*, short*) { return Boolean{1}; };
-    EXPECT_EQ(RunAll({[] {}, [] {}}, NotingFilter), (Hits{0, 0, kTestCancel}))
-        << "taken without an item";
 }
 
 TEST_F(ModalDialogs, LetNativeWidgetsOfferTheirEvents) {

@@ -18,23 +18,6 @@ class Drawing : public testing::Test {
     GrafPort port;
 };
 
-TEST_F(Drawing, FramesTakeExactlyTheBorderPixelsInsideTheRectangle) {
-    for (short code = 0; code < 6 * 6 * 6 * 6; ++code) {
-        const auto digit = [&](int place) { return static_cast<short>(code / place % 6); };
-        const Rect rect = {digit(216), digit(36), digit(6), digit(1)};
-        Lines want(6, "......");
-        for (int v = rect.top; v < rect.bottom; ++v)
-            for (int h = rect.left; h < rect.right; ++h)
-                if (v == rect.top || v == rect.bottom - 1 || h == rect.left || h == rect.right - 1)
-                    want[static_cast<std::size_t>(v)][static_cast<std::size_t>(h)] = '#';
-        PixelSurface surface(6, 6);
-        port.surface = &surface;
-        FrameRect(&rect);
-        EXPECT_EQ(surface.Rows(), want)
-            << rect.top << ' ' << rect.left << ' ' << rect.bottom << ' ' << rect.right;
-    }
-}
-
 class Recorded : public Drawing {
   protected:
     Recorded() { port.surface = &surface; }
@@ -110,15 +93,6 @@ TEST_F(Recorded, StringsStandAtThePenAndMoveItOn) {
               (std::vector<short>{10, 4, 2}));
 }
 
-TEST_F(Drawing, PointsMoveBetweenGlobalAndLocalByThePortsOrigin) {
-    port.origin = {100, 40};
-    Point point = {110, 60};
-    GlobalToLocal(&point);
-    EXPECT_EQ(point, (Point{10, 20}));
-    LocalToGlobal(&point);
-    EXPECT_EQ(point, (Point{110, 60}));
-}
-
 TEST(Rectangles, AreEmptyOrHoldPointsUpToButNotAtTheirFarSides) {
     Rect rect;
     SetRect(&rect, 3, 5, 7, 8); // left, top, right, bottom
@@ -174,45 +148,6 @@ TEST_F(Drawing, CopyBitsShowsThePartOfTheMapThatLiesInItsBounds) {
         CopyBits(&source.map, &port, &part, &target, ditherCopy, nullptr);
         EXPECT_EQ(surface.Rows({{0x123456, 'a'}, {0xABCDEF, 'b'}}), want) << "from " << part.top;
     }
-}
-
-TEST_F(Recorded, CopyBitsRefusesWhatItCannotCopy) {
-    const SmallMap source;
-    PixMap noTable = source.map, noPixels = source.map, deep = source.map;
-    noTable.pmTable = nullptr;
-    noPixels.baseAddr = nullptr;
-    deep.pixelSize = 32;
-    const Rect rect = {0, 4, 1, 6}, taller = {0, 4, 2, 6}, wider = {0, 4, 1, 7};
-    const auto copies = [&](const PixMap* map, const Rect& to) {
-        CopyBits(map, &port, &rect, &to, ditherCopy, nullptr);
-        return surface.Take().size();
-    };
-    EXPECT_EQ(copies(&source.map, rect), 1U);
-    EXPECT_EQ(copies(&source.map, taller), 0U);
-    EXPECT_EQ(copies(&source.map, wider), 0U);
-    for (const PixMap* map : {static_cast<PixMap*>(nullptr), &noTable, &noPixels, &deep})
-        EXPECT_EQ(copies(map, rect), 0U);
-}
-
-TEST_F(Drawing, WithoutASurfaceThePenMovesAndWithoutAPortNothingHappens) {
-    const Rect rect = {0, 4, 4, 8};
-    const std::uint8_t text[] = {1, 'x'};
-    for (const GrafPtr current : {GrafPtr{nullptr}, &port}) {
-        SetPort(current);
-        PenNormal();
-        MoveTo(4, 5);
-        LineTo(6, 7);
-        FrameRect(&rect);
-        PaintRect(&rect);
-        EraseRect(&rect);
-        TextSize(9);
-        DrawString(text);
-    }
-    EXPECT_EQ(port.pen.pnLoc, (Point{7, 6}));
-    FontInfo info;
-    GetFontInfo(&info);
-    EXPECT_EQ((std::vector<short>{info.ascent, info.descent, info.leading, info.widMax}),
-              (std::vector<short>{9, 2, 1, 12}));
 }
 
 TEST_F(Drawing, EveryThreadHasAPortOfItsOwn) {

@@ -52,15 +52,6 @@ TEST_F(DialogItems, HaveAMenuOnlyBehindAPopUp) {
     EXPECT_TRUE((*dialog->Item(kTestColours)->menu)->entries[1].enabled);
 }
 
-TEST_F(DialogItems, RaiseAPopUpsMaximumForAValueBeyondItAlone) {
-    const ControlHandle popUp = ItemToControl(dialog, kTestColours);
-    for (const auto& [value, maximum] : {std::pair<short, short>{4, 5}, {7, 7}, {1, 7}}) {
-        MySetPopUpMenuValue(dialog, kTestColours, value);
-        EXPECT_EQ(GetItemValue(dialog, kTestColours), value);
-        EXPECT_EQ(GetControlMaximum(popUp), maximum) << "value " << value;
-    }
-}
-
 TEST_F(DialogItems, AreFoundUnderTheMouseAndLeaveThePort) {
     dialog->origin = {100, 200};
     GrafPort other;

@@ -228,19 +228,6 @@ TEST(IndexedTools, OpenLargePicturesInTheMiddleOfWhatTheSmallestScaleShows) {
     }
 }
 
-TEST(IndexedTools, DragThePictureWithTheHand) {
-    Rect before;
-    const Look note = [&](DialogPtr dialog) { before = GlobalsOf(dialog)->srcRect; };
-    const Look expectMoved = [&](DialogPtr dialog) {
-        // Parts of odd length lie half a pixel beside their middle.
-        EXPECT_LE(std::abs(GlobalsOf(dialog)->srcRect.top - (before.top - 10)), 1);
-        EXPECT_LE(std::abs(GlobalsOf(dialog)->srcRect.left - (before.left + 20)), 1);
-    };
-    const Act drag = Drag({InPreview(150, 200), InPreview(140, 204), InPreview(180, 140)});
-    IndexedSession session(MakePicture(500, 600, {1}, 4, 0, kSeed));
-    EXPECT_EQ(session.Play(ZoomTo(3) + Steps{kHand, note, drag, expectMoved}), noErr);
-}
-
 TEST(IndexedTools, TakeThePixelThatIsSeenUnderTheEyedropper) {
     const Point middle = InPreview(151, 201);
     const Steps dropper = {kDropper, kPause};

@@ -133,32 +133,6 @@ TEST(ViewRects, HoldForEveryKindOfImageViewScaleAndCentre) {
     }
 }
 
-TEST(ViewRects, KeepTheirOwnCentreWithoutAnother) {
-    const struct {
-        Rect source;
-        Rect box;
-        std::int32_t enlarge, shrink;
-        Rect wantSource, wantDrawn;
-    } cases[] = {
-        // 99 + 1 pixels are visible: an even number stays where it is.
-        {{50, 60, 150, 160}, {0, 0, 101, 101}, 1, 1, {50, 60, 150, 160}, {1, 1, 101, 101}},
-        // Of 101, more lie before the centre than behind: one pixel towards the origin.
-        {{50, 60, 151, 161}, {0, 0, 102, 102}, 1, 1, {49, 59, 150, 160}, {1, 1, 102, 102}},
-        // From 1:1 to 4:1 about (100, 110), to 1:2 likewise.
-        {{50, 60, 150, 160}, {0, 0, 102, 102}, 4, 1, {87, 97, 113, 123}, {1, 1, 105, 105}},
-        {{50, 60, 150, 160}, {0, 0, 101, 101}, 1, 2, {0, 10, 200, 210}, {1, 1, 101, 101}},
-        // Smaller than the view: all of it, centred, the odd pixel of space behind.
-        {{50, 60, 150, 160}, {10, 20, 511, 822}, 1, 1, {0, 0, 300, 400}, {110, 221, 410, 621}},
-    };
-    const Point size = {300, 400};
-    for (const auto& c : cases) {
-        Rect source = c.source, drawn;
-        CalculateViewRects(&source, &drawn, &c.box, c.shrink, c.enlarge, &size, nullptr);
-        EXPECT_EQ(source, c.wantSource) << c.enlarge << ":" << c.shrink;
-        EXPECT_EQ(drawn, c.wantDrawn) << c.enlarge << ":" << c.shrink;
-    }
-}
-
 // 2049 steps of 16 are 32784, which is -32752 in 16 bits: the visible part turns inside out.
 TEST(ViewRects, CutTheVisibleLengthTo16Bits) {
     const Rect box = {0, 0, 2050, 2050};

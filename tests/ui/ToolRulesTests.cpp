@@ -1,51 +1,13 @@
-// Which tool the buttons and keys stand for, cursors, double clicks, and the scale's digits.
+// Double clicks and the digits of the scale.
 #include "ToolRules.h"
 
 #include "IndexedDialog.h"
-#include "IndexedFilter.h"
 #include "PreviewTools.h"
 #include "ScriptedUser.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-TEST(Tools, ThatAreNoneHaveTheHandsButtonAndNoCursor) {
-    for (const int tool : {-1, 6}) {
-        EXPECT_EQ(GetToolCursorID(ToolType{tool}), -1) << "tool " << tool;
-        EXPECT_EQ(ToolTypeToToolSlot(ToolType{tool}), kIndexedHandItem) << "tool " << tool;
-    }
-    EXPECT_EQ(GetToolCursorID(eyeDropperTool), 2000);
-}
-
-TEST(Tools, ChangeWithTheKeysHeld) {
-    // In the order of HeldKeys: space, command, shift, option.
-    const struct {
-        ToolType selected;
-        HeldKeys keys;
-        ToolType want;
-    } cases[] = {
-        {handTool, {0, 0, 1, 0}, handTool},
-        {handTool, {0, 1, 0, 0}, zoomInTool},
-        {handTool, {0, 1, 0, 1}, zoomOutTool},
-        {zoomInTool, {0, 0, 1, 0}, zoomInTool},
-        {zoomInTool, {0, 0, 0, 1}, zoomOutTool},
-        {zoomOutTool, {0, 0, 0, 0}, zoomOutTool},
-        {zoomOutTool, {0, 1, 0, 0}, zoomInTool},
-        {zoomOutTool, {0, 1, 0, 1}, zoomOutTool},
-        {zoomInTool, {1, 0, 0, 0}, handTool},
-        {eyeDropperPlusTool, {0, 0, 0, 1}, eyeDropperPlusTool},
-        {eyeDropperPlusTool, {0, 1, 0, 0}, eyeDropperMinusTool},
-        {eyeDropperPlusTool, {0, 1, 1, 0}, eyeDropperPlusTool},
-        {eyeDropperMinusTool, {0, 0, 0, 0}, eyeDropperMinusTool},
-        {eyeDropperMinusTool, {0, 0, 1, 0}, eyeDropperPlusTool},
-        {eyeDropperPlusTool, {1, 0, 0, 0}, handTool},
-        {eyeDropperMinusTool, {1, 1, 0, 0}, zoomInTool},
-        {eyeDropperPlusTool, {1, 0, 0, 1}, zoomOutTool},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(ToolForKeys(c.selected, c.keys), c.want) << "case " << &c - cases;
-}
 
 TEST(DoubleClick, NeedsTheSameItemSoonAfterTheLastPressWasHandled) {
     const struct {
