@@ -60,10 +60,7 @@ CheckedGif FileCheck::Finish(std::string palette) {
     if (head.comment && *head.comment != exported.comment)
         throw Problem("the finished file has another comment than the picture");
     CheckedGif checked;
-    if (sink.collector)
-        checked.gif = std::move(sink.collector->gif);
-    else
-        static_cast<GifHead&>(checked.gif) = head;
+    if (sink.collector) checked.gif = std::move(sink.collector->gif);
     checked.report =
         sink.comparison.Report(exported, sourceColors, FileSize(file), std::move(palette));
     return checked;

@@ -13,7 +13,7 @@ namespace gif89 {
 /// What the module wrote, as it was read back.
 struct CheckedGif {
     ExportReport report;
-    DecodedGif gif; ///< its indices are null unless they were to be kept
+    DecodedGif gif; ///< empty unless its indices were to be kept
 };
 
 /// Follows a file on a thread of its own: the picture's colours are counted while the module looks

@@ -80,6 +80,7 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForRGBPictures) {
     std::string table;
     for (int i = 0; i < 768; ++i) table += static_cast<char>(i * 7 + i / 5);
     const std::string file = folder.Write("some.zct", table);
+    const std::string none = folder.Write("none.zct", "");
     const Act adaptive = ChooseEntry(kRGBPalettePopUp, kAdaptivePalette),
               fixed = ChooseEntry(kRGBPalettePopUp, kFixedPalette);
     const std::pair<const char*, std::vector<Act>> cases[] = {
@@ -89,6 +90,8 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForRGBPictures) {
         {"fixed", {fixed}},
         {"fixed, cut", {fixed, PressItem(kRGBResizeBox), SetText(kRGBCountText, "9")}},
         {"file", {PressItem(kRGBLoadButton), PickFile(file)}},
+        {"file kept after one that is none",
+         {PressItem(kRGBLoadButton), PickFile(file), PressItem(kRGBLoadButton), PickFile(none)}},
         {"file left again", {PressItem(kRGBLoadButton), PickFile(file), fixed}},
         {"matte", {PressItem(kRGBMatteBox), PickColor(kTeal)}},
         {"matte refused", {PressItem(kRGBMatteBox), CancelColor()}},

@@ -73,6 +73,48 @@ TEST(ExportReport, CountsEachKindOfLoss) {
               "transparent pixel became visible");
 }
 
+TEST(ExportReport, SaysInLinesWhatHappened) {
+    Picture picture = MakeFour({252, 10, 0, 255, 0, 255, 0, 128, 7, 8, 9, 255, 1, 2, 3, 0});
+    picture.comment = "left out";
+    picture.notes.format = "TIFF";
+    picture.notes.bits = 16;
+    picture.notes.rounded = true;
+    picture.notes.pictures = 2;
+    picture.notes.profileName = "Wide";
+    picture.notes.profileUse = InputNotes::ProfileUse::converted;
+    picture.notes.oriented = true;
+    EXPECT_EQ(
+        ReportText(MakeReport(picture, MakeGif())),
+        "  picture:      4 x 1, TIFF, 3 colours\n"
+        "  reading:      16 bits rounded to 8, profile \"Wide\" converted to sRGB, turned "
+        "upright, the first of 2 pictures\n"
+        "  way:          RGB, exact palette, error diffusion\n"
+        "  file:         50 bytes, 3 of 4 entries used, not interlaced, entry 2 transparent\n"
+        "  pixels:       4 of 4 changed; largest error 10, mean 4.33\n"
+        "  transparency: 1 partly opaque pixel (1 level of opacity) became opaque or "
+        "transparent; 1 visible pixel became transparent; 1 transparent pixel became visible\n"
+        "  comment:      dropped\n"
+        "  lossless:     no\n");
+
+    picture = MakePicture(Picture::Kind::indexed, 1, 4);
+    std::copy_n(MakeGif().indices.get(), 4, picture.pixels.get());
+    picture.colors = 3;
+    picture.comment = "kept";
+    picture.notes.format = "GIF";
+    DecodedGif gif = MakeGif();
+    picture.table = gif.table;
+    gif.transparentIndex = -1;
+    gif.interlaced = true;
+    gif.comment = picture.comment;
+    EXPECT_EQ(ReportText(MakeReport(picture, gif)),
+              "  picture:      4 x 1, GIF, 3 colours\n"
+              "  way:          indexed, a table made of the picture's colours\n"
+              "  file:         50 bytes, 3 of 4 entries used, interlaced\n"
+              "  pixels:       all 4 as they were\n"
+              "  comment:      kept\n"
+              "  lossless:     yes\n");
+}
+
 class CountedAgain : public testing::TestWithParam<Picture::Kind> {};
 INSTANTIATE_TEST_SUITE_P(PicturesOf, CountedAgain,
                          testing::Values(Picture::Kind::rgb, Picture::Kind::rgbAlpha));
@@ -88,8 +130,8 @@ TEST_P(CountedAgain, TheReportAgrees) {
     gif.table = RandomTable(256, 11);
     gif.indices = std::make_unique<std::uint8_t[]>(kPixels);
     Picture picture = MakePicture(GetParam(), kSide, kSide);
-    std::set<std::uint32_t> colors;
-    std::set<int> levels;
+    std::set<std::uint32_t> colors, shown;
+    std::set<int> levels, used;
     std::int64_t changed = 0;
     std::vector<int> errors;
     std::uint8_t* pixel = picture.pixels.get();
@@ -104,6 +146,8 @@ TEST_P(CountedAgain, TheReportAgrees) {
         if (hasAlpha) pixel[3] = random() % 4 == 0 ? static_cast<std::uint8_t>(random()) : 255;
         const int opacity = hasAlpha ? pixel[3] : 255;
         const bool hidden = index == gif.transparentIndex;
+        used.insert(index);
+        if (!hidden) shown.insert(PackColor(is));
         if (opacity > 0) colors.insert(PackRGB(pixel[0], pixel[1], pixel[2]));
         if (opacity > 0 && opacity < 255) levels.insert(opacity);
         if (opacity == 255 && !hidden) {
@@ -117,6 +161,8 @@ TEST_P(CountedAgain, TheReportAgrees) {
     const ExportReport report = MakeReport(picture, gif);
     EXPECT_EQ(report.changedPixels, changed);
     EXPECT_EQ(report.sourceColors, static_cast<std::int64_t>(colors.size()));
+    EXPECT_EQ(report.usedEntries, static_cast<int>(used.size()));
+    EXPECT_EQ(report.shownColors, static_cast<int>(shown.size()));
     EXPECT_EQ(report.alphaLevels, static_cast<int>(levels.size()));
     EXPECT_EQ(report.largestError, *std::max_element(errors.begin(), errors.end()));
     EXPECT_DOUBLE_EQ(report.meanError, std::accumulate(errors.begin(), errors.end(), 0.0) / 3.0 /

@@ -38,6 +38,7 @@ TEST(ReadPnm, HeadersAndSamplesOfEveryForm) {
         {"P6 1 1 65535\n\xFF\xFF\x00\x00\x80\x00"s, {255, 0, 128}, "PPM", 16, true},
         {Pam(2, 1, 1, "ENDHDR\n\x01"s + "\0"s), {255, 255, 255, 0, 0, 0}, "PAM", 1},
         {Pam(1, 4, 3, remarks + "\x01\x02\x03"s + "\0"s), {85, 170, 255, 0}, "PAM", 2},
+        {Pam(1, 4, 3, remarks + "\x01\x02\x03\x03"s), {85, 170, 255}, "PAM", 2},
         {Pam(2, 2, 255, "ENDHDR\nabcd"), {'a', 'a', 'a', 'b', 'c', 'c', 'c', 'd'}, "PAM", 8},
         {Pam(1, 2, 510, "ENDHDR\n\x01\xFE\x00\x02"s), {255, 255, 255, 1}, "PAM", 9, false},
         {Pam(1, 2, 510, "ENDHDR\n\x01\xFE\x00\x03"s), {255, 255, 255, 2}, "PAM", 9, true},

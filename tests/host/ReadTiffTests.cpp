@@ -239,6 +239,7 @@ TEST(ReadTiff, SubsampledColorsAreTheLibrarysOwn) {
     for (const int compression : {COMPRESSION_JPEG, COMPRESSION_NONE}) {
         TiffForm form = {.columns = 32, .rows = 16, .photometric = PHOTOMETRIC_YCBCR, .samples = 3};
         form.compression = compression;
+        form.setMore = [](TIFF* t) { TIFFSetField(t, TIFFTAG_ORIENTATION, ORIENTATION_TOPRIGHT); };
         const TemporaryFolder folder;
         TIFF* tiff = TIFFOpen(folder.Path("a.tif").c_str(), "wl");
         SetFields(tiff, form);
@@ -256,7 +257,9 @@ TEST(ReadTiff, SubsampledColorsAreTheLibrarysOwn) {
         for (const std::uint32_t word : words)
             for (const int shift : {0, 8, 16})
                 expected.push_back(static_cast<std::uint8_t>(word >> shift));
-        EXPECT_EQ(PixelsOf(PictureFromBytes(folder.ReadBytes("a.tif"))), expected) << compression;
+        const Picture picture = PictureFromBytes(folder.ReadBytes("a.tif"));
+        EXPECT_EQ(PixelsOf(picture), expected) << compression;
+        EXPECT_TRUE(picture.notes.oriented) << compression;
     }
 }
 
