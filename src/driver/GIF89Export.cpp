@@ -49,7 +49,6 @@ void RunSelector(short selector, ExportRecord* record, std::intptr_t* data, shor
         }
         *data = reinterpret_cast<std::intptr_t>(context);
     }
-    context->exportRecord = record;
     if (context->Dispatch(selector, record, result)) {
         DisposePtr(reinterpret_cast<Ptr>(context));
         *data = 0;
