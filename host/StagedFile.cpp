@@ -75,7 +75,8 @@ std::string FollowLinks(const std::string& path) {
     return end;
 }
 
-// Holds back the signals of this thread while it exists. One that came meanwhile acts at its end;
+// Holds back the signals of this thread while it exists, because a commit may take two steps,
+// between which the file lies there under another name. One that came meanwhile acts at its end;
 // only SIGKILL and SIGSTOP do not wait.
 class SignalsWait {
   public:
@@ -145,6 +146,7 @@ void StagedFile::TakeStagingName() {
 }
 
 void StagedFile::Commit() {
+    const SignalsWait untilInPlace;
     struct stat old;
     const bool replaces =
         existing == Existing::replace && fstatat(folder.Get(), name.c_str(), &old, 0) == 0;
@@ -161,11 +163,9 @@ void StagedFile::Commit() {
 }
 
 // A file without a name can take a free place at once but not another's; it needs a name of its
-// own for a moment, in which no signal may end the process. The content is not forced to the disk
-// first: that takes longer than most exports, and the usual file systems do it for a file that is
-// renamed over another.
+// own for a moment. The content is not forced to the disk first: that takes longer than most
+// exports, and the usual file systems do it for a file that is renamed over another.
 void StagedFile::Replace() {
-    const SignalsWait untilReplaced;
     if (stagingName.empty()) {
         TakeStagingName();
         if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(),

@@ -12,9 +12,9 @@ enum class Existing : bool { keep, replace };
 
 /// A new file on its way to its target. Until it is committed it has no name, so that nothing is
 /// left when the process ends, however it does; on file systems without such files it has one of
-/// its own beside the target, which is removed with the object and by the signals below. The commit
-/// over another file is two steps of the system; only SIGKILL or a failing machine comes between
-/// them, and leaves the old file and beside it the new one under its staging name.
+/// its own beside the target, which is removed with the object and by the signals below. A commit
+/// may be two steps of the system; only SIGKILL or a failing machine comes between them, and leaves
+/// the file under its staging name beside what was there.
 class StagedFile {
   public:
     enum class Staging : bool { nameless, named };

@@ -84,8 +84,8 @@ std::optional<std::int64_t> ReadWholeNumber(const std::string& text) {
     return number.value;
 }
 
-void PrintNotice(const char* call) {
-    std::fprintf(stderr, "%s is not implemented.\n", call);
+void SayCursorsStandStill(const char* call) {
+    std::fprintf(stderr, "%s does nothing: this toolbox does not animate cursors.\n", call);
 }
 
 } // namespace
@@ -203,13 +203,13 @@ Boolean GetColor(Point where, ConstStr255Param prompt, const RGBColor* start, RG
 }
 
 void InitCursorCtl(Handle) {
-    PrintNotice("InitCursorCtl");
+    SayCursorsStandStill("InitCursorCtl");
 }
 
 void RotateCursor(std::int32_t) {
-    PrintNotice("RotateCursor");
+    SayCursorsStandStill("RotateCursor");
 }
 
 void SpinCursor(short) {
-    PrintNotice("SpinCursor");
+    SayCursorsStandStill("SpinCursor");
 }

@@ -57,8 +57,8 @@ inline void NumToString(std::int32_t number, StringPtr text) {
 /// The toolbox's colour picker: true when a colour was chosen.
 Boolean GetColor(Point where, ConstStr255Param prompt, const RGBColor* start, RGBColor* picked);
 
-/// Cursor animations, which modules may call and this system leaves out on purpose: each says so on
-/// standard error and does nothing else.
+/// Cursor animations, which this toolbox leaves out on purpose: a module may call them, and each
+/// says on standard error that cursors are not animated and does nothing else.
 void InitCursorCtl(Handle cursors);
 void RotateCursor(std::int32_t counter);
 void SpinCursor(short increment);

@@ -34,6 +34,11 @@ Picture MakeFour(const std::vector<std::uint8_t>& bytes) {
     return picture;
 }
 
+// Off by 3 and 10; half opaque; opaque but transparent in the file; transparent but visible.
+Picture MakeLossy() {
+    return MakeFour({252, 10, 0, 255, 0, 255, 0, 128, 7, 8, 9, 255, 1, 2, 3, 0});
+}
+
 TEST(ExportReport, FindsNothingWhereOnlyHiddenColorsDiffer) {
     Picture picture = MakeFour({255, 0, 0, 255, 0, 255, 0, 255, 9, 9, 9, 0, 255, 0, 0, 255});
     picture.comment = "left out";
@@ -57,8 +62,7 @@ TEST(ExportReport, FindsNothingWhereOnlyHiddenColorsDiffer) {
 }
 
 TEST(ExportReport, CountsEachKindOfLoss) {
-    // Off by 3 and 10; half opaque; opaque but transparent in the file; transparent but visible.
-    const Picture picture = MakeFour({252, 10, 0, 255, 0, 255, 0, 128, 7, 8, 9, 255, 1, 2, 3, 0});
+    const Picture picture = MakeLossy();
     const ExportReport report = MakeReport(picture, MakeGif());
     EXPECT_EQ(report.changedPixels, 4);
     EXPECT_EQ(report.largestError, 10);
@@ -74,7 +78,7 @@ TEST(ExportReport, CountsEachKindOfLoss) {
 }
 
 TEST(ExportReport, SaysInLinesWhatHappened) {
-    Picture picture = MakeFour({252, 10, 0, 255, 0, 255, 0, 128, 7, 8, 9, 255, 1, 2, 3, 0});
+    Picture picture = MakeLossy();
     picture.comment = "left out";
     picture.notes.format = "TIFF";
     picture.notes.bits = 16;
