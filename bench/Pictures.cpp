@@ -1,6 +1,7 @@
 #include "Pictures.h"
 
 #include "DiffuseColor.h"
+#include "InverseMap.h"
 
 namespace {
 

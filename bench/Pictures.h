@@ -3,6 +3,7 @@
 
 #include "AdaptivePalette.h"
 #include "ColorTable.h"
+#include "Histogram.h"
 #include "RandomPictures.h"
 
 #include <cstdint>

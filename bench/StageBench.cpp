@@ -1,6 +1,7 @@
 // Every stage of an export beside its plain twin: `diffuse` is the module's routine,
 // `diffuse_plain` the line-by-line version that the tests compare it with. What counts is the ratio
 // within one run.
+#include "InverseMap.h"
 #include "Pictures.h"
 
 #include "DiffuseColor.h"

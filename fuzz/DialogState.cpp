@@ -1,7 +1,9 @@
 #include "DialogState.h"
 
+#include "ControlManager.h"
 #include "GetParameters.h"
 #include "IndexedDialog.h"
+#include "MenuManager.h"
 #include "RGBDialogItems.h"
 #include "RGBPreview.h"
 #include "Require.h"

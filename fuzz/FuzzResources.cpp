@@ -1,14 +1,21 @@
 // Resource files, and the parsers of what is in them. The input is taken for a whole file, and then
 // for the content of one resource after the other among others that are sound.
+#include "ControlManager.h"
+#include "Cursors.h"
+#include "DialogResources.h"
+#include "DrawDialogs.h"
 #include "EventSource.h"
 #include "HostDialogs.h"
 #include "MemoryFile.h"
 #include "MemoryManager.h"
+#include "MenuManager.h"
+#include "Notices.h"
 #include "QuickDraw.h"
 #include "RecordingSurface.h"
 #include "ResourceBytes.h"
 #include "ResourceManager.h"
 #include "ScriptSource.h"
+#include "SourceCalls.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 #include "Converter.h"
 #include "EventSource.h"
 #include "ExportModule.h"
-#include "HostUtilities.h"
+#include "NoticeResponder.h"
 #include "OpenDisplay.h"
 #include "Options.h"
 #include "Problem.h"

@@ -3,6 +3,7 @@
 #include "ControlManager.h"
 #include "FileManager.h"
 #include "OptionItems.h"
+#include "SourceCalls.h"
 
 #include <algorithm>
 #include <bitset>

@@ -1,5 +1,6 @@
 #include "Operator.h"
 
+#include "ControlManager.h"
 #include "OptionItems.h"
 
 #include <algorithm>

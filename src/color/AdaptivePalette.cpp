@@ -1,7 +1,7 @@
 // The median cut and the order of the palette it yields.
 #include "AdaptivePalette.h"
 
-#include "HostUtilities.h"
+#include "HSVColor.h"
 #include "PixelVector.h"
 
 #include <algorithm>

@@ -1,20 +1,8 @@
-// Maps true colours to palette indices: an inverse map from colour cells to near palette entries,
-// and error diffusion that carries what each pixel is off by on to its neighbours.
+// Maps true colours to palette indices through an inverse map, with error diffusion that carries
+// what each pixel is off by on to its neighbours.
 #pragma once
 
 #include "ColorTable.h"
-
-/// Fills the inverse map of a palette.
-///
-/// @param table     the palette
-/// @param inverse   32768 palette indices, at red >> 3 x 1024 + green >> 3 x 32 + blue >> 3
-/// @param distance  32768 bytes to work in; afterwards the distance of each cell's entry
-/// @param numColors entries in use, 1..256; those beyond it show through as the last used one
-///
-/// Every cell gets an entry at the smallest city-block distance in cells; where several entries
-/// share a cell, the lowest. The caller owns every buffer.
-void BuildInverse(const RGBLookUpTable* table, std::uint8_t* inverse, std::uint8_t* distance,
-                  short numColors);
 
 /// Maps the rows of a band to palette indices.
 ///
@@ -47,13 +35,6 @@ void DiffuseColorWithTransparency(const std::uint8_t* src, std::uint8_t* dst, sh
                                   PackedColor transColor, std::int32_t transIndex);
 
 // Below: the steps of the above, declared for their tests.
-
-/// Carries entries along 32 cells, `stride` apart; a cell takes what is carried only when that is
-/// nearer than its own. The index carried at the end.
-std::uint8_t SpreadAcross(std::uint8_t* inverse, std::uint8_t* distance, short stride);
-
-/// Spreads along a line of 32 cells, forward and then back.
-void SpreadLine(std::uint8_t* inverse, std::uint8_t* distance, short stride);
 
 /// A channel corrected by three quarters of the error that reached it, 0..255.
 short DiffuseIn(std::uint8_t value, std::int16_t error);

@@ -1,5 +1,4 @@
-// The passes that count a picture's colours in the cells of the colour cube.
-#include "AdaptivePalette.h"
+#include "Histogram.h"
 
 #include "Composite.h"
 #include "PixelVector.h"

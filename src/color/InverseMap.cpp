@@ -1,5 +1,5 @@
-// Fills the inverse map: entries spread from their own cells along the three axes of the cube.
-#include "DiffuseColor.h"
+// Entries spread from their own cells along the three axes of the cube.
+#include "InverseMap.h"
 
 #include "PixelVector.h"
 

@@ -1,59 +1,12 @@
-// The host's calls: making and ending the context, and what every export does at each selector.
+// What every export does at each selector.
 #include "GIF89Export.h"
 
-#include "HostUtilities.h"
+#include "HostServices.h"
 #include "MemoryManager.h"
 #include "WriteGIF89.h"
 
 #include <algorithm>
 #include <cstring>
-#include <new>
-#include <type_traits>
-
-namespace {
-
-constexpr std::int16_t kAboutDialog = 16010;
-
-static_assert(std::is_trivially_destructible_v<GIF89RGBExport> &&
-                  std::is_trivially_destructible_v<GIF89IndexedExport>,
-              "the context's memory is released without a destructor");
-
-template <class Context> GIF89ExportContext* MakeContext() {
-    Ptr memory = NewPtr(sizeof(Context));
-    return memory ? new (memory) Context : nullptr;
-}
-
-// Null with *code telling why: a mode that cannot be exported, or no memory.
-GIF89ExportContext* MakeContextForMode(const ExportRecord& record, OSErr* code) {
-    *code = memFullErr;
-    if (record.imageMode == kRGBColorMode) return MakeContext<GIF89RGBExport>();
-    if (record.imageMode == kIndexedColorMode) return MakeContext<GIF89IndexedExport>();
-    *code = kModeNotExported;
-    return nullptr;
-}
-
-} // namespace
-
-void RunSelector(short selector, ExportRecord* record, std::intptr_t* data, short* result) {
-    if (selector == kSelectorAbout) {
-        ShowAbout(kAboutDialog);
-        return;
-    }
-    auto* context = reinterpret_cast<GIF89ExportContext*>(*data);
-    if (!context) {
-        OSErr code = noErr;
-        context = MakeContextForMode(*record, &code);
-        if (!context) {
-            *result = code;
-            return;
-        }
-        *data = reinterpret_cast<std::intptr_t>(context);
-    }
-    if (context->Dispatch(selector, record, result)) {
-        DisposePtr(reinterpret_cast<Ptr>(context));
-        *data = 0;
-    }
-}
 
 Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short* result) {
     exportRecord = record;

@@ -1,8 +1,8 @@
 // The indexed export: the picture's own indices and palette, with transparency from a channel.
-#include "GIF89Export.h"
+#include "GIF89IndexedExport.h"
 
-#include "FileManager.h"
 #include "MemoryManager.h"
+#include "SetupPalette.h"
 #include "WriteGIF89.h"
 
 #include <algorithm>
@@ -88,7 +88,7 @@ void GIF89IndexedExport::GetParameters() {
     std::memcpy(palette.green, exportRecord->hostGreenTable, 256);
     std::memcpy(palette.blue, exportRecord->hostBlueTable, 256);
     numColors = TrimTopBlacks(&palette, 256, HighestIndex());
-    error = GetIndexedParameters();
+    error = dialogs->indexed(*this);
     if (error != noErr) return;
 
     // The count was taken before the options were known. They may have put an index to use that

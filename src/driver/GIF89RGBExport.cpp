@@ -1,7 +1,8 @@
 // The RGB export: counts the colours, has the palette built, and maps the pixels band by band.
-#include "GIF89Export.h"
+#include "GIF89RGBExport.h"
 
 #include "DiffuseColor.h"
+#include "InverseMap.h"
 #include "IterateArea.h"
 #include "MemoryManager.h"
 
@@ -87,7 +88,7 @@ void GIF89RGBExport::GetParameters() {
     transparentColor.blue = kInitialTransparentLevel;
 
     unsigned char exact = 0, supplied = 0;
-    error = GetRGB24Parameters(&exact, &supplied);
+    error = dialogs->rgb(*this, &exact, &supplied);
     if (error != noErr) return;
     SetupPalette(exact, supplied);
     if (error == noErr) GetOutputFile();

@@ -1,7 +1,9 @@
 // Which colours an RGB export writes: the picture's own, an adaptive palette, or a supplied one.
-#include "GIF89Export.h"
+#include "SetupPalette.h"
 
 #include "AdaptivePalette.h"
+#include "GIF89RGBExport.h"
+#include "Histogram.h"
 #include "IterateArea.h"
 
 #include <bitset>

@@ -1,6 +1,7 @@
 #include "WriteGIF89.h"
 
 #include "FileManager.h"
+#include "MemoryManager.h"
 
 #include <algorithm>
 #include <bit>

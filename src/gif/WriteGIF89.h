@@ -3,7 +3,7 @@
 #pragma once
 
 #include "ColorTable.h"
-#include "HostUtilities.h"
+#include "FastStream.h"
 #include "LZW.h"
 
 /// Writes one image into a file that exists already and is empty.

@@ -1,6 +1,8 @@
 // The module's one exported symbol. Hosts look it up as `main`; C++ reserves that name for
 // programs, so the function has a name of its own and takes the symbol by an assembler label.
-#include "GIF89Export.h"
+#include "GetIndexedParameters.h"
+#include "GetRGBParameters.h"
+#include "RunSelector.h"
 
 extern "C" __attribute__((visibility("default"))) void ExportEntry(short selector,
                                                                    ExportRecord* record,
@@ -9,5 +11,6 @@ extern "C" __attribute__((visibility("default"))) void ExportEntry(short selecto
 
 extern "C" void ExportEntry(short selector, ExportRecord* record, std::intptr_t* data,
                             short* result) {
-    RunSelector(selector, record, data, result);
+    static constexpr OptionsDialogs kDialogs = {GetRGB24Parameters, GetIndexedParameters};
+    RunSelector(selector, record, data, result, kDialogs);
 }

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "AddressTable.h"
-#include "HostUtilities.h"
+#include "HostServices.h"
 
 #include <cstddef>
 #include <type_traits>

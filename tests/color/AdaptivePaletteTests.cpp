@@ -2,6 +2,7 @@
 #include "AdaptivePalette.h"
 
 #include "Composite.h"
+#include "Histogram.h"
 #include "PlainAdaptivePalette.h"
 #include "RandomPictures.h"
 

@@ -1,6 +1,7 @@
 // The inverse colour map: nearest entries, and which of them wins a tie.
 #include "DiffuseColor.h"
 
+#include "InverseMap.h"
 #include "PlainInverseMap.h"
 #include "RandomPictures.h"
 

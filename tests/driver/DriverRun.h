@@ -1,9 +1,9 @@
 // Runs the module's selectors in process, with a scripted host and a user who saves into a folder.
 #pragma once
 
-#include "GIF89Export.h"
-#include "OkUser.h"
+#include "GIF89RGBExport.h"
 #include "ResourceManager.h"
+#include "RunSelector.h"
 #include "ScriptedHost.h"
 #include "StandardFile.h"
 #include "TemporaryFolder.h"
@@ -13,6 +13,20 @@
 #include <cstdint>
 #include <string>
 #include <utility>
+
+/// A user of the RGB options who takes the picture's own colours where they fit, else an adaptive
+/// palette as large as there can be, laid over light grey.
+inline short TakeBestPalette(GIF89RGBExport& context, unsigned char* exact,
+                             unsigned char* supplied) {
+    const std::int32_t own = context.exactInfo.count;
+    const std::int32_t most = context.exportRecord->hasTransparency ? 255 : 256;
+    *exact = own >= 0 && own <= most;
+    *supplied = 0;
+    context.numColors = *exact ? own : most;
+    context.interlaced = 1;
+    context.transparentColor = {0, 192, 192, 192};
+    return noErr;
+}
 
 /// Answers the save dialog with `out.gif` in a folder of its own, or cancels it.
 class SavingUser final : public StandardFileResponder {
@@ -64,7 +78,8 @@ struct DriverRun {
     /// Calls a selector; the result word, which starts as kUntouched.
     short Call(short selector) {
         result = kUntouched;
-        RunSelector(selector, &host.record, &data, &result);
+        static constexpr OptionsDialogs kDialogs = {TakeBestPalette, nullptr};
+        RunSelector(selector, &host.record, &data, &result, kDialogs);
         return result;
     }
     /// Prepare and start, and finish when start went well; the first code that is not 0.
@@ -77,7 +92,6 @@ struct DriverRun {
 
     static constexpr short kUntouched = 12345;
     OpenResources resources;
-    OkUser operatedBy;
     SavingUser user;
     ScriptedHost host;
     std::intptr_t data = 0;

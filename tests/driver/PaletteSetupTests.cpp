@@ -3,6 +3,7 @@
 
 #include "PlainAdaptivePalette.h"
 #include "RandomPictures.h"
+#include "SetupPalette.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,6 @@
 // Presses, keys and cursors between the toolkit and the module, and what waiting for them costs.
+#include "Cursors.h"
+#include "EventManager.h"
 #include "WindowFixture.h"
 
 #include <QPixmap>

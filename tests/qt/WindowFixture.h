@@ -1,7 +1,9 @@
 // An open test dialog in a window, for tests that look at its widgets.
 #pragma once
 
+#include "DrawDialogs.h"
 #include "HostDialogs.h"
+#include "ModalDialog.h"
 #include "OpenDisplay.h"
 #include "StandardFile.h"
 #include "TestDialog.h"

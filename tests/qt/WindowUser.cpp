@@ -1,5 +1,7 @@
 #include "WindowUser.h"
 
+#include "DialogManager.h"
+
 #include <QClipboard>
 #include <QEvent>
 #include <QGuiApplication>

@@ -1,6 +1,6 @@
 #include "PlainAdaptivePalette.h"
 
-#include "HostUtilities.h"
+#include "HSVColor.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 // A source of events that notes what it is told and does what the test says when it is asked.
 #pragma once
 
+#include "DialogManager.h"
 #include "EventSource.h"
 
 #include <deque>

@@ -1,6 +1,11 @@
 #include "TestDialog.h"
 
+#include "ControlManager.h"
+#include "Cursors.h"
+#include "DialogResources.h"
+#include "EventManager.h"
 #include "HostDialogs.h"
+#include "ModalDialog.h"
 #include "PascalStrings.h"
 #include "ResourceManager.h"
 

@@ -1,5 +1,6 @@
 // Pictures and cursors out of resource files, whole and damaged.
 #include "BigEndian.h"
+#include "Cursors.h"
 #include "PictureResource.h"
 #include "PixelSurface.h"
 #include "QuickDraw.h"

@@ -1,10 +1,16 @@
 // Dialogs, controls and menus as data, out of whole and damaged resources, and the calls on items.
+#include "ControlManager.h"
+#include "DialogResources.h"
+#include "DrawDialogs.h"
 #include "HostDialogs.h"
 #include "MemoryManager.h"
+#include "MenuManager.h"
+#include "Notices.h"
 #include "PascalStrings.h"
 #include "PlainSource.h"
 #include "RecordingSurface.h"
 #include "ResourceManager.h"
+#include "SourceCalls.h"
 #include "TestDialog.h"
 
 #include <gtest/gtest.h>

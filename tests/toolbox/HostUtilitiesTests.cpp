@@ -1,7 +1,11 @@
 // Streams, notices, the about box, the file dialogs' frame and colour conversion.
+#include "FastStream.h"
 #include "FaultInjection.h"
 #include "FileManager.h"
-#include "HostUtilities.h"
+#include "HSVColor.h"
+#include "HostServices.h"
+#include "NoticeResponder.h"
+#include "Notices.h"
 #include "ResourceBytes.h"
 #include "ResourceManager.h"
 #include "ScriptedHost.h"

@@ -1,7 +1,12 @@
 // The modal loop: who gets an event first, what counts as a hit, and what happens in between.
+#include "DrawDialogs.h"
+#include "EventManager.h"
+#include "EventQueue.h"
 #include "HostDialogs.h"
 #include "MemoryManager.h"
+#include "ModalDialog.h"
 #include "PlainSource.h"
+#include "SourceCalls.h"
 #include "TestDialog.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,8 @@
 // A script in the place of a user: the session of the test dialog, every refusal, time and answers.
+#include "EventManager.h"
 #include "HostDialogs.h"
 #include "MemoryManager.h"
+#include "ModalDialog.h"
 #include "ScriptSource.h"
 #include "TemporaryFolder.h"
 #include "TestDialog.h"

@@ -1,4 +1,5 @@
 // What the indexed dialog draws, pixel by pixel, and the services it asks for a colour.
+#include "DrawDialogs.h"
 #include "IndexedSession.h"
 
 #include "IndexedFilter.h"

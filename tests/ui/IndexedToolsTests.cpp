@@ -1,5 +1,6 @@
 // The tools of the indexed dialog: presses and drags under every key, cursors, buttons, and which
 // pixel the eyedropper takes.
+#include "Cursors.h"
 #include "IndexedSession.h"
 
 #include "IndexedPreview.h"

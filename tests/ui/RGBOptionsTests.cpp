@@ -1,5 +1,7 @@
 // The options dialog of RGB pictures: what every choice in it leads to.
+#include "ControlManager.h"
 #include "FaultInjection.h"
+#include "GetRGBParameters.h"
 #include "HostDialogs.h"
 #include "LumoGetColor.h"
 #include "PixelSurface.h"
@@ -365,7 +367,7 @@ TEST(RGBOptions, TheItemColorsAreChangedOnlyWhileTheDialogIsOpen) {
         RGBContext run(kRows, kColumns, planes, Pixels(kMany, planes));
         std::uint32_t open = 1;
         const ScriptedUser user({Look([&](DialogPtr) { open = labelStyle(); })});
-        EXPECT_EQ(run.context.GetRGB24Parameters(&run.exact, &run.supplied), noErr);
+        EXPECT_EQ(GetRGB24Parameters(run.context, &run.exact, &run.supplied), noErr);
         EXPECT_EQ(open, planes == 3 ? 0x00080040u : 0u);
         EXPECT_EQ(labelStyle(), 0u);
     }

@@ -1,4 +1,5 @@
 // The preview of RGB exports: what it shows is what is written, at every scale.
+#include "Cursors.h"
 #include "GiflibDecode.h"
 #include "HostDialogs.h"
 #include "PixelSurface.h"
@@ -104,7 +105,7 @@ void ShowPreview(int rows, int columns, PixelSurface* surface, Steps steps) {
     run.context.numColors = 64;
     ScriptedUser user(std::move(steps));
     user.DrawOn(surface);
-    EXPECT_EQ(run.context.DoPreview(0, 0), noErr);
+    EXPECT_EQ(DoPreview(run.context, 0, 0), noErr);
 }
 
 /// Expects scale and read-out, and that every point of the box shows its pixel of the image.
@@ -231,13 +232,13 @@ TEST(RGBPreview, ThePaletteShowsItsColorsAndTheTransparentOne) {
     };
     ScriptedUser user({Idle(4), look});
     user.DrawOn(&surface);
-    EXPECT_EQ(run.context.DoPreview(0, 0), noErr);
+    EXPECT_EQ(DoPreview(run.context, 0, 0), noErr);
 }
 
 TEST(RGBPreview, WithoutItsDialogBuildsThePaletteAllTheSame) {
     RGBContext run(30, 40, 3, RandomPixels(PictureKind::photo, 30, 40, 3, 5));
     run.context.numColors = 16;
-    EXPECT_EQ(run.context.DoPreview(0, 0), -1);
+    EXPECT_EQ(DoPreview(run.context, 0, 0), -1);
     EXPECT_EQ(run.context.numColors, 16);
     EXPECT_EQ(run.context.palette.red[0], 255);
 }

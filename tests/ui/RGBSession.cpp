@@ -1,5 +1,6 @@
 #include "RGBSession.h"
 
+#include "GetRGBParameters.h"
 #include "HostDialogs.h"
 #include "IterateArea.h"
 #include "WriteGIF89.h"
@@ -20,7 +21,7 @@ RGBContext::RGBContext(int pictureRows, int pictureColumns, int picturePlanes,
 
 short RGBContext::Ask(Steps steps) {
     const ScriptedUser user(std::move(steps));
-    const short code = context.GetRGB24Parameters(&exact, &supplied);
+    const short code = GetRGB24Parameters(context, &exact, &supplied);
     alerts = user.Alerts();
     return code;
 }

@@ -1,7 +1,7 @@
 // RGB exports that are asked for their options, and what these should come to.
 #pragma once
 
-#include "GIF89Export.h"
+#include "GIF89RGBExport.h"
 #include "RGBDialogItems.h"
 #include "ScriptedHost.h"
 #include "ScriptedUser.h"

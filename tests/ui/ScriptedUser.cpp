@@ -1,8 +1,10 @@
 #include "ScriptedUser.h"
 
 #include "FileManager.h"
-#include "GIF89Export.h"
+#include "GetIndexedParameters.h"
+#include "GetRGBParameters.h"
 #include "ResourceManager.h"
+#include "RunSelector.h"
 
 #include <gtest/gtest.h>
 
@@ -45,10 +47,11 @@ Act ScriptedUser::NextAct(DialogPtr dialog) {
 }
 
 short ScriptedUser::Export(ExportRecord* record) {
+    static constexpr OptionsDialogs kDialogs = {GetRGB24Parameters, GetIndexedParameters};
     std::intptr_t data = 0;
     short result = noErr;
     for (const short selector : {kSelectorPrepare, kSelectorStart, kSelectorFinish})
-        if (result == noErr) RunSelector(selector, record, &data, &result);
+        if (result == noErr) RunSelector(selector, record, &data, &result, kDialogs);
     return result;
 }
 

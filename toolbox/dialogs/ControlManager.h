@@ -1,24 +1,7 @@
-// Buttons, check boxes and pop-ups as records; a display shows them in native widgets.
+// Buttons, check boxes and pop-ups of dialogs; a display shows them in native widgets.
 #pragma once
 
-#include "ToolboxTypes.h"
-
-/// Highlight states of a control.
-constexpr std::int16_t kControlActive = 0;
-constexpr std::int16_t kControlInactive = 255;
-
-struct ControlRecord {
-    struct DialogRecord* contrlOwner;
-    Rect contrlRect;
-    std::int16_t contrlValue;
-    std::int16_t contrlMin;
-    std::int16_t contrlMax;
-    std::int16_t contrlHilite; ///< a part code; kControlInactive cannot be pressed
-    Handle contrlData;         ///< pop-ups: a block that begins with the MenuHandle; else null
-    Str255 contrlTitle;
-    std::int16_t item; ///< number in the dialog
-};
-using ControlHandle = ControlRecord**;
+#include "DialogRecord.h"
 
 /// Every call takes a null control: reading gives 0 or an empty title, writing does nothing.
 short GetControlValue(ControlHandle control);

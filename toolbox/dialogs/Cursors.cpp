@@ -1,4 +1,5 @@
-// Cursors out of resources, and onto the screen of whoever shows the dialogs.
+#include "Cursors.h"
+
 #include "BigEndian.h"
 #include "EventSource.h"
 #include "ResourceManager.h"

@@ -2,10 +2,12 @@
 // so that running out of memory shows and what is not given back is counted.
 #include "DialogManager.h"
 
+#include "ControlManager.h"
 #include "DialogResources.h"
 #include "EventQueue.h"
 #include "EventSource.h"
 #include "MemoryManager.h"
+#include "MenuManager.h"
 #include "PascalStrings.h"
 
 #include <algorithm>

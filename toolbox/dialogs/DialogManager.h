@@ -1,67 +1,10 @@
-// Dialogs, their windows and their items as plain data. Items count from 1.
+// The calls on dialogs, their windows and their items. Items count from 1.
 #pragma once
 
-#include "ControlManager.h"
-#include "MenuManager.h"
-#include "QuickDraw.h"
+#include "DialogRecord.h"
 
 #include <string>
 #include <vector>
-
-struct DialogRecord;
-using DialogPtr = DialogRecord*;
-using WindowPtr = DialogRecord*;
-
-/// Kinds of items; kItemDisabled is added to one that cannot be used.
-enum : std::int16_t {
-    kUserItem = 0,
-    kButtonItem = 4,
-    kCheckBoxItem = 5,
-    kResourceControlItem = 7, ///< a control of a resource; here always a pop-up
-    kStaticTextItem = 8,
-    kEditTextItem = 16,
-    kPictureItem = 64,
-    kItemDisabled = 128,
-};
-
-/// Draws one user item; the port is the dialog.
-using UserItemProc = void (*)(DialogPtr dialog, short item);
-
-struct DialogItem {
-    std::int16_t kind = 0;
-    Rect rect; ///< local coordinates
-    ControlHandle control = nullptr;
-    MenuHandle menu = nullptr;   ///< of a pop-up
-    UserItemProc draw = nullptr; ///< of a user item
-    std::string text;            ///< title, static text as in the resource, or edit text; UTF-8
-    std::int16_t picture = 0;    ///< resource id of a picture item
-    bool isGroup = false;        ///< an outline, not a target of presses
-    bool invalid = true;         ///< is to be drawn
-
-    std::int16_t BaseKind() const { return static_cast<std::int16_t>(kind & ~kItemDisabled); }
-    bool IsDisabled() const { return (kind & kItemDisabled) != 0; }
-};
-
-/// An open dialog: a port with items. Modules reach it through the calls below; displays read it.
-struct DialogRecord : GrafPort {
-    std::vector<DialogItem> items;
-    std::string title;
-    std::intptr_t refCon = 0;
-    std::int16_t resourceID = 0;
-    std::int16_t defaultItem = 0; ///< 0 for none
-    std::int16_t cancelItem = 0;  ///< 0 for none
-    std::int16_t editItem = 0;    ///< the edit text that takes keys, 0 for none
-    bool editActive = true;       ///< false while its text edit is deactivated
-    bool tracksCursor = false;
-    bool visible = false;
-
-    /// The item of that number, or null.
-    DialogItem* Item(short number) {
-        return number >= 1 && static_cast<std::size_t>(number) <= items.size()
-                   ? &items[static_cast<std::size_t>(number) - 1]
-                   : nullptr;
-    }
-};
 
 // Dialogs
 

@@ -1,12 +1,15 @@
 #include "DialogResources.h"
 
 #include "BigEndian.h"
-#include "DialogManager.h"
 #include "ResourceManager.h"
 
+#include <algorithm>
+#include <limits>
 #include <span>
 
 namespace {
+
+constexpr int kScreenWidth = 1024, kScreenHeight = 768;
 
 /// Takes fields off a resource's start. Once one does not fit, it and all later ones read as 0.
 class FieldReader {
@@ -140,4 +143,20 @@ std::optional<std::int16_t> ReadAlertItemList(short id) {
     const std::int16_t itemList = fields.TakeWord();
     fields.TakeBytes(2); // what each stage shows
     return fields.IfComplete(itemList);
+}
+
+void CenterDialog(Handle dialogResource) {
+    constexpr int kBoundsBytes = 8; // top, left, bottom, right
+    if (!dialogResource || GetHandleSize(dialogResource) < kBoundsBytes) return;
+    std::uint8_t* const bounds = *dialogResource;
+    const auto center = [bounds](int nearSide, int farSide, int room) {
+        const int extent =
+            GetBE<std::int16_t>(bounds + farSide) - GetBE<std::int16_t>(bounds + nearSide);
+        if (extent < 1 || extent > std::numeric_limits<std::int16_t>::max()) return;
+        const int start = std::max(0, (room - extent) / 2);
+        PutBE(bounds + nearSide, static_cast<std::int16_t>(start));
+        PutBE(bounds + farSide, static_cast<std::int16_t>(start + extent));
+    };
+    center(0, 4, kScreenHeight);
+    center(2, 6, kScreenWidth);
 }

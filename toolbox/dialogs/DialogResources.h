@@ -1,10 +1,9 @@
 // Reads the resources that describe dialogs: DLOG, DITL, CNTL, MENU and ALRT.
 //
-// Each function answers nothing when the resource is missing or ends before it should.
+// Each reader answers nothing when the resource is missing or ends before it should.
 #pragma once
 
-#include "MenuManager.h"
-#include "ToolboxTypes.h"
+#include "DialogRecord.h"
 
 #include <optional>
 #include <string>
@@ -41,3 +40,6 @@ std::optional<ControlTemplate> ReadControlTemplate(short id);
 std::optional<MenuInfo> ReadMenu(short id);
 /// The id of an alert's DITL.
 std::optional<std::int16_t> ReadAlertItemList(short id);
+
+/// Where the dialog of a DLOG resource comes up: in the middle of the screen.
+void CenterDialog(Handle dialogResource);

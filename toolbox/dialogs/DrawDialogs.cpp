@@ -1,6 +1,7 @@
-// Draws what is invalid in the dialogs.
+#include "DrawDialogs.h"
+
+#include "DialogManager.h"
 #include "EventSource.h"
-#include "QuickDraw.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 // order in which they came.
 #pragma once
 
-#include "DialogManager.h"
-#include "EventManager.h"
+#include "DialogRecord.h"
+#include "EventTypes.h"
 
 #include <optional>
 
@@ -15,9 +15,13 @@ struct QueueEntry {
     bool byFilter = false; ///< reported whether the item is enabled or not
 };
 
+/// Puts an event behind the waiting ones; for sources.
+void PostEvent(const EventRecord& event);
 void AppendToQueue(const QueueEntry& entry);
 /// Takes the first event, or hit in `dialog`; hits in other dialogs go on waiting for theirs.
 std::optional<QueueEntry> TakeFromQueue(DialogPtr dialog);
+/// True while an event waits that ends the current press.
+bool EndOfPressWaits();
 /// Takes the first event of the mask's kinds without looking for new ones.
 std::optional<EventRecord> TakeQueuedEvent(short mask);
 /// Forgets the hits of a dialog that goes.

@@ -1,9 +1,7 @@
 #include "EventSource.h"
 
 #include "EventQueue.h"
-#include "PascalStrings.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -20,29 +18,4 @@ EventSource* SetEventSource(EventSource* source) {
 
 EventSource* CurrentEventSource() {
     return theSource;
-}
-
-void PostItemHit(DialogPtr dialog, short item) {
-    // The modal loop looks whether the item is enabled, when the hit's turn comes.
-    if (dialog->Item(item)) AppendToQueue({{}, dialog, item, false});
-}
-
-bool ChoosePopUpEntry(DialogPtr dialog, short item, short entry) {
-    const DialogItem* const popUp = dialog->Item(item);
-    if (!popUp || !popUp->menu || popUp->IsDisabled()) return false;
-    if (!(*popUp->menu)->CanChoose(entry)) return false;
-    // A menu may have grown since its control was made.
-    if (GetControlMaximum(popUp->control) < entry) SetControlMaximum(popUp->control, entry);
-    SetControlValue(popUp->control, entry);
-    PostItemHit(dialog, item);
-    return true;
-}
-
-void EditTextChanged(DialogPtr dialog, short item, const std::string& text) {
-    DialogItem* const edited = dialog->Item(item);
-    if (!edited || edited->BaseKind() != kEditTextItem || edited->IsDisabled()) return;
-    dialog->editItem = item;
-    edited->text = CutText(text);
-    if (edited->text != text && theSource) theSource->ItemChanged(dialog, item, ItemChange::text);
-    PostItemHit(dialog, item);
 }

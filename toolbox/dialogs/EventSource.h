@@ -1,8 +1,8 @@
 // The seam between dialogs as data and whoever shows and operates them: a script or a display.
 #pragma once
 
-#include "DialogManager.h"
-#include "EventManager.h"
+#include "DialogRecord.h"
+#include "EventTypes.h"
 
 #include <string>
 
@@ -18,7 +18,8 @@ enum class ItemChange : std::uint8_t {
     focus, ///< an edit text is to be selected whole and get the keys, or its activation changed
 };
 
-/// Operates the dialogs of one thread. The toolbox calls it; it calls the functions below.
+/// Operates the dialogs of one thread. The toolbox calls it; it posts what happens with the calls
+/// of SourceCalls.h and EventQueue.h.
 class EventSource {
   public:
     virtual ~EventSource() = default;
@@ -30,7 +31,7 @@ class EventSource {
     virtual void ItemChanged(DialogPtr dialog, short item, ItemChange change) = 0;
 
     // Input
-    /// Waits up to so long for something to happen, posts it with the functions below, and returns
+    /// Waits up to so long for something to happen, posts it, and returns
     /// as soon as something was posted. The only call that waits.
     virtual void Pump(int milliseconds) = 0;
     virtual bool ButtonDown() = 0;
@@ -56,20 +57,3 @@ class EventSource {
 /// cancelled at once. The caller keeps ownership.
 EventSource* SetEventSource(EventSource* source);
 EventSource* CurrentEventSource();
-
-// For sources
-
-/// Puts an event behind the waiting ones.
-void PostEvent(const EventRecord& event);
-/// Offers an event that a native widget is about to handle to the filter of the modal loop around
-/// it; true when the filter took it and the widget must not.
-bool OfferEvent(DialogPtr dialog, const EventRecord& event);
-/// Tells the modal loop that an enabled item was used.
-void PostItemHit(DialogPtr dialog, short item);
-/// Draws every invalid item of every visible dialog.
-void DrawInvalidItems();
-/// An entry was chosen in a pop-up: sets its value and posts the hit. False when item or entry is
-/// missing, disabled or a separator.
-bool ChoosePopUpEntry(DialogPtr dialog, short item, short entry);
-/// The user has changed an edit text: keeps the text and posts the hit.
-void EditTextChanged(DialogPtr dialog, short item, const std::string& text);

@@ -1,11 +1,10 @@
 #include "HostDialogs.h"
 
-#include "BigEndian.h"
-#include "DialogResources.h"
+#include "ControlManager.h"
 #include "EventSource.h"
 #include "MemoryManager.h"
+#include "Notices.h"
 #include "PascalStrings.h"
-#include "ResourceManager.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,15 +12,6 @@
 #include <optional>
 
 namespace {
-
-constexpr int kScreenWidth = 1024, kScreenHeight = 768;
-
-void TellUser(const std::string& sentence) {
-    if (EventSource* const source = CurrentEventSource())
-        source->Alert(EventSource::AlertKind::caution, sentence);
-    else
-        std::fprintf(stderr, "%s\n", sentence.c_str());
-}
 
 ControlHandle ControlOf(DialogPtr dialog, short item) {
     const DialogItem* const found = dialog->Item(item);
@@ -90,22 +80,6 @@ void SayCursorsStandStill(const char* call) {
 
 } // namespace
 
-void CenterDialog(Handle dialogResource) {
-    constexpr int kBoundsBytes = 8; // top, left, bottom, right
-    if (!dialogResource || GetHandleSize(dialogResource) < kBoundsBytes) return;
-    std::uint8_t* const bounds = *dialogResource;
-    const auto center = [bounds](int nearSide, int farSide, int room) {
-        const int extent =
-            GetBE<std::int16_t>(bounds + farSide) - GetBE<std::int16_t>(bounds + nearSide);
-        if (extent < 1 || extent > std::numeric_limits<std::int16_t>::max()) return;
-        const int start = std::max(0, (room - extent) / 2);
-        PutBE(bounds + nearSide, static_cast<std::int16_t>(start));
-        PutBE(bounds + farSide, static_cast<std::int16_t>(start + extent));
-    };
-    center(0, 4, kScreenHeight);
-    center(2, 6, kScreenWidth);
-}
-
 Boolean FetchNumber(DialogPtr dialog, short item, std::int32_t minimum, std::int32_t maximum,
                     std::int32_t* number) {
     const auto entered = ReadWholeNumber(TextOf(dialog, item));
@@ -113,8 +87,8 @@ Boolean FetchNumber(DialogPtr dialog, short item, std::int32_t minimum, std::int
         *number = static_cast<std::int32_t>(*entered);
         return true;
     }
-    TellUser("Please enter a whole number from " + std::to_string(minimum) + " to " +
-             std::to_string(maximum) + ".");
+    ShowCaution("Please enter a whole number from " + std::to_string(minimum) + " to " +
+                std::to_string(maximum) + ".");
     SelectTextItem(dialog, item);
     return false;
 }
@@ -156,31 +130,6 @@ Boolean GetCheckBoxState(DialogPtr dialog, short item) {
 
 short GetPopUpMenuValue(DialogPtr dialog, short item) {
     return GetControlValue(ControlOf(dialog, item));
-}
-
-void ShowAlert(short id) {
-    const auto listID = ReadAlertItemList(id);
-    const auto items = listID ? ReadItemList(*listID) : std::nullopt;
-    if (!items) return;
-    const auto text = std::find_if(items->begin(), items->end(), [](const ItemTemplate& item) {
-        return (item.kind & ~kItemDisabled) == kStaticTextItem;
-    });
-    if (text != items->end()) TellUser(SubstituteParamText(text->text));
-}
-
-void ShowNoticeDialog(short id) {
-    constexpr short kDismiss = 1;
-    const Handle resource = GetResource(FourCC("DLOG"), id);
-    if (!resource) return;
-    CenterDialog(resource);
-    const DialogPtr dialog = GetNewDialog(id, nullptr, nullptr);
-    if (!dialog) return;
-    SetDialogDefaultItem(dialog, kDismiss);
-    SetDialogCancelItem(dialog, kDismiss);
-    ShowWindow(dialog);
-    short item = 0;
-    while (item != kDismiss) MoveableModalDialog(dialog, nullptr, nullptr, &item);
-    DisposeDialog(dialog);
 }
 
 void StringToNumber(ConstStr255Param text, std::int32_t* number) {

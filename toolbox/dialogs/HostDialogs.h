@@ -1,26 +1,12 @@
-// The host's calls for plug-in dialogs: the modal loop, numbers and texts in items, check boxes,
-// pop-ups, alerts, the colour picker.
+// The host's calls for plug-in dialogs: numbers and texts in items, check boxes, pop-ups, the
+// colour picker.
 #pragma once
 
 #include "DialogManager.h"
-#include "EventManager.h"
 
-/// Sees every event before the dialog does. Nonzero takes the event; *item, when set, is reported.
-using ModalFilterProc = Boolean (*)(DialogPtr dialog, EventRecord* event, short* item);
-/// Serves events that are not the dialog's.
-using ModalEventProc = void(const void* event);
-
-/// Runs the dialog until one item is hit. Null events come about thirty times a second. *item is 0
-/// when the filter took an event without naming an item; it is the cancel item when no source
-/// operates the dialog or the source has failed.
-void MoveableModalDialog(DialogPtr dialog, ModalEventProc* eventProc, ModalFilterProc filter,
-                         short* item);
 inline std::intptr_t GetMoveableWRefCon(DialogPtr dialog) {
     return GetWRefCon(dialog);
 }
-
-/// Where the dialog of a DLOG resource comes up: in the middle of the screen.
-void CenterDialog(Handle dialogResource);
 
 /// Reads an edit text as a whole number. False after telling the user, with the text selected,
 /// when it is none or lies outside the range.
@@ -36,13 +22,6 @@ void SetOutlineGroup(DialogPtr dialog, short item);
 void SetCheckBoxState(DialogPtr dialog, short item, Boolean checked);
 Boolean GetCheckBoxState(DialogPtr dialog, short item);
 short GetPopUpMenuValue(DialogPtr dialog, short item);
-
-/// Shows the alert of that resource id with the texts of ParamText.
-void ShowAlert(short id);
-
-/// Shows the dialog of that resource id, which only tells something: item 1 is its default item,
-/// its cancel item and the only way out. A missing resource shows nothing.
-void ShowNoticeDialog(short id);
 
 /// Digits with an optional sign; anything else ends the number. No digits give 0.
 void StringToNumber(ConstStr255Param text, std::int32_t* number);

@@ -1,8 +1,11 @@
-// The modal loop: one event at a time to the filter, then to the dialog.
+#include "ModalDialog.h"
+
+#include "Cursors.h"
+#include "DialogManager.h"
+#include "DrawDialogs.h"
+#include "EventManager.h"
 #include "EventQueue.h"
 #include "EventSource.h"
-#include "HostDialogs.h"
-#include "QuickDraw.h"
 
 #include <utility>
 

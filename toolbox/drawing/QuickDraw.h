@@ -137,10 +137,9 @@ void GetFontInfo(FontInfo* info);
 /// UTF-8, with the baseline at the pen, which moves on by the width; without a surface it stays.
 void DrawString(ConstStr255Param text);
 
-// Pictures, pixels, cursors
+// Pictures and pixels
 
 using PicHandle = Handle;
-using CursHandle = Cursor**;
 
 /// The picture resource, or null.
 PicHandle GetPicture(short id);
@@ -156,10 +155,3 @@ void CTabChanged(CTabHandle table);
 /// maps and unequal sizes draw nothing. `mask` must be null.
 void CopyBits(const PixMap* source, GrafPtr destination, const Rect* sourceRect,
               const Rect* destRect, short mode, const void* mask);
-
-/// The cursor resource, decoded, or null. It belongs to the toolbox and stays valid.
-CursHandle GetCursor(short id);
-/// Shows a cursor; null does nothing.
-void SetCursor(const Cursor* cursor);
-void SetArrowCursor();
-void InitCursor();

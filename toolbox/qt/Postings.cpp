@@ -1,5 +1,9 @@
 #include "Postings.h"
 
+#include "EventQueue.h"
+#include "ModalDialog.h"
+#include "SourceCalls.h"
+
 void Postings::Event(const EventRecord& event) {
     ++count;
     PostEvent(event);

@@ -2,7 +2,11 @@
 // one look brings nothing, so that the modal loop makes a null event.
 #include "ScriptSource.h"
 
+#include "DialogManager.h"
+#include "EventQueue.h"
+#include "ModalDialog.h"
 #include "PascalStrings.h"
+#include "SourceCalls.h"
 
 #include <algorithm>
 #include <cstring>

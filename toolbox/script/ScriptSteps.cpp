@@ -1,4 +1,5 @@
 // What the acts of a script are made of: each becomes steps when it begins, or a refusal.
+#include "DialogManager.h"
 #include "PascalStrings.h"
 #include "QuickDraw.h"
 #include "ScriptSource.h"

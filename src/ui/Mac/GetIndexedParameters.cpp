@@ -1,8 +1,9 @@
-// The options of an indexed export: opens the dialog, serves what is hit in it, and takes the
-// choices over on OK.
-#include "GIF89Export.h"
+#include "GetIndexedParameters.h"
 
 #include "ChannelNames.h"
+#include "Cursors.h"
+#include "DialogResources.h"
+#include "GIF89IndexedExport.h"
 #include "IndexedDialog.h"
 #include "IndexedFilter.h"
 #include "IndexedPreview.h"
@@ -10,6 +11,7 @@
 #include "LocalDialogUtilities.h"
 #include "LumoGetColor.h"
 #include "MemoryManager.h"
+#include "MenuManager.h"
 #include "PascalStrings.h"
 #include "PreviewTools.h"
 #include "ResourceManager.h"
@@ -251,7 +253,7 @@ short ShowDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlo
 
 } // namespace
 
-short GIF89IndexedExport::GetIndexedParameters() {
+short GetIndexedParameters(GIF89IndexedExport& context) {
     const Handle resource = GetResource(FourCC("DLOG"), kIndexedDialog);
     if (!resource) return kNoDialog;
     HNoPurge(resource);
@@ -261,7 +263,7 @@ short GIF89IndexedExport::GetIndexedParameters() {
     PreviewMemory memory(&g);
     if (const DialogPtr dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr)) {
         const bool canPreview = memory.Allocate(ItemRect(dialog, kIndexedPreviewItem));
-        code = canPreview ? ShowDialog(dialog, *this, &g) : short{memFullErr};
+        code = canPreview ? ShowDialog(dialog, context, &g) : short{memFullErr};
         DisposeDialog(dialog);
     }
     HPurge(resource);

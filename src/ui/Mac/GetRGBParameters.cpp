@@ -1,13 +1,19 @@
-// The options of an RGB export, asked for in a dialog.
-#include "GIF89Export.h"
+#include "GetRGBParameters.h"
+
+#include "ControlManager.h"
+#include "Cursors.h"
+#include "DialogResources.h"
+#include "GIF89RGBExport.h"
 #include "HostDialogs.h"
 #include "ItemDrawing.h"
 #include "LocalDialogUtilities.h"
 #include "LumoGetColor.h"
+#include "ModalDialog.h"
 #include "PreviewTools.h"
 #include "RGBColorCount.h"
 #include "RGBDialogItems.h"
 #include "RGBPaletteMenu.h"
+#include "RGBPreview.h"
 #include "ResourceManager.h"
 
 #include <algorithm>
@@ -162,7 +168,7 @@ void ShowPreview(GIF89RGBExport* context, PaletteFlags flags) {
     const RGBLookUpTable palette = context->palette;
     const std::int32_t numColors = context->numColors;
     const std::int16_t transIndex = context->transIndex;
-    context->DoPreview(flags.exact, flags.supplied);
+    DoPreview(*context, flags.exact, flags.supplied);
     context->palette = palette;
     context->numColors = numColors;
     context->transIndex = transIndex;
@@ -269,24 +275,24 @@ DialogPtr OpenDialog(GIF89RGBExport* context) {
 
 } // namespace
 
-short GIF89RGBExport::GetRGB24Parameters(unsigned char* exact, unsigned char* supplied) {
+short GetRGB24Parameters(GIF89RGBExport& context, unsigned char* exact, unsigned char* supplied) {
     *exact = *supplied = 0;
     const Handle resource = GetResource(FourCC("DLOG"), kDialog);
     if (!resource) return kNoDialog;
     HLock(resource);
-    const ItemColors itemColors(*this);
+    const ItemColors itemColors(context);
     CenterDialog(resource);
-    const DialogPtr dialog = OpenDialog(this);
+    const DialogPtr dialog = OpenDialog(&context);
     short code = kNoDialog;
     if (dialog) {
-        chosenColor = WidenToWords(transparentColor);
-        hasPaletteFileEntry = hasTypedCountEntry = 0;
-        paletteFile = FSSpec();
-        RGBResetAll(dialog, this);
+        context.chosenColor = WidenToWords(context.transparentColor);
+        context.hasPaletteFileEntry = context.hasTypedCountEntry = 0;
+        context.paletteFile = FSSpec();
+        RGBResetAll(dialog, &context);
         SetArrowCursor();
         ShowWindow(dialog);
         PaletteFlags flags;
-        code = RunDialog(dialog, this, &flags);
+        code = RunDialog(dialog, &context, &flags);
         *exact = flags.exact;
         *supplied = flags.supplied;
         DisposeDialog(dialog);

@@ -4,6 +4,7 @@
 
 #include "GetParameters.h"
 #include "HostDialogs.h"
+#include "ModalDialog.h"
 
 #include <cstdint>
 

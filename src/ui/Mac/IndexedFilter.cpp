@@ -1,5 +1,7 @@
 #include "IndexedFilter.h"
 
+#include "ControlManager.h"
+#include "Cursors.h"
 #include "IndexedDialog.h"
 #include "IndexedPreview.h"
 #include "ItemDrawing.h"

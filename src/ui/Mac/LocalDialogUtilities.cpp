@@ -1,5 +1,8 @@
 #include "LocalDialogUtilities.h"
 
+#include "ControlManager.h"
+#include "MenuManager.h"
+
 #include <cstring>
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "HostDialogs.h"
 #include "LocalDialogUtilities.h"
+#include "MenuManager.h"
 #include "RGBDialogItems.h"
 #include "ResourceManager.h"
 

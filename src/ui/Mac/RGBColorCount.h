@@ -3,7 +3,7 @@
 #pragma once
 
 #include "DialogManager.h"
-#include "GIF89Export.h"
+#include "GIF89RGBExport.h"
 
 /// The count that SetColorDepthText reads from the text.
 constexpr std::int32_t kTypedCount = -1;

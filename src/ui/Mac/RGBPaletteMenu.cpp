@@ -3,6 +3,8 @@
 #include "HostDialogs.h"
 #include "LoadColorTable.h"
 #include "LocalDialogUtilities.h"
+#include "MenuManager.h"
+#include "Notices.h"
 #include "RGBColorCount.h"
 #include "RGBDialogItems.h"
 #include "ResourceManager.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "DialogManager.h"
-#include "GIF89Export.h"
+#include "GIF89RGBExport.h"
 
 /// Chooses an entry that is no palette file, as the dialog does when it opens.
 void ShowPaletteEntry(DialogPtr dialog, GIF89RGBExport* context, short entry);

@@ -1,10 +1,13 @@
 #include "RGBPreview.h"
 
+#include "Cursors.h"
+#include "DialogResources.h"
 #include "HostDialogs.h"
 #include "IndexedFilter.h"
 #include "IndexedPreview.h"
 #include "ItemDrawing.h"
 #include "MemoryManager.h"
+#include "ModalDialog.h"
 #include "PreviewTools.h"
 #include "PreviewTracking.h"
 #include "ResourceManager.h"
@@ -247,10 +250,10 @@ void RunDialog(DialogPtr dialog, PreviewDialogGlobals* g) {
 
 } // namespace
 
-short GIF89RGBExport::DoPreview(unsigned char exact, unsigned char supplied) {
+short DoPreview(GIF89RGBExport& context, unsigned char exact, unsigned char supplied) {
     // Deliberate: how these two end is not looked at. The export does both again, and reports.
-    SetupPalette(exact, supplied);
-    MakeGIFBuffer();
+    context.SetupPalette(exact, supplied);
+    context.MakeGIFBuffer();
 
     const Handle resource = GetResource(FourCC("DLOG"), kDialog);
     if (!resource) return kNoDialog;
@@ -259,7 +262,7 @@ short GIF89RGBExport::DoPreview(unsigned char exact, unsigned char supplied) {
     short code = kNoDialog;
     if (const DialogPtr dialog = GetNewDialog(kDialog, nullptr, nullptr)) {
         PreviewDialogGlobals g;
-        g.context = this;
+        g.context = &context;
         const Rect view = ItemRect(dialog, kRGBPreviewImageItem);
         const bool canShow = AllocatePreview(&g, view.bottom - view.top, view.right - view.left);
         if (canShow) RunDialog(dialog, &g);

@@ -4,7 +4,7 @@
 
 #include "DialogManager.h"
 #include "EventManager.h"
-#include "GIF89Export.h"
+#include "GIF89RGBExport.h"
 #include "GetParameters.h"
 
 /// Items of the preview dialog.
@@ -64,3 +64,8 @@ void TrackToolItemHit(DialogPtr dialog, const EventRecord* event, short item,
 
 /// Event filter of the dialog.
 Boolean PreviewDialogFilter(DialogPtr dialog, EventRecord* event, short* item);
+
+/// Builds palette and `gifBuffer` as an export with these flags would and shows both in a dialog.
+/// What it leaves in `palette`, `numColors` and `transIndex` is the caller's to restore. 0, -1 when
+/// the dialog cannot be had, or memFullErr.
+short DoPreview(GIF89RGBExport& context, unsigned char exact, unsigned char supplied);

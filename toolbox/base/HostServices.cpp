@@ -1,0 +1,30 @@
+#include "HostServices.h"
+
+#include "NoticeResponder.h"
+
+namespace {
+
+constexpr std::int16_t kHandleProcsVersion = 1;
+constexpr std::int16_t kHandleProcsCount = 4;
+
+bool IsComplete(const HostHandleProcs& procs) {
+    return procs.version >= kHandleProcsVersion && procs.count >= kHandleProcsCount &&
+           procs.newHandle && procs.disposeHandle && procs.getHandleSize && procs.setHandleSize;
+}
+
+} // namespace
+
+bool WarnHostHandleProcsAvailable(const HostHandleProcs* procs) {
+    if (procs && IsComplete(*procs)) return true;
+    CurrentNoticeResponder().Warn("This application lacks the handle services (version 1, four "
+                                  "procedures) that exporting a GIF file needs.");
+    return false;
+}
+
+std::int32_t HostGetHandleSize(const HostHandleProcs* procs, Handle handle) {
+    return handle ? procs->getHandleSize(handle) : 0;
+}
+
+void HostDisposeHandle(const HostHandleProcs* procs, Handle handle) {
+    if (handle) procs->disposeHandle(handle);
+}
