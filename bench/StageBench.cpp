@@ -1,6 +1,7 @@
 // Every stage of an export beside its plain twin: `diffuse` is the module's routine,
 // `diffuse_plain` the line-by-line version that the tests compare it with. What counts is the ratio
 // within one run.
+#include "FileTypes.h"
 #include "InverseMap.h"
 #include "Pictures.h"
 
@@ -28,7 +29,7 @@ namespace {
 
 constexpr PackedColor kTransparent = 0xC0C0C0;
 constexpr std::uint8_t kTransparentIndex = 255;
-constexpr OSType kGIFType = FourCC("GIFf"), kCreator = FourCC("test");
+constexpr OSType kCreator = FourCC("test");
 
 using Stage = void (*)(const BenchPicture& picture);
 
@@ -157,7 +158,7 @@ void WriteGifStage(const BenchPicture& picture) {
     FSSpec file;
     PathToFSSpec(Folder().Path("bench.gif"), &file);
     FSpDelete(&file);
-    FSpCreate(&file, kCreator, kGIFType, 0);
+    FSpCreate(&file, kCreator, kGIFFileType, 0);
     const Point size = {kBenchRows, kBenchColumns};
     WriteGIF89(&file, &size, picture.indices.data(), kBenchColumns, 1, -1, &picture.palette, 256,
                nullptr);

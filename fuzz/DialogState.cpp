@@ -4,15 +4,13 @@
 #include "GetParameters.h"
 #include "IndexedDialog.h"
 #include "MenuManager.h"
-#include "RGBDialogItems.h"
+#include "ModuleResources.h"
 #include "RGBPreview.h"
 #include "Require.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr short kRGBDialog = 16000, kPreviewDialog = 16002;
 
 bool IsEnabled(DialogPtr dialog, short item) {
     return !dialog->Item(item)->IsDisabled();
@@ -105,7 +103,7 @@ void CheckPreview(DialogPtr dialog) {
 } // namespace
 
 bool IsPreview(DialogPtr dialog) {
-    return dialog->resourceID == kPreviewDialog;
+    return dialog->resourceID == kRGBPreviewDialog;
 }
 
 void CheckDialogState(DialogPtr dialog) {

@@ -2,7 +2,8 @@
 
 #include "ControlManager.h"
 #include "FileManager.h"
-#include "OptionItems.h"
+#include "ModuleResources.h"
+#include "PaletteNames.h"
 #include "SourceCalls.h"
 
 #include <algorithm>
@@ -15,7 +16,7 @@ namespace gif89 {
 namespace {
 
 bool IsOptions(DialogPtr dialog) {
-    return dialog->resourceID == kRGBOptions || dialog->resourceID == kIndexedOptions;
+    return dialog->resourceID == kRGBDialog || dialog->resourceID == kIndexedDialog;
 }
 
 std::size_t PixelCount(const Picture& picture) {
@@ -41,9 +42,9 @@ void ChoicesWatch::DialogShown(DialogPtr dialog) {
     if (!IsOptions(dialog)) return;
     opened = ReadItems(dialog);
     pickedColor = false;
-    if (dialog->resourceID != kIndexedOptions) return;
+    if (dialog->resourceID != kIndexedDialog) return;
     if (const short channel = OwnTransparency(picture))
-        ChoosePopUpEntry(dialog, kIndexedChannelPopUp, static_cast<short>(channel + 1));
+        ChoosePopUpEntry(dialog, kIndexedChannelItem, static_cast<short>(channel + 1));
 }
 
 void ChoicesWatch::DialogClosed(DialogPtr dialog) {
@@ -75,11 +76,11 @@ ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {
     for (std::size_t i = 0; i < dialog->items.size(); ++i)
         if (const ControlHandle control = dialog->items[i].control)
             read.values[static_cast<short>(i + 1)] = GetControlValue(control);
-    if (dialog->resourceID != kRGBOptions) return read;
-    read.count = dialog->Item(kRGBCountText)->text;
-    const MenuInfo& palettes = **dialog->Item(kRGBPalettePopUp)->menu;
-    const short entry = read.values[kRGBPalettePopUp];
-    if (entry > kFixedPalette && static_cast<std::size_t>(entry) <= palettes.entries.size())
+    if (dialog->resourceID != kRGBDialog) return read;
+    read.count = dialog->Item(kRGBCountItem)->text;
+    const MenuInfo& palettes = **dialog->Item(kRGBPalettePopUpItem)->menu;
+    const short entry = read.values[kRGBPalettePopUpItem];
+    if (entry > kFixedEntry && static_cast<std::size_t>(entry) <= palettes.entries.size())
         read.paletteFile = palettes.entries[static_cast<std::size_t>(entry) - 1].text;
     return read;
 }
@@ -89,8 +90,8 @@ ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {
 ExportChoices ChoicesWatch::Choices(const DecodedGif& gif, Marks marks) const {
     ExportChoices choices;
     const bool indexed = picture.kind == Picture::Kind::indexed;
-    const short interlace = indexed ? kIndexedInterlaceBox : kRGBInterlaceBox;
-    const short comment = indexed ? kIndexedCommentBox : kRGBCommentBox;
+    const short interlace = indexed ? kIndexedInterlaceItem : kRGBInterlaceItem;
+    const short comment = indexed ? kIndexedCommentItem : kRGBCommentItem;
     if (Changed(interlace)) choices.interlace = closed.values.at(interlace) != 0;
     if (Changed(comment)) choices.comment = closed.values.at(comment) != 0;
     // The colour that was picked stands in the table of the file.
@@ -111,15 +112,15 @@ bool ChoicesWatch::Changed(short item) const {
 
 // Marks and the inverting of a channel show in no item, but the file tells them.
 void ChoicesWatch::TakeIndexed(const DecodedGif& gif, Marks marks, ExportChoices& choices) const {
-    const auto found = closed.values.find(kIndexedChannelPopUp);
-    const short entry = found == closed.values.end() ? kNoChannel : found->second;
+    const auto found = closed.values.find(kIndexedChannelItem);
+    const short entry = found == closed.values.end() ? kNoChannelEntry : found->second;
     const short own = OwnTransparency(picture);
-    if (entry <= kNoChannel) {
+    if (entry <= kNoChannelEntry) {
         choices.transparent = MarkedEntries(gif, marks);
         choices.opaque = own != 0 && choices.transparent.empty();
         return;
     }
-    const auto channel = static_cast<std::size_t>(entry - kNoChannel);
+    const auto channel = static_cast<std::size_t>(entry - kNoChannelEntry);
     if (channel > picture.channels.size()) return;
     const Channel& chosen = picture.channels[channel - 1];
     // A channel hides every pixel or shows it, so that the first one tells which way it is read.
@@ -154,20 +155,19 @@ std::vector<std::string> ChoicesWatch::MarkedEntries(const DecodedGif& gif, Mark
 }
 
 void ChoicesWatch::TakeRGB(ExportChoices& choices) const {
-    const auto found = closed.values.find(kRGBPalettePopUp);
+    const auto found = closed.values.find(kRGBPalettePopUpItem);
     if (found == closed.values.end()) return;
     const short entry = found->second;
-    const bool own = entry == kExactPalette || entry == kAdaptivePalette;
-    if (Changed(kRGBPalettePopUp))
-        choices.palette =
-            entry <= kFixedPalette ? kPaletteNames[entry - kExactPalette] : PaletteFile();
-    const bool changedCount = closed.count != opened.count || Changed(kRGBPalettePopUp);
+    const bool own = entry == kExactEntry || entry == kAdaptiveEntry;
+    if (Changed(kRGBPalettePopUpItem))
+        choices.palette = entry <= kFixedEntry ? kPaletteNames[entry - kExactEntry] : PaletteFile();
+    const bool changedCount = closed.count != opened.count || Changed(kRGBPalettePopUpItem);
     int count = 0;
     const char* const end = closed.count.data() + closed.count.size();
-    if (entry != kExactPalette && changedCount &&
+    if (entry != kExactEntry && changedCount &&
         std::from_chars(closed.count.data(), end, count).ptr == end)
         choices.colors = count;
-    choices.resize = !own && closed.values.at(kRGBResizeBox) != 0;
+    choices.resize = !own && closed.values.at(kRGBResizeItem) != 0;
 }
 
 // The menu shows the file's name; without a match a longer name is shown in short.

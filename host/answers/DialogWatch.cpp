@@ -2,16 +2,18 @@
 
 #include "ControlManager.h"
 #include "DialogManager.h"
-#include "OptionItems.h"
+#include "ModuleResources.h"
+#include "PaletteNames.h"
 
 #include <iterator>
 
 namespace gif89 {
 
 void DialogWatch::DialogClosed(DialogPtr dialog) {
-    if (dialog->resourceID == kRGBOptions) {
+    if (dialog->resourceID == kRGBDialog) {
         const auto chosen =
-            static_cast<std::size_t>(GetControlValue(dialog->Item(kRGBPalettePopUp)->control)) - 1;
+            static_cast<std::size_t>(GetControlValue(dialog->Item(kRGBPalettePopUpItem)->control)) -
+            1;
         palette = chosen < std::size(kPaletteNames) ? kPaletteNames[chosen] : "loaded";
     }
     EventRelay::DialogClosed(dialog);

@@ -1,7 +1,8 @@
 #include "Operator.h"
 
 #include "ControlManager.h"
-#include "OptionItems.h"
+#include "ModuleResources.h"
+#include "PaletteNames.h"
 
 #include <algorithm>
 #include <charconv>
@@ -9,8 +10,7 @@
 namespace gif89 {
 namespace {
 
-// The colour table: cells on a pitch of 11 pixels, 32 in a row.
-constexpr int kCellPitch = 11, kCellsPerRow = 32, kCellMiddle = 5;
+constexpr int kCellMiddle = 1 + kCellSize / 2;
 
 std::optional<int> ParseNumber(std::string_view text) {
     int number = 0;
@@ -89,11 +89,11 @@ Act Operator::NextAct(DialogPtr dialog) {
         if (!script.Alerts().empty()) throw Problem(script.Alerts().back(), refusal);
         if (!planned) {
             planned = true;
-            if (dialog->resourceID == kIndexedOptions)
+            if (dialog->resourceID == kIndexedDialog)
                 PlanIndexed(dialog);
             else
                 PlanRGB(dialog);
-            acts.push_back(PressItem(kOKButton));
+            acts.push_back(PressItem(kOKItem));
         }
     } catch (const Problem& found) {
         problem = found;
@@ -112,20 +112,21 @@ void Operator::PlanIndexed(DialogPtr dialog) {
         throw Problem("an indexed picture keeps its own palette; --palette, --colors and --resize "
                       "need --mode rgb",
                       kUsage);
-    PlanCheckBox(dialog, kIndexedInterlaceBox, choices.interlace, "interlacing");
-    PlanCheckBox(dialog, kIndexedCommentBox, choices.comment, "a comment");
+    PlanCheckBox(dialog, kIndexedInterlaceItem, choices.interlace, "interlacing");
+    PlanCheckBox(dialog, kIndexedCommentItem, choices.comment, "a comment");
     PlanMarks(dialog);
     PlanChannel(dialog);
-    if (choices.matte) PlanMatte(dialog, kIndexedMatteBox);
+    if (choices.matte) PlanMatte(dialog, kIndexedSwatchItem);
 }
 
 void Operator::PlanRGB(DialogPtr dialog) {
     if (!choices.transparent.empty() || !choices.alpha.empty() || choices.invert)
         throw Problem("--transparent, --alpha and --invert are for indexed pictures", kUsage);
     PlanPalette(dialog);
-    PlanCheckBox(dialog, kRGBInterlaceBox, choices.interlace, "interlacing");
-    PlanCheckBox(dialog, kRGBCommentBox, choices.comment, "a comment");
-    if (choices.matte && !choices.opaque) PlanMatte(dialog, kRGBMatteBox); // else it is laid under
+    PlanCheckBox(dialog, kRGBInterlaceItem, choices.interlace, "interlacing");
+    PlanCheckBox(dialog, kRGBCommentItem, choices.comment, "a comment");
+    if (choices.matte && !choices.opaque)
+        PlanMatte(dialog, kRGBColorBoxItem); // else it is laid under
 }
 
 void Operator::PlanCheckBox(DialogPtr dialog, short item, const std::optional<bool>& wanted,
@@ -137,10 +138,10 @@ void Operator::PlanCheckBox(DialogPtr dialog, short item, const std::optional<bo
 }
 
 void Operator::PlanMarks(DialogPtr dialog) {
-    const Rect& table = dialog->Item(kIndexedTable)->rect;
+    const Rect& table = dialog->Item(kIndexedTableItem)->rect;
     for (const std::string& name : choices.transparent)
         for (const int entry : EntriesNamed(name, ShownEntries())) {
-            const int row = entry / kCellsPerRow, column = entry % kCellsPerRow;
+            const int row = entry / kCellsInRow, column = entry % kCellsInRow;
             acts.push_back(PressAt(
                 {static_cast<std::int16_t>(table.top + row * kCellPitch + kCellMiddle),
                  static_cast<std::int16_t>(table.left + column * kCellPitch + kCellMiddle)}));
@@ -204,41 +205,41 @@ void Operator::PlanChannel(DialogPtr) {
             throw Problem("--invert needs a channel; name one with --alpha", kUsage);
         return;
     }
-    const auto entry = static_cast<short>(kNoChannel + ChannelNamed(wanted));
+    const auto entry = static_cast<short>(kNoChannelEntry + ChannelNamed(wanted));
     if (choices.invert) acts.push_back(HoldKey(kKeyOption));
-    acts.push_back(ChooseEntry(kIndexedChannelPopUp, entry));
+    acts.push_back(ChooseEntry(kIndexedChannelItem, entry));
     if (choices.invert) acts.push_back(ReleaseKey(kKeyOption));
 }
 
 void Operator::PlanPalette(DialogPtr dialog) {
     const auto* const named =
         std::find(std::begin(kPaletteNames), std::end(kPaletteNames), choices.palette);
-    const auto entry = static_cast<short>(kExactPalette + (named - std::begin(kPaletteNames)));
+    const auto entry = static_cast<short>(kExactEntry + (named - std::begin(kPaletteNames)));
     if (choices.palette.empty()) {
         // A number of colours is only asked for where it is not the picture's own.
-        if (choices.colors && !IsEnabled(dialog, kRGBCountText))
-            acts.push_back(ChooseEntry(kRGBPalettePopUp, kAdaptivePalette));
+        if (choices.colors && !IsEnabled(dialog, kRGBCountItem))
+            acts.push_back(ChooseEntry(kRGBPalettePopUpItem, kAdaptiveEntry));
     } else if (named == std::end(kPaletteNames)) {
-        acts.push_back(PressItem(kRGBLoadButton));
+        acts.push_back(PressItem(kRGBLoadItem));
         acts.push_back(PickFile(choices.palette));
     } else {
-        if (!(*dialog->Item(kRGBPalettePopUp)->menu)->CanChoose(entry))
+        if (!(*dialog->Item(kRGBPalettePopUpItem)->menu)->CanChoose(entry))
             throw Problem("the picture has too many colours for an exact palette", kUsage);
-        acts.push_back(ChooseEntry(kRGBPalettePopUp, entry));
+        acts.push_back(ChooseEntry(kRGBPalettePopUpItem, entry));
     }
     if (choices.palette == "exact" && choices.colors)
         throw Problem("an exact palette has the picture's own number of colours; leave out -n",
                       kUsage);
-    if (choices.colors) acts.push_back(SetText(kRGBCountText, std::to_string(*choices.colors)));
+    if (choices.colors) acts.push_back(SetText(kRGBCountItem, std::to_string(*choices.colors)));
     if (!choices.resize) return;
     if (choices.palette.empty() || choices.palette == "exact" || choices.palette == "adaptive")
         throw Problem("--resize needs a palette of its own; name one with -p", kUsage);
-    acts.push_back(PressItem(kRGBResizeBox));
+    acts.push_back(PressItem(kRGBResizeItem));
 }
 
 // Where nothing is transparent no colour shows through, and there is nothing to choose.
 void Operator::PlanMatte(DialogPtr dialog, short item) {
-    const bool indexed = dialog->resourceID == kIndexedOptions;
+    const bool indexed = dialog->resourceID == kIndexedDialog;
     const bool transparency = indexed ? !choices.transparent.empty() || !WantedChannel().empty()
                                       : IsEnabled(dialog, item);
     if (!transparency) return;

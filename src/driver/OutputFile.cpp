@@ -1,7 +1,9 @@
 // Where the picture is saved: asks, replaces what is there, creates the empty file.
+#include "FileTypes.h"
 #include "GIF89Export.h"
 
 #include "FileManager.h"
+#include "ModuleResources.h"
 #include "ResourceManager.h"
 #include "StandardFile.h"
 
@@ -9,11 +11,6 @@
 #include <cstring>
 
 namespace {
-
-constexpr std::int16_t kSaveStrings = 16002;
-constexpr std::int16_t kSuffixString = 2;
-constexpr std::int16_t kPromptString = 3;
-constexpr OSType kGIFType = FourCC("GIFf");
 
 // The length to which `text` can be cut so that at most `limit` bytes stay and no UTF-8 character
 // is split.
@@ -38,9 +35,9 @@ void MakeDefaultName(const std::uint8_t* documentName, const std::uint8_t* suffi
 
 void GIF89ExportContext::GetOutputFile() {
     Str255 suffix, prompt, defaultName;
-    GetIndString(suffix, kSaveStrings, kSuffixString);
+    GetIndString(suffix, kSharedStrings, kSuffixString);
     MakeDefaultName(exportRecord->documentName, suffix, defaultName);
-    GetIndString(prompt, kSaveStrings, kPromptString);
+    GetIndString(prompt, kSharedStrings, kSavePromptString);
 
     StandardFileReply reply;
     StandardPutFile(prompt, defaultName, &reply);
@@ -50,5 +47,5 @@ void GIF89ExportContext::GetOutputFile() {
     }
     outputFile = reply.sfFile;
     if (reply.sfReplacing) FSpDelete(&outputFile);
-    error = FSpCreate(&outputFile, kModuleSignature, kGIFType, reply.sfScript);
+    error = FSpCreate(&outputFile, kModuleSignature, kGIFFileType, reply.sfScript);
 }

@@ -3,14 +3,13 @@
 #include "GIF89IndexedExport.h"
 #include "GIF89RGBExport.h"
 #include "MemoryManager.h"
+#include "ModuleResources.h"
 #include "Notices.h"
 
 #include <new>
 #include <type_traits>
 
 namespace {
-
-constexpr std::int16_t kAboutDialog = 16010;
 
 static_assert(std::is_trivially_destructible_v<GIF89RGBExport> &&
                   std::is_trivially_destructible_v<GIF89IndexedExport>,

@@ -6,13 +6,7 @@
 
 #include "ColorTable.h"
 #include "FileManager.h"
-
-/// Types of palette files.
-enum : OSType {
-    kSwatchFileType = FourCC("Q7CO"),
-    kTableFileType = FourCC("Q7CT"),
-    kRiffPaletteFileType = FourCC("PAL "),
-};
+#include "FileTypes.h"
 
 /// Codes of the readers beside the File Manager's; eofErr is a file that ends too early.
 enum : OSErr {

@@ -23,15 +23,6 @@ enum ToolType : std::int32_t {
 /// Any value but zoomIn zooms out.
 enum zoomDirection : std::int32_t { zoomIn = 0, zoomOut = 1 };
 
-/// Items of the indexed dialog that the preview and its tools reach by number.
-enum : std::int16_t {
-    kIndexedPreviewItem = 3,
-    kIndexedZoomTextItem = 4,
-    kIndexedHandItem = 9,
-    kIndexedZoomItem = 10,
-    kIndexedDropperItem = 11,
-};
-
 /// State of the indexed options dialog. It lies in the frame of the call that runs the dialog, and
 /// the dialog's reference constant is its address. Owns nothing.
 struct IndexedDialogGlobals {

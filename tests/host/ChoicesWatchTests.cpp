@@ -1,6 +1,6 @@
 // What a person chose in the dialogs, chosen again by the operator, makes the same file.
 #include "ChoicesWatch.h"
-#include "OptionItems.h"
+#include "ModuleResources.h"
 #include "RandomPictures.h"
 #include "SavePicture.h"
 #include "TemporaryFolder.h"
@@ -13,7 +13,6 @@
 namespace gif89 {
 namespace {
 
-constexpr short kCancelOrReset = 2, kIndexedDropper = 11;
 constexpr RGBColor kTeal = {0x1010, 0x8080, 0x9090};
 
 Picture MakeNoise() {
@@ -60,7 +59,7 @@ Repeated Repeat(const Picture& picture, std::vector<Act> acts,
         const Destination there = {{}, folder.Path(name), -1, Existing::keep};
         return SavePicture(TheModule(), picture, name, there, user, checks).gif;
     };
-    acts.push_back(PressItem(kOKButton));
+    acts.push_back(PressItem(kOKItem));
     ScriptSource script(std::move(acts));
     ChoicesWatch watch(script, &script, picture);
     Repeated repeated;
@@ -81,23 +80,23 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForRGBPictures) {
     for (int i = 0; i < 768; ++i) table += static_cast<char>(i * 7 + i / 5);
     const std::string file = folder.Write("some.zct", table);
     const std::string none = folder.Write("none.zct", "");
-    const Act adaptive = ChooseEntry(kRGBPalettePopUp, kAdaptivePalette),
-              fixed = ChooseEntry(kRGBPalettePopUp, kFixedPalette);
+    const Act adaptive = ChooseEntry(kRGBPalettePopUpItem, kAdaptiveEntry),
+              fixed = ChooseEntry(kRGBPalettePopUpItem, kFixedEntry);
     const std::pair<const char*, std::vector<Act>> cases[] = {
-        {"count", {SetText(kRGBCountText, "17")}},
-        {"boxes", {PressItem(kRGBInterlaceBox), PressItem(kRGBCommentBox)}},
+        {"count", {SetText(kRGBCountItem, "17")}},
+        {"boxes", {PressItem(kRGBInterlaceItem), PressItem(kRGBCommentItem)}},
         {"there and back", {fixed, adaptive}},
         {"fixed", {fixed}},
-        {"fixed, cut", {fixed, PressItem(kRGBResizeBox), SetText(kRGBCountText, "9")}},
-        {"file", {PressItem(kRGBLoadButton), PickFile(file)}},
+        {"fixed, cut", {fixed, PressItem(kRGBResizeItem), SetText(kRGBCountItem, "9")}},
+        {"file", {PressItem(kRGBLoadItem), PickFile(file)}},
         {"file kept after one that is none",
-         {PressItem(kRGBLoadButton), PickFile(file), PressItem(kRGBLoadButton), PickFile(none)}},
-        {"file left again", {PressItem(kRGBLoadButton), PickFile(file), fixed}},
-        {"matte", {PressItem(kRGBMatteBox), PickColor(kTeal)}},
-        {"matte refused", {PressItem(kRGBMatteBox), CancelColor()}},
+         {PressItem(kRGBLoadItem), PickFile(file), PressItem(kRGBLoadItem), PickFile(none)}},
+        {"file left again", {PressItem(kRGBLoadItem), PickFile(file), fixed}},
+        {"matte", {PressItem(kRGBColorBoxItem), PickColor(kTeal)}},
+        {"matte refused", {PressItem(kRGBColorBoxItem), CancelColor()}},
         {"reset",
-         {PressItem(kRGBInterlaceBox), PressItem(kRGBMatteBox), PickColor(kTeal),
-          HoldKey(kKeyOption), PressItem(kCancelOrReset), ReleaseKey(kKeyOption)}}};
+         {PressItem(kRGBInterlaceItem), PressItem(kRGBColorBoxItem), PickColor(kTeal),
+          HoldKey(kKeyOption), PressItem(kCancelItem), ReleaseKey(kKeyOption)}}};
     for (const auto& [name, acts] : cases) {
         SCOPED_TRACE(name);
         Repeat(MakeNoise(), acts);
@@ -105,20 +104,20 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForRGBPictures) {
 }
 
 TEST(ChoicesWatch, RepeatsWhatWasChosenForIndexedPictures) {
-    const Act none = ChooseEntry(kIndexedChannelPopUp, kNoChannel),
-              cut = ChooseEntry(kIndexedChannelPopUp, "cut"),
-              own = ChooseEntry(kIndexedChannelPopUp, kTransparencyChannel),
+    const Act none = ChooseEntry(kIndexedChannelItem, kNoChannelEntry),
+              cut = ChooseEntry(kIndexedChannelItem, "cut"),
+              own = ChooseEntry(kIndexedChannelItem, kTransparencyChannel),
               hold = HoldKey(kKeyOption), release = ReleaseKey(kKeyOption);
     const std::pair<const char*, std::vector<Act>> cases[] = {
-        {"no transparency", {none, PressItem(kIndexedInterlaceBox)}},
+        {"no transparency", {none, PressItem(kIndexedInterlaceItem)}},
         {"marks",
-         {none, PressItem(kIndexedDropper), PressCell(3), PressCell(9), PressItem(kIndexedMatteBox),
-          PickColor(kTeal)}},
-        {"one of two alike", {none, PressItem(kIndexedDropper), PressCell(4)}},
+         {none, PressItem(kIndexedDropperItem), PressCell(3), PressCell(9),
+          PressItem(kIndexedSwatchItem), PickColor(kTeal)}},
+        {"one of two alike", {none, PressItem(kIndexedDropperItem), PressCell(4)}},
         {"channel", {cut}},
         {"channel, inverted", {hold, cut, release}},
         {"own, inverted",
-         {none, hold, own, release, PressItem(kIndexedMatteBox), PickColor(kTeal)}}};
+         {none, hold, own, release, PressItem(kIndexedSwatchItem), PickColor(kTeal)}}};
     for (const auto marks : {ChoicesWatch::Marks::asNumbers, ChoicesWatch::Marks::asColors})
         for (const auto& [name, acts] : cases) {
             SCOPED_TRACE(name);
@@ -127,8 +126,8 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForIndexedPictures) {
 }
 
 TEST(ChoicesWatch, NamesMarksByColorsOnlyWhereThatMeansTheSame) {
-    const std::vector<Act> acts = {ChooseEntry(kIndexedChannelPopUp, kNoChannel),
-                                   PressItem(kIndexedDropper), PressCell(3),
+    const std::vector<Act> acts = {ChooseEntry(kIndexedChannelItem, kNoChannelEntry),
+                                   PressItem(kIndexedDropperItem), PressCell(3),
                                    PressCell(4)}; // looks like 7
     using Names = std::vector<std::string>;
     const auto named = [&](ChoicesWatch::Marks marks) {

@@ -3,7 +3,7 @@
 #include "ExportHost.h"
 #include "FileManager.h"
 #include "MemoryManager.h"
-#include "OptionItems.h"
+#include "ModuleResources.h"
 #include "PixelSurface.h"
 #include "RandomPictures.h"
 #include "SavePicture.h"
@@ -17,7 +17,6 @@
 namespace gif89 {
 namespace {
 
-constexpr short kRGBPreviewDialog = 16002, kPreviewButton = 17, kDoneButton = 1, kCancelButton = 2;
 constexpr std::uint32_t kSeed = 7;
 constexpr int kIndexedColors = 16;
 constexpr RGBColor kMatte = {0x1111, 0x8080, 0xFFFF};
@@ -36,14 +35,15 @@ class User {
   public:
     User(const Order& order, const std::string& paletteFile, std::string outputFile)
         : output(std::move(outputFile)) {
-        Add(kIndexedOptions,
+        Add(kIndexedDialog,
             {PressItem(10), PressItem(3), PressItem(9), Drag({{100, 100}, {90, 95}, {80, 85}})});
         if (order.channel)
-            Add(kIndexedOptions, {ChooseEntry(kIndexedChannelPopUp, 2), PressItem(kIndexedMatteBox),
-                                  PickColor(kMatte)});
-        if (order.paletteFile) Add(kRGBOptions, {PressItem(kRGBLoadButton), PickFile(paletteFile)});
-        Add(kRGBOptions, {SetText(kRGBCountText, order.colors), PressItem(kRGBResizeBox),
-                          PressItem(kRGBMatteBox), PickColor(kMatte), PressItem(kPreviewButton)});
+            Add(kIndexedDialog, {ChooseEntry(kIndexedChannelItem, 2), PressItem(kIndexedSwatchItem),
+                                 PickColor(kMatte)});
+        if (order.paletteFile) Add(kRGBDialog, {PressItem(kRGBLoadItem), PickFile(paletteFile)});
+        Add(kRGBDialog,
+            {SetText(kRGBCountItem, order.colors), PressItem(kRGBResizeItem),
+             PressItem(kRGBColorBoxItem), PickColor(kMatte), PressItem(kRGBPreviewItem)});
         Add(kRGBPreviewDialog, {PressItem(7), PressItem(2), PressItem(6)});
         script.DrawOn(&surface);
     }
@@ -66,7 +66,7 @@ class User {
                 return act;
             if (!left.empty() && left.front().kind == Act::Kind::pickColor) left.pop_front();
         }
-        return PressItem(complained ? kCancelButton : kDoneButton);
+        return PressItem(complained ? kCancelItem : kRGBPreviewDoneItem);
     }
 
     std::string output;

@@ -3,7 +3,7 @@
 #include "ExportWays.h"
 #include "GiflibDecode.h"
 #include "MemoryManager.h"
-#include "OptionItems.h"
+#include "ModuleResources.h"
 #include "RandomPictures.h"
 #include "ScriptedHost.h"
 #include "TheModule.h"
@@ -91,7 +91,7 @@ class HostileRun {
     }
     Act Next(DialogPtr dialog) {
         if (!dialog) return PickFile(folder.Path("out.gif"));
-        if (acts.empty()) return PressItem(kOKButton);
+        if (acts.empty()) return PressItem(kOKItem);
         const Act act = acts.front();
         acts.pop_front();
         return act;
@@ -125,7 +125,7 @@ std::string UsualFile(Kind kind, const std::deque<Act>& acts = {}) {
 /// Has each channel fetched, where there are any.
 std::deque<Act> ChooseChannels(Kind kind) {
     if (kind != Kind::indexedWithChannels) return {};
-    return {ChooseEntry(kIndexedChannelPopUp, 2), ChooseEntry(kIndexedChannelPopUp, 3)};
+    return {ChooseEntry(kIndexedChannelItem, 2), ChooseEntry(kIndexedChannelItem, 3)};
 }
 
 TEST_F(HostileHost, AnySequenceOfSelectorsIsServed) {
@@ -244,7 +244,7 @@ TEST_F(HostileHost, RowsThatAreNotThereAreRefused) {
     for (const std::int32_t rowBytes : {INT_MIN, -20, -1, 0, 1, 19})
         for (const int wrong : {1, 2}) {
             HostileRun run(Kind::indexedWithChannels);
-            run.acts = {ChooseEntry(kIndexedChannelPopUp, 2)};
+            run.acts = {ChooseEntry(kIndexedChannelItem, 2)};
             run.advance = [&](AdvanceProc* advance) {
                 const OSErr code = advance();
                 if (static_cast<int>(run.host.requests.size()) == wrong)

@@ -3,6 +3,7 @@
 #include "IndexedSession.h"
 
 #include "MemoryManager.h"
+#include "ModuleResources.h"
 
 #include <algorithm>
 
@@ -41,7 +42,7 @@ TEST(IndexedExport, WritesWhatWasChosen) {
     const Act swatch = PressItem(kIndexedSwatchItem), red = PickColor({0xFFFF, 0x12FF, 0x0000});
     const Act interlace = PressItem(kIndexedInterlaceItem),
               comment = PressItem(kIndexedCommentItem);
-    const Steps reset = WithOption({PressItem(kIndexedCancelItem)});
+    const Steps reset = WithOption({PressItem(kCancelItem)});
     const Choice redMarks = {{3, 4}, 0, false, {0, 255, 0x12, 0}};
     const Choice redChannel = {{}, 1, false, {0, 255, 0x12, 0}};
     const struct {
@@ -237,7 +238,7 @@ TEST(IndexedDialog, KeepsItsChoiceWhenTheHostCannotDeliverAChannel) {
 
 TEST(IndexedDialog, ShowsResetWhileOptionIsHeldAndGoesBackToTheStart) {
     const auto expectTitle = [](const char* title) -> Look {
-        return [=](DialogPtr dialog) { EXPECT_EQ(dialog->Item(kIndexedCancelItem)->text, title); };
+        return [=](DialogPtr dialog) { EXPECT_EQ(dialog->Item(kCancelItem)->text, title); };
     };
     const Look expectStart = [](DialogPtr dialog) {
         const IndexedDialogGlobals& g = *GlobalsOf(dialog);
@@ -248,7 +249,7 @@ TEST(IndexedDialog, ShowsResetWhileOptionIsHeldAndGoesBackToTheStart) {
         EXPECT_TRUE(dialog->Item(kIndexedSwatchItem)->IsDisabled());
         EXPECT_FALSE(g.zoomButtonIsIn) << "the sides of the tool buttons stay";
     };
-    const Act zoom = PressItem(kIndexedZoomItem), cancel = PressItem(kIndexedCancelItem);
+    const Act zoom = PressItem(kIndexedZoomItem), cancel = PressItem(kCancelItem);
     IndexedSession session(MakePicture(9, 9, IndicesUpTo(6), 6, 2, kSeed));
     EXPECT_EQ(session.Play(Steps{Press(3)} + WithOption({zoom}) +
                            Steps{TakeChannel(1), expectTitle("Cancel")} +

@@ -6,6 +6,7 @@
 #include "IndexedPreview.h"
 #include "ItemDrawing.h"
 #include "LumoGetColor.h"
+#include "ModuleResources.h"
 #include "PascalStrings.h"
 #include "RecordingSurface.h"
 #include "ResourceManager.h"
@@ -90,7 +91,7 @@ TEST(IndexedPreview, ShowsThePictureAsItWillBeWritten) {
     const Act noChannel = ChooseEntry(kIndexedChannelItem, 1);
     const Steps unmark = Holding({kKeyCommand}, {mark3});
     const Steps red = {PressItem(kIndexedSwatchItem), PickColor({0xFF00, 0x1200, 0})};
-    const Steps reset = Holding({kKeyOption}, {PressItem(kIndexedCancelItem)});
+    const Steps reset = Holding({kKeyOption}, {PressItem(kCancelItem)});
     const RGBtuple redMatte = {0, 255, 0x12, 0};
     constexpr PackedColor kFramed = PixelSurface::kBlack, kWiped = PixelSurface::kWhite;
     const struct {

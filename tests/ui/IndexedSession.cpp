@@ -2,6 +2,7 @@
 
 #include "FirstDifference.h"
 #include "MemoryManager.h"
+#include "ModuleResources.h"
 #include "RandomPictures.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "IndexedSession.h"
 
 #include "IndexedPreview.h"
+#include "ModuleResources.h"
 #include "PreviewTools.h"
 
 #include <algorithm>

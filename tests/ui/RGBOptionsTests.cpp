@@ -172,7 +172,7 @@ TEST(RGBOptions, TakesOnlyCountsInRange) {
         int colors[2]; ///< without and with transparency; 0 is refused
     } cases[] = {{"2", {2, 2}}, {"255", {255, 255}}, {"256", {256, 0}}, {"1", {0, 0}},
                  {"", {0, 0}},  {"257", {0, 0}},     {"16x", {0, 0}}};
-    for (const short button : {kRGBOKItem, kRGBPreviewItem})
+    for (const short button : {kOKItem, kRGBPreviewItem})
         for (const auto& c : cases)
             for (const int planes : {3, 4}) {
                 const int colors = c.colors[planes - 3];
@@ -306,12 +306,12 @@ TEST(RGBOptions, CancelEndsAndOptionCancelPutsEverythingBack) {
                 return [=](DialogPtr dialog) { *lines = Snapshot(dialog); };
             };
             const Look expectReset = [](DialogPtr dialog) {
-                EXPECT_EQ(TextOf(dialog, kRGBCancelItem), "Reset");
+                EXPECT_EQ(TextOf(dialog, kCancelItem), "Reset");
             };
             Steps changes = LoadFile(files.somePath) + Count("77") +
                             Steps{PressItem(15), PressItem(16), PressItem(18)};
             if (planes == 4) changes = changes + Steps{PressItem(4), PickColor({1, 2, 3})};
-            const Act cancel = PressItem(kRGBCancelItem);
+            const Act cancel = PressItem(kCancelItem);
             EXPECT_EQ(run.Ask(Steps{noteIn(&opened)} + changes + Steps{noteIn(&changed)} +
                               Holding({kKeyOption}, {Idle(2), expectReset, cancel}) +
                               Steps{Idle(2), noteIn(&reset), cancel}),

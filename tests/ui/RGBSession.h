@@ -2,7 +2,7 @@
 #pragma once
 
 #include "GIF89RGBExport.h"
-#include "RGBDialogItems.h"
+#include "ModuleResources.h"
 #include "ScriptedHost.h"
 #include "ScriptedUser.h"
 

@@ -1,4 +1,5 @@
 // Double clicks and the digits of the scale.
+#include "ModuleResources.h"
 #include "ToolRules.h"
 
 #include "IndexedDialog.h"

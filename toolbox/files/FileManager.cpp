@@ -4,6 +4,7 @@
 
 #include "BigEndian.h"
 #include "FaultInjection.h"
+#include "FileTypes.h"
 #include "FolderTable.h"
 
 #include <algorithm>
@@ -148,10 +149,10 @@ OSType TypeFromExtension(const std::string& name) {
     static constexpr struct {
         std::string_view extension;
         OSType type;
-    } kTypes[] = {{".ZCO", FourCC("Q7CO")},
-                  {".ZCT", FourCC("Q7CT")},
-                  {".PAL", FourCC("PAL ")},
-                  {".GIF", FourCC("GIFf")}};
+    } kTypes[] = {{".ZCO", kSwatchFileType},
+                  {".ZCT", kTableFileType},
+                  {".PAL", kRiffPaletteFileType},
+                  {".GIF", kGIFFileType}};
     std::string extension = name.substr(std::min(name.rfind('.'), name.size()));
     for (char& c : extension)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');

@@ -12,6 +12,7 @@
 #include "LumoGetColor.h"
 #include "MemoryManager.h"
 #include "MenuManager.h"
+#include "ModuleResources.h"
 #include "PascalStrings.h"
 #include "PreviewTools.h"
 #include "ResourceManager.h"
@@ -113,7 +114,7 @@ std::string NameChannel(short channel, ExportRecord* record) {
     char name[kChannelNameBytes];
     if (GetChannelName(channel, name, record) == noErr && name[0] != '\0') return name;
     Str255 text;
-    GetIndString(text, kIndexedStrings, kChannelString);
+    GetIndString(text, kDialogStrings, kChannelString);
     return FromPascal(text) + std::to_string(channel);
 }
 
@@ -213,10 +214,10 @@ short RunDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlob
         short item = 0;
         MoveableModalDialog(dialog, context.exportRecord->eventProc.Get(), DialogFilter, &item);
         switch (item) {
-        case kIndexedOKItem:
+        case kOKItem:
             TakeChoicesOver(dialog, context, g);
             return noErr;
-        case kIndexedCancelItem:
+        case kCancelItem:
             if (!IsThisKeyDown(kKeyOption)) return userCanceledErr;
             ResetAll(dialog, g);
             break;
@@ -240,8 +241,8 @@ short RunDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlob
 short ShowDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlobals* g) {
     SetWRefCon(dialog, reinterpret_cast<std::intptr_t>(g));
     InstallDrawProcedures(dialog);
-    SetDialogDefaultItem(dialog, kIndexedOKItem);
-    SetDialogCancelItem(dialog, kIndexedCancelItem);
+    SetDialogDefaultItem(dialog, kOKItem);
+    SetDialogCancelItem(dialog, kCancelItem);
     SetDialogTracksCursor(dialog, true);
     FillGlobals(context, g);
     FixupPreview(g);

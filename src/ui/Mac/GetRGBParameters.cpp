@@ -9,9 +9,9 @@
 #include "LocalDialogUtilities.h"
 #include "LumoGetColor.h"
 #include "ModalDialog.h"
+#include "ModuleResources.h"
 #include "PreviewTools.h"
 #include "RGBColorCount.h"
-#include "RGBDialogItems.h"
 #include "RGBPaletteMenu.h"
 #include "RGBPreview.h"
 #include "ResourceManager.h"
@@ -21,11 +21,7 @@
 
 namespace {
 
-constexpr short kDialog = 16000;
 constexpr OSErr kNoDialog = -1;
-constexpr short kTitleList = 16001, kCancelTitle = 5, kResetTitle = 6;
-constexpr short kTextList = 16002, kColorPrompt = 4;
-constexpr short kWatchCursor = 4;
 constexpr std::uint16_t kUsualColorLevel = 49344; // 192 of 255
 constexpr std::int32_t kFewestColors = 2, kMostColors = 256;
 
@@ -103,8 +99,8 @@ void RGBResetAll(DialogPtr dialog, GIF89RGBExport* context) {
 // Cancel puts everything back while the option key is down, and says so.
 void FollowOptionKey(DialogPtr dialog) {
     Str255 wanted, shown;
-    GetIndString(wanted, kTitleList, IsThisKeyDown(kKeyOption) ? kResetTitle : kCancelTitle);
-    const ControlHandle button = ItemToControl(dialog, kRGBCancelItem);
+    GetIndString(wanted, kDialogStrings, IsThisKeyDown(kKeyOption) ? kResetString : kCancelString);
+    const ControlHandle button = ItemToControl(dialog, kCancelItem);
     GetControlTitle(button, shown);
     if (!std::equal(wanted, wanted + wanted[0] + 1, shown)) SetControlTitle(button, wanted);
 }
@@ -177,7 +173,7 @@ void ShowPreview(GIF89RGBExport* context, PaletteFlags flags) {
 
 void PickTransparentColor(DialogPtr dialog, GIF89RGBExport* context) {
     Str255 prompt;
-    GetIndString(prompt, kTextList, kColorPrompt);
+    GetIndString(prompt, kSharedStrings, kColorPromptString);
     RGBColor picked = context->chosenColor;
     if (!LumoGetColor(context->exportRecord->colorServicesProc.Get(), Point(), prompt,
                       &context->chosenColor, &picked))
@@ -215,13 +211,13 @@ short RunDialog(DialogPtr dialog, GIF89RGBExport* context, PaletteFlags* flags) 
         short item = 0;
         MoveableModalDialog(dialog, context->exportRecord->eventProc.Get(), DialogFilter, &item);
         switch (item) {
-        case kRGBOKItem:
+        case kOKItem:
             if (TakeChoices(dialog, context, flags)) return noErr;
             break;
         case kRGBPreviewItem:
             if (TakeChoices(dialog, context, flags)) ShowPreview(context, *flags);
             break;
-        case kRGBCancelItem:
+        case kCancelItem:
             if (!IsThisKeyDown(kKeyOption)) return userCanceledErr;
             RGBResetAll(dialog, context);
             break;
@@ -237,7 +233,7 @@ short RunDialog(DialogPtr dialog, GIF89RGBExport* context, PaletteFlags* flags) 
 class ItemColors {
   public:
     explicit ItemColors(const GIF89RGBExport& context)
-        : resource(GetResource(FourCC("ictb"), kDialog)) {
+        : resource(GetResource(FourCC("ictb"), kRGBDialog)) {
         if (!resource || GetHandleSize(resource) < kEntryBytes * kRGBColorLabelItem) return;
         entry = *resource + kEntryBytes * (kRGBColorLabelItem - 1);
         std::copy_n(entry, kEntryBytes, saved);
@@ -259,10 +255,10 @@ class ItemColors {
 };
 
 DialogPtr OpenDialog(GIF89RGBExport* context) {
-    const DialogPtr dialog = GetNewDialog(kDialog, nullptr, nullptr);
+    const DialogPtr dialog = GetNewDialog(kRGBDialog, nullptr, nullptr);
     if (!dialog) return nullptr;
-    SetDialogDefaultItem(dialog, kRGBOKItem);
-    SetDialogCancelItem(dialog, kRGBCancelItem);
+    SetDialogDefaultItem(dialog, kOKItem);
+    SetDialogCancelItem(dialog, kCancelItem);
     SetWRefCon(dialog, reinterpret_cast<std::intptr_t>(context));
     short kind = 0;
     Handle handle = nullptr;
@@ -277,7 +273,7 @@ DialogPtr OpenDialog(GIF89RGBExport* context) {
 
 short GetRGB24Parameters(GIF89RGBExport& context, unsigned char* exact, unsigned char* supplied) {
     *exact = *supplied = 0;
-    const Handle resource = GetResource(FourCC("DLOG"), kDialog);
+    const Handle resource = GetResource(FourCC("DLOG"), kRGBDialog);
     if (!resource) return kNoDialog;
     HLock(resource);
     const ItemColors itemColors(context);

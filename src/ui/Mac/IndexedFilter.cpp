@@ -6,6 +6,7 @@
 #include "IndexedPreview.h"
 #include "ItemDrawing.h"
 #include "LocalDialogUtilities.h"
+#include "ModuleResources.h"
 #include "PascalStrings.h"
 #include "PreviewTools.h"
 #include "PreviewTracking.h"
@@ -65,8 +66,8 @@ bool ServePress(DialogPtr dialog, const EventRecord& event, IndexedDialogGlobals
 
 void UpdateCancelTitle(DialogPtr dialog, bool option) {
     Str255 wanted, shown;
-    GetIndString(wanted, kIndexedStrings, option ? kResetString : kCancelString);
-    const ControlHandle button = ItemToControl(dialog, kIndexedCancelItem);
+    GetIndString(wanted, kDialogStrings, option ? kResetString : kCancelString);
+    const ControlHandle button = ItemToControl(dialog, kCancelItem);
     GetControlTitle(button, shown);
     if (FromPascal(shown) != FromPascal(wanted)) SetControlTitle(button, wanted);
 }

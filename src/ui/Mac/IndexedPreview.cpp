@@ -2,6 +2,7 @@
 
 #include "IndexedDialog.h"
 #include "ItemDrawing.h"
+#include "ModuleResources.h"
 #include "PascalStrings.h"
 #include "ResourceManager.h"
 
@@ -116,7 +117,7 @@ constexpr short kSmallFont = 3, kSmallSize = 9;
 
 std::string TextOfList(short index) {
     Str255 text;
-    GetIndString(text, kIndexedStrings, index);
+    GetIndString(text, kDialogStrings, index);
     return FromPascal(text);
 }
 

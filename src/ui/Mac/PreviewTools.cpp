@@ -3,6 +3,7 @@
 #include "HostDialogs.h"
 #include "IndexedDialog.h"
 #include "ItemDrawing.h"
+#include "ModuleResources.h"
 
 #include <algorithm>
 

@@ -3,13 +3,12 @@
 #include "HostDialogs.h"
 #include "LocalDialogUtilities.h"
 #include "MenuManager.h"
-#include "RGBDialogItems.h"
+#include "ModuleResources.h"
 #include "ResourceManager.h"
 
 namespace {
 
 constexpr std::int32_t kFewestColors = 2, kMostColors = 256;
-constexpr short kTextList = 16000;
 
 /// What a picture starts with: an entry of the pop-up and a text.
 struct UsualCount {
@@ -84,7 +83,7 @@ void ShowUsualCount(DialogPtr dialog, const GIF89RGBExport& context) {
         context.exportRecord->hasTransparency ? kUsualCountBesideTransparency : kUsualCount;
     MySetPopUpMenuValue(dialog, kRGBCountPopUpItem, PresetEntry(context, usual.entry));
     Str255 text;
-    GetIndString(text, kTextList, usual.text);
+    GetIndString(text, kCountStrings, usual.text);
     StuffText(dialog, kRGBCountItem, text);
 }
 

@@ -4,9 +4,9 @@
 #include "LoadColorTable.h"
 #include "LocalDialogUtilities.h"
 #include "MenuManager.h"
+#include "ModuleResources.h"
 #include "Notices.h"
 #include "RGBColorCount.h"
-#include "RGBDialogItems.h"
 #include "ResourceManager.h"
 
 #include <algorithm>
@@ -14,10 +14,6 @@
 
 namespace {
 
-constexpr short kErrorAlert = 2001;
-constexpr short kErrorList = 16002;
-constexpr short kCannotReadText = 5, kColorSpaceText = 6;
-constexpr short kFixedPalette = 3;
 constexpr std::int32_t kFixedColors = 256;
 constexpr std::int32_t kFewestColors = 2;
 // The answer of a loader that found no file to open: nothing has changed, and nothing is said.
@@ -26,8 +22,8 @@ constexpr std::int32_t kNothingLoaded = -1;
 void TellLoadError(OSErr error) {
     constexpr std::uint8_t empty[] = {0};
     Str255 text;
-    GetIndString(text, kErrorList,
-                 error == kColorSpaceNotSupported ? kColorSpaceText : kCannotReadText);
+    GetIndString(text, kSharedStrings,
+                 error == kColorSpaceNotSupported ? kColorSpaceString : kCannotReadString);
     ParamText(text, empty, empty, empty);
     ShowAlert(kErrorAlert);
 }

@@ -8,6 +8,7 @@
 #include "ItemDrawing.h"
 #include "MemoryManager.h"
 #include "ModalDialog.h"
+#include "ModuleResources.h"
 #include "PreviewTools.h"
 #include "PreviewTracking.h"
 #include "ResourceManager.h"
@@ -18,7 +19,6 @@
 
 namespace {
 
-constexpr short kDialog = 16002;
 constexpr OSErr kNoDialog = -1;
 constexpr int kMostShrink = 16;
 constexpr int kBufferSlack = 16; // rows and columns that a view may run over its box
@@ -255,12 +255,12 @@ short DoPreview(GIF89RGBExport& context, unsigned char exact, unsigned char supp
     context.SetupPalette(exact, supplied);
     context.MakeGIFBuffer();
 
-    const Handle resource = GetResource(FourCC("DLOG"), kDialog);
+    const Handle resource = GetResource(FourCC("DLOG"), kRGBPreviewDialog);
     if (!resource) return kNoDialog;
     HNoPurge(resource);
     CenterDialog(resource);
     short code = kNoDialog;
-    if (const DialogPtr dialog = GetNewDialog(kDialog, nullptr, nullptr)) {
+    if (const DialogPtr dialog = GetNewDialog(kRGBPreviewDialog, nullptr, nullptr)) {
         PreviewDialogGlobals g;
         g.context = &context;
         const Rect view = ItemRect(dialog, kRGBPreviewImageItem);

@@ -7,17 +7,6 @@
 #include "GIF89RGBExport.h"
 #include "GetParameters.h"
 
-/// Items of the preview dialog.
-enum RGBPreviewDialogItem : std::int16_t {
-    kRGBPreviewDoneItem = 1,
-    kRGBPreviewImageItem = 2,
-    kRGBPreviewScaleItem = 3,
-    kRGBPreviewTableItem = 4,
-    kRGBPreviewHandItem = 6,
-    kRGBPreviewZoomItem = 7,
-    kRGBPreviewFrameItem = 8,
-};
-
 /// State of the preview dialog. It lies in the frame of DoPreview, and the dialog's reference
 /// constant is its address. Owns nothing.
 struct PreviewDialogGlobals {

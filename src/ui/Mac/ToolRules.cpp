@@ -1,5 +1,7 @@
 #include "ToolRules.h"
 
+#include "ModuleResources.h"
+
 namespace {
 
 constexpr short kNoCursor = -1;

@@ -4,13 +4,14 @@
 #include "IndexedPreview.h"
 #include "ItemDrawing.h"
 #include "LocalDialogUtilities.h"
+#include "ModuleResources.h"
 #include "PreviewTools.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr int kCellPitch = 11, kCellSize = 9, kCellsInRow = 32, kCells = 256;
+constexpr int kCells = 256;
 
 Rect CellRect(const Rect& table, int index) {
     const int top = table.top + 1 + index / kCellsInRow * kCellPitch;
