@@ -15,7 +15,7 @@ void AddrSlotMove(std::uint32_t key, const void* address);
 /// The address behind a key; null for key 0 and for every stale or invented key.
 void* AddrSlotGet(std::uint32_t key);
 
-/// Ends a key; it reads as null from then on, and no later key equals it until its place has been
+/// Ends a key; it reads as null from then on, and no later key equals it until its slot has been
 /// used 65,535 more times.
 void AddrSlotDrop(std::uint32_t key);
 

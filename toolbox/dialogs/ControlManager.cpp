@@ -7,9 +7,8 @@
 
 namespace {
 
-void TellSource(const ControlRecord& control, ItemChange change) {
-    if (EventSource* const source = CurrentEventSource())
-        source->ItemChanged(control.contrlOwner, control.item, change);
+void TellOwner(const ControlRecord& control, ItemChange change) {
+    TellSource(control.contrlOwner, control.item, change);
 }
 
 DialogItem& ItemOf(const ControlRecord& control) {
@@ -32,7 +31,7 @@ void SetControlValue(ControlHandle control, short value) {
     const short inRange = BringIntoRange(**control, value);
     if ((*control)->contrlValue == inRange) return;
     (*control)->contrlValue = inRange;
-    TellSource(**control, ItemChange::value);
+    TellOwner(**control, ItemChange::value);
 }
 
 short GetControlMinimum(ControlHandle control) {
@@ -47,7 +46,7 @@ void SetControlMaximum(ControlHandle control, short maximum) {
     if (!control || (*control)->contrlMax == maximum) return;
     (*control)->contrlMax = maximum;
     (*control)->contrlValue = BringIntoRange(**control, (*control)->contrlValue);
-    TellSource(**control, ItemChange::value);
+    TellOwner(**control, ItemChange::value);
 }
 
 void GetControlTitle(ControlHandle control, StringPtr title) {
@@ -60,7 +59,7 @@ void SetControlTitle(ControlHandle control, ConstStr255Param title) {
     if (FromPascal((*control)->contrlTitle) == text) return;
     ToPascal(text, (*control)->contrlTitle);
     ItemOf(**control).text = text;
-    TellSource(**control, ItemChange::title);
+    TellOwner(**control, ItemChange::title);
 }
 
 void HiliteControl(ControlHandle control, short state) {
@@ -70,5 +69,5 @@ void HiliteControl(ControlHandle control, short state) {
     std::int16_t& kind = ItemOf(**control).kind;
     kind = static_cast<std::int16_t>(state == kControlInactive ? kind | kItemDisabled
                                                                : kind & ~kItemDisabled);
-    TellSource(**control, ItemChange::state);
+    TellOwner(**control, ItemChange::state);
 }

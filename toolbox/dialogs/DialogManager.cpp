@@ -8,6 +8,7 @@
 #include "EventSource.h"
 #include "MemoryManager.h"
 #include "MenuManager.h"
+#include "OwnedHandle.h"
 #include "PascalStrings.h"
 
 #include <algorithm>
@@ -21,11 +22,6 @@ namespace {
 
 /// Thrown while a dialog is built, and turned into null at the door.
 struct CannotBuild {};
-
-struct HandleDisposer {
-    void operator()(Handle handle) const { DisposeHandle(handle); }
-};
-using OwnedHandle = std::unique_ptr<Ptr, HandleDisposer>;
 
 OwnedHandle RequireHandle(std::size_t size) {
     OwnedHandle handle(NewHandle(static_cast<Size>(size)));
@@ -161,10 +157,6 @@ DialogPtr BuildInFront(short id) {
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
-}
-
-void TellSource(DialogPtr dialog, short item, ItemChange change) {
-    if (EventSource* const source = CurrentEventSource()) source->ItemChanged(dialog, item, change);
 }
 
 void SetItemEnabled(DialogPtr dialog, short number, bool enabled) {

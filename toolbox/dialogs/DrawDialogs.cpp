@@ -37,7 +37,6 @@ void FrameGroup(DialogPtr dialog, const Rect& rect) {
 
 void DrawItem(DialogPtr dialog, short number) {
     const DialogItem& item = *dialog->Item(number);
-    EventSource* const source = CurrentEventSource();
     switch (item.BaseKind()) {
     case kUserItem:
         if (!dialog->surface) return;
@@ -49,7 +48,7 @@ void DrawItem(DialogPtr dialog, short number) {
         return;
     case kStaticTextItem:
     case kPictureItem:
-        if (source) source->ItemChanged(dialog, number, ItemChange::look);
+        TellSource(dialog, number, ItemChange::look);
         return;
     default:
         return; // native widgets draw themselves

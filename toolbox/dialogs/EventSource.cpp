@@ -19,3 +19,7 @@ EventSource* SetEventSource(EventSource* source) {
 EventSource* CurrentEventSource() {
     return theSource;
 }
+
+void TellSource(DialogPtr dialog, short item, ItemChange change) {
+    if (theSource) theSource->ItemChanged(dialog, item, change);
+}

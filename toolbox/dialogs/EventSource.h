@@ -57,3 +57,5 @@ class EventSource {
 /// cancelled at once. The caller keeps ownership.
 EventSource* SetEventSource(EventSource* source);
 EventSource* CurrentEventSource();
+/// Tells the source, if there is one, that an item has changed.
+void TellSource(DialogPtr dialog, short item, ItemChange change);

@@ -32,9 +32,7 @@ void SetText(DialogPtr dialog, short number, const std::string& text) {
     if (!item || !HoldsText(*item) || item->text == text) return;
     item->text = text;
     item->invalid = true;
-    EventSource* const source = CurrentEventSource();
-    if (source && item->BaseKind() == kEditTextItem)
-        source->ItemChanged(dialog, number, ItemChange::text);
+    if (item->BaseKind() == kEditTextItem) TellSource(dialog, number, ItemChange::text);
 }
 
 /// A sign, or none, and digits: the number they start with, and how many characters they are.
@@ -109,8 +107,7 @@ void SelectTextItem(DialogPtr dialog, short number) {
     const DialogItem* const item = dialog->Item(number);
     if (!item || item->BaseKind() != kEditTextItem) return;
     dialog->editItem = number;
-    if (EventSource* const source = CurrentEventSource())
-        source->ItemChanged(dialog, number, ItemChange::focus);
+    TellSource(dialog, number, ItemChange::focus);
 }
 
 void SetOutlineGroup(DialogPtr dialog, short number) {

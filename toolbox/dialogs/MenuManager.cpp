@@ -14,8 +14,7 @@ MenuEntry* EntryOf(MenuHandle menu, short entry) {
 }
 
 void TellOwner(const MenuInfo& menu) {
-    EventSource* const source = CurrentEventSource();
-    if (source && menu.owner) source->ItemChanged(menu.owner, menu.ownerItem, ItemChange::menu);
+    if (menu.owner) TellSource(menu.owner, menu.ownerItem, ItemChange::menu);
 }
 
 void SetEnabled(MenuHandle menu, short entry, bool enabled) {

@@ -37,7 +37,7 @@ class RunningLoop {
     ModalLoop loop;
 };
 
-using Hit = std::optional<short>;
+using ItemHit = std::optional<short>;
 
 bool CallFilter(ModalLoop& loop, EventRecord event, short* item) {
     if (!loop.filter) return false;
@@ -47,9 +47,9 @@ bool CallFilter(ModalLoop& loop, EventRecord event, short* item) {
     return taken;
 }
 
-Hit IfEnabled(DialogPtr dialog, short number) {
+ItemHit IfEnabled(DialogPtr dialog, short number) {
     const DialogItem* const item = dialog->Item(number);
-    return item && !item->IsDisabled() ? Hit(number) : std::nullopt;
+    return item && !item->IsDisabled() ? ItemHit(number) : std::nullopt;
 }
 
 Point ToLocal(DialogPtr dialog, Point global) {
@@ -72,7 +72,7 @@ bool TrackRelease(DialogPtr dialog, const Rect& rect) {
     return PtInRect(local, &rect);
 }
 
-Hit ServePress(DialogPtr dialog, const EventRecord& event) {
+ItemHit ServePress(DialogPtr dialog, const EventRecord& event) {
     const Point local = ToLocal(dialog, event.where);
     const auto number = static_cast<short>(FindDialogItem(dialog, local) + 1);
     const DialogItem* const item = dialog->Item(number);
@@ -92,7 +92,7 @@ Hit ServePress(DialogPtr dialog, const EventRecord& event) {
     }
 }
 
-Hit ServeKey(DialogPtr dialog, const EventRecord& event) {
+ItemHit ServeKey(DialogPtr dialog, const EventRecord& event) {
     const int code = event.message >> 8 & 0xFF, character = event.message & 0xFF;
     if (code == kKeyReturn || code == kKeyEnter) return IfEnabled(dialog, dialog->defaultItem);
     const bool isCommandPeriod = character == '.' && (event.modifiers & cmdKey) != 0;
@@ -100,7 +100,7 @@ Hit ServeKey(DialogPtr dialog, const EventRecord& event) {
     return std::nullopt;
 }
 
-Hit ServeEvent(DialogPtr dialog, const EventRecord& event, ModalEventProc* eventProc) {
+ItemHit ServeEvent(DialogPtr dialog, const EventRecord& event, ModalEventProc* eventProc) {
     if (event.what == keyDown) return ServeKey(dialog, event);
     // A filter that takes a null event has chosen a cursor; elsewhere it is the arrow again.
     if (event.what == nullEvent && dialog->tracksCursor) SetArrowCursor();
@@ -132,7 +132,7 @@ EventRecord MakeNullEvent(EventSource& source) {
 }
 
 /// Takes one event or hit, or makes a null event, and serves it.
-Hit ServeNext(ModalLoop& loop, ModalEventProc* eventProc, EventSource& source) {
+ItemHit ServeNext(ModalLoop& loop, ModalEventProc* eventProc, EventSource& source) {
     DrawInvalidItems();
     auto entry = TakeFromQueue(loop.dialog);
     if (!entry) {
@@ -142,7 +142,7 @@ Hit ServeNext(ModalLoop& loop, ModalEventProc* eventProc, EventSource& source) {
     if (source.Failed()) return std::nullopt;
     if (!entry) entry = QueueEntry{MakeNullEvent(source)};
     if (entry->item != 0)
-        return entry->byFilter ? Hit(entry->item) : IfEnabled(loop.dialog, entry->item);
+        return entry->byFilter ? ItemHit(entry->item) : IfEnabled(loop.dialog, entry->item);
     short item = 0;
     if (CallFilter(loop, entry->event, &item)) return item;
     return ServeEvent(loop.dialog, entry->event, eventProc);
@@ -153,7 +153,7 @@ Hit ServeNext(ModalLoop& loop, ModalEventProc* eventProc, EventSource& source) {
 void MoveableModalDialog(DialogPtr dialog, ModalEventProc* eventProc, ModalFilterProc filter,
                          short* item) {
     RunningLoop running(dialog, filter);
-    for (Hit hit; !hit;) {
+    for (ItemHit hit; !hit;) {
         EventSource* const source = CurrentEventSource();
         if (!source || source->Failed())
             hit = dialog->cancelItem != 0 ? dialog->cancelItem : short{1};

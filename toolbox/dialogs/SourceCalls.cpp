@@ -26,7 +26,6 @@ void EditTextChanged(DialogPtr dialog, short item, const std::string& text) {
     if (!edited || edited->BaseKind() != kEditTextItem || edited->IsDisabled()) return;
     dialog->editItem = item;
     edited->text = CutText(text);
-    EventSource* const source = CurrentEventSource();
-    if (edited->text != text && source) source->ItemChanged(dialog, item, ItemChange::text);
+    if (edited->text != text) TellSource(dialog, item, ItemChange::text);
     PostItemHit(dialog, item);
 }

@@ -74,17 +74,17 @@ bool NamesDescriptor(const FSSpec* spec) {
 }
 
 // A name and its folder, opened.
-struct Place {
+struct FolderEntry {
     Descriptor folder;
     std::string name;
 };
 
-OSErr FindPlace(const FSSpec* spec, Place* place) {
+OSErr FindEntry(const FSSpec* spec, FolderEntry* entry) {
     FileName found;
     if (const OSErr error = FindName(spec->parID, spec->name, &found)) return error;
-    place->name = found.name;
-    place->folder = OpenFolder(found.folderPath);
-    return place->folder.IsOpen() ? OSErr{noErr} : FolderErrorOf(errno);
+    entry->name = found.name;
+    entry->folder = OpenFolder(found.folderPath);
+    return entry->folder.IsOpen() ? OSErr{noErr} : FolderErrorOf(errno);
 }
 
 struct OpenFile {
@@ -162,9 +162,9 @@ OSType TypeFromExtension(const std::string& name) {
 }
 
 // False when the file carries no attribute, or one of another shape.
-bool ReadFinderInfo(const Place& place, CInfoPBRec* info) {
+bool ReadFinderInfo(const FolderEntry& entry, CInfoPBRec* info) {
     const Descriptor file(Uninterrupted([&] {
-        return openat(place.folder.Get(), place.name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        return openat(entry.folder.Get(), entry.name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     }));
     std::uint8_t bytes[kFinderInfoBytes];
     if (!file.IsOpen() || fgetxattr(file.Get(), kFinderInfoName, bytes, sizeof bytes) !=
@@ -204,10 +204,10 @@ OSErr DescribeEntry(CInfoPBRec* info) {
     if (!info->ioNamePtr) return bdNamErr;
     FileName found;
     if (const OSErr error = FindName(info->ioDirID, info->ioNamePtr, &found)) return error;
-    const Place place{OpenFolder(found.folderPath), found.name};
-    if (!place.folder.IsOpen()) return FolderErrorOf(errno);
+    const FolderEntry entry{OpenFolder(found.folderPath), found.name};
+    if (!entry.folder.IsOpen()) return FolderErrorOf(errno);
     struct stat status;
-    if (fstatat(place.folder.Get(), place.name.c_str(), &status, 0) != 0) return ErrorOf(errno);
+    if (fstatat(entry.folder.Get(), entry.name.c_str(), &status, 0) != 0) return ErrorOf(errno);
     const std::int32_t folder = info->ioDirID;
     if (S_ISDIR(status.st_mode)) {
         const std::int32_t own = EnterFolder(JoinPath(found.folderPath, found.name));
@@ -216,20 +216,20 @@ OSErr DescribeEntry(CInfoPBRec* info) {
     }
     info->ioFlParID = folder;
     info->ioFlAttrib = S_ISDIR(status.st_mode) ? kIsDirectory : 0;
-    info->fdFlags = place.name.starts_with('.') ? kIsInvisible : 0;
+    info->fdFlags = entry.name.starts_with('.') ? kIsInvisible : 0;
     info->fdType = info->fdCreator = 0;
-    if (S_ISREG(status.st_mode) && !ReadFinderInfo(place, info))
-        info->fdType = TypeFromExtension(place.name);
+    if (S_ISREG(status.st_mode) && !ReadFinderInfo(entry, info))
+        info->fdType = TypeFromExtension(entry.name);
     return noErr;
 }
 
 // Without waiting, as a pipe would keep the caller until somebody opens its other end.
 OSErr OpenNamed(const FSSpec* spec, std::int8_t permission, Descriptor* file) {
-    Place place;
-    if (const OSErr error = FindPlace(spec, &place)) return error;
+    FolderEntry entry;
+    if (const OSErr error = FindEntry(spec, &entry)) return error;
     const int access = permission == fsWrPerm ? O_WRONLY : O_RDONLY;
     *file = Descriptor(Uninterrupted([&] {
-        return openat(place.folder.Get(), place.name.c_str(),
+        return openat(entry.folder.Get(), entry.name.c_str(),
                       access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }));
     return file->IsOpen() ? OSErr{noErr} : ErrorOf(errno);
@@ -284,10 +284,10 @@ OSErr FSpCreate(const FSSpec* spec, OSType creator, OSType type, ScriptCode) try
         SetFinderInfo(spec->parID, type, creator);
         return noErr;
     }
-    Place place;
-    if (const OSErr error = FindPlace(spec, &place)) return error;
+    FolderEntry entry;
+    if (const OSErr error = FindEntry(spec, &entry)) return error;
     const Descriptor file(Uninterrupted([&] {
-        return openat(place.folder.Get(), place.name.c_str(),
+        return openat(entry.folder.Get(), entry.name.c_str(),
                       O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     }));
     if (!file.IsOpen()) return ErrorOf(errno);
@@ -301,9 +301,9 @@ OSErr FSpDelete(const FSSpec* spec) try {
     if (const OSErr error = FaultAt(FaultPoint::deleteFile)) return error;
     if (NamesDescriptor(spec))
         return ftruncate(spec->parID, 0) == 0 ? OSErr{noErr} : ErrorOf(errno);
-    Place place;
-    if (const OSErr error = FindPlace(spec, &place)) return error;
-    if (unlinkat(place.folder.Get(), place.name.c_str(), 0) == 0) return noErr;
+    FolderEntry entry;
+    if (const OSErr error = FindEntry(spec, &entry)) return error;
+    if (unlinkat(entry.folder.Get(), entry.name.c_str(), 0) == 0) return noErr;
     return errno == EISDIR ? OSErr{fBsyErr} : ErrorOf(errno);
 } catch (const std::bad_alloc&) {
     return memFullErr;

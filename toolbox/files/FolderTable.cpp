@@ -21,19 +21,19 @@ struct Folder {
     std::map<std::string, std::string> nameOf;  // alias to real name
 };
 
-struct Table {
+struct Folders {
     std::mutex lock;
     std::vector<Folder> folders; // id 1 comes first
     std::map<std::string, std::int32_t> idOf;
 };
 
 // Lives as long as the process: ids may still be in use while other statics are destroyed.
-Table& TheTable() {
-    static Table& table = *new Table;
+Folders& TheFolders() {
+    static Folders& table = *new Folders;
     return table;
 }
 
-Folder* FindFolder(Table& table, std::int32_t folder) {
+Folder* FindFolder(Folders& table, std::int32_t folder) {
     if (folder < 1 || static_cast<std::size_t>(folder) > table.folders.size()) return nullptr;
     return &table.folders[static_cast<std::size_t>(folder) - 1];
 }
@@ -74,7 +74,7 @@ std::string MakeAlias(const std::string& name, std::size_t number) {
 std::int32_t EnterFolder(const std::string& path) {
     const std::string canonical = CanonicalPath(path);
     if (canonical.empty() || !OpenFolder(canonical).IsOpen()) return 0;
-    Table& table = TheTable();
+    Folders& table = TheFolders();
     const std::lock_guard guard(table.lock);
     const auto known = table.idOf.find(canonical);
     if (known != table.idOf.end()) return known->second;
@@ -85,7 +85,7 @@ std::int32_t EnterFolder(const std::string& path) {
 }
 
 std::string FolderPath(std::int32_t folder) {
-    Table& table = TheTable();
+    Folders& table = TheFolders();
     const std::lock_guard guard(table.lock);
     const Folder* const entry = FindFolder(table, folder);
     return entry ? entry->path : std::string();
@@ -93,7 +93,7 @@ std::string FolderPath(std::int32_t folder) {
 
 std::string ShortName(std::int32_t folder, const std::string& name) {
     if (name.size() <= kMostNameBytes) return name;
-    Table& table = TheTable();
+    Folders& table = TheFolders();
     const std::lock_guard guard(table.lock);
     Folder* const entry = FindFolder(table, folder);
     if (!entry) return {};
@@ -109,7 +109,7 @@ std::string RealName(std::int32_t folder, const std::string& shortName) {
     if (shortName == "." || shortName == ".." || shortName.find('\0') != std::string::npos)
         return {};
     if (shortName.find('/') == std::string::npos) return shortName;
-    Table& table = TheTable();
+    Folders& table = TheFolders();
     const std::lock_guard guard(table.lock);
     const Folder* const entry = FindFolder(table, folder);
     if (!entry) return {};

@@ -4,6 +4,7 @@
 
 #include "BigEndian.h"
 #include "FaultInjection.h"
+#include "OwnedHandle.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -44,11 +45,6 @@ class CheckedBytes {
     std::span<const std::uint8_t> bytes;
 };
 
-struct HandleDisposer {
-    void operator()(Handle handle) const { DisposeHandle(handle); }
-};
-using OwnedHandle = std::unique_ptr<Ptr, HandleDisposer>;
-
 struct Resource {
     OSType type;
     std::int16_t id;
@@ -61,13 +57,13 @@ struct ResourceFile {
 };
 
 /// The open files in the order of their opening.
-struct OpenFiles {
+struct ResourceFiles {
     std::mutex lock;
     std::vector<ResourceFile> files;
 };
 
-OpenFiles& TheOpenFiles() {
-    static OpenFiles& open = *new OpenFiles;
+ResourceFiles& TheResourceFiles() {
+    static ResourceFiles& open = *new ResourceFiles;
     return open;
 }
 
@@ -151,7 +147,7 @@ class MapWalk {
 };
 
 std::int16_t AddFile(std::vector<Resource> resources) {
-    OpenFiles& open = TheOpenFiles();
+    ResourceFiles& open = TheResourceFiles();
     const std::lock_guard guard(open.lock);
     const auto isTaken = [&](int number) {
         return std::any_of(open.files.begin(), open.files.end(),
@@ -165,7 +161,7 @@ std::int16_t AddFile(std::vector<Resource> resources) {
 }
 
 Handle FindResource(OSType type, std::int16_t id) {
-    OpenFiles& open = TheOpenFiles();
+    ResourceFiles& open = TheResourceFiles();
     const std::lock_guard guard(open.lock);
     for (auto file = open.files.rbegin(); file != open.files.rend(); ++file)
         for (const Resource& resource : file->resources)
@@ -188,7 +184,7 @@ std::int16_t OpenResFile(const std::string& path) {
 }
 
 void CloseResFile(std::int16_t refNum) {
-    OpenFiles& open = TheOpenFiles();
+    ResourceFiles& open = TheResourceFiles();
     const std::lock_guard guard(open.lock);
     std::erase_if(open.files, [&](const ResourceFile& file) { return file.refNum == refNum; });
 }
