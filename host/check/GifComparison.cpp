@@ -135,10 +135,11 @@ void GifComparison::AddPairs() {
 void GifComparison::TakeOpaque(std::size_t first, Indices indices) {
     const std::uint8_t* const was = original.pixels.get() + first * 3;
     const std::size_t samples = indices.size() * 3;
-    std::uint8_t* is = line.data();
+    std::uint8_t* const written = line.data();
+    std::uint8_t* is = written;
     std::int32_t changed = 0;
     for (const std::uint8_t index : indices) {
-        const std::uint8_t* const pixel = was + (is - line.data());
+        const std::uint8_t* const pixel = was + (is - written);
         std::memcpy(is, shownBytes[index], 4);
         changed += ((pixel[0] ^ is[0]) | (pixel[1] ^ is[1]) | (pixel[2] ^ is[2])) != 0;
         used[index] = true;
@@ -147,7 +148,7 @@ void GifComparison::TakeOpaque(std::size_t first, Indices indices) {
     std::int32_t sum = 0; // at most 32767 x 3 x 255
     int largest = 0;
     for (std::size_t n = 0; n < samples; ++n) {
-        const int error = std::abs(was[n] - line[n]);
+        const int error = std::abs(was[n] - written[n]);
         sum += error;
         largest = std::max(largest, error);
     }

@@ -4,6 +4,8 @@
 
 #include "BigEndian.h"
 
+#pragma GCC visibility push(default)
+
 /// Enters an address, null included, and returns its key, never 0. A key stays valid until it is
 /// dropped; the same address entered twice has two keys. Safe from any thread. Throws
 /// std::bad_alloc when the table cannot grow, std::length_error past 65,535 live keys.
@@ -49,3 +51,5 @@ template <class T> class AddressSlot {
     BigUInt32 key;
 };
 static_assert(sizeof(AddressSlot<void>) == 4 && alignof(AddressSlot<void>) == 1);
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "MemoryManager.h"
 
+#pragma GCC visibility push(default)
+
 /// The host's handle services, at `handleProcs` of the record.
 struct HostHandleProcs {
     std::int16_t version = 1;
@@ -32,3 +34,5 @@ std::int32_t HostGetHandleSize(const HostHandleProcs* procs, Handle handle);
 
 /// Gives a handle back to the host; null does nothing.
 void HostDisposeHandle(const HostHandleProcs* procs, Handle handle);
+
+#pragma GCC visibility pop

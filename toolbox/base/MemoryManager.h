@@ -3,6 +3,8 @@
 
 #include "ToolboxTypes.h"
 
+#pragma GCC visibility push(default)
+
 /// A new block of `size` bytes, contents undefined, aligned for any type. The caller disposes of
 /// it with DisposePtr. Null when there is no memory or `size` is negative.
 Ptr NewPtr(Size size);
@@ -39,3 +41,5 @@ void BlockMove(const void* source, void* destination, Size count);
 
 /// Pointers and handles alive in the process; for tests that look for what was not given back.
 long LiveMemoryBlocks();
+
+#pragma GCC visibility pop

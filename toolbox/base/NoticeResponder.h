@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// Speaks to the user: a display, a command line, a test.
 class NoticeResponder {
   public:
@@ -20,3 +22,5 @@ NoticeResponder* SetNoticeResponder(NoticeResponder* responder);
 /// The responder of this thread, or the one that prints.
 NoticeResponder& CurrentNoticeResponder();
 bool HasNoticeResponder(); ///< one was set on this thread
+
+#pragma GCC visibility pop

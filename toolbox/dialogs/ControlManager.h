@@ -3,6 +3,8 @@
 
 #include "DialogRecord.h"
 
+#pragma GCC visibility push(default)
+
 /// Every call takes a null control: reading gives 0 or an empty title, writing does nothing.
 short GetControlValue(ControlHandle control);
 /// The value is brought between minimum and maximum.
@@ -36,3 +38,5 @@ inline void GetCTitle(ControlHandle control, StringPtr title) {
 inline void SetCTitle(ControlHandle control, ConstStr255Param title) {
     SetControlTitle(control, title);
 }
+
+#pragma GCC visibility pop

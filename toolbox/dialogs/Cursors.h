@@ -3,6 +3,8 @@
 
 #include "QuickDraw.h"
 
+#pragma GCC visibility push(default)
+
 using CursHandle = Cursor**;
 
 /// The cursor resource, decoded, or null. It belongs to the toolbox and stays valid.
@@ -11,3 +13,5 @@ CursHandle GetCursor(short id);
 void SetCursor(const Cursor* cursor);
 void SetArrowCursor();
 void InitCursor();
+
+#pragma GCC visibility pop

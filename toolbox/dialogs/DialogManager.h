@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 // Dialogs
 
 /// Makes a dialog from its DLOG and DITL resources, invisible, in front of all others. Null when a
@@ -73,3 +75,5 @@ short FindWindow(Point global, WindowPtr* window);
 
 /// Every open dialog, the one in front first.
 const std::vector<DialogPtr>& OpenDialogs();
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 struct DialogTemplate {
     Rect bounds; ///< global
     std::int32_t refCon = 0;
@@ -43,3 +45,5 @@ std::optional<std::int16_t> ReadAlertItemList(short id);
 
 /// Where the dialog of a DLOG resource comes up: in the middle of the screen.
 void CenterDialog(Handle dialogResource);
+
+#pragma GCC visibility pop

@@ -3,6 +3,8 @@
 
 #include "EventTypes.h"
 
+#pragma GCC visibility push(default)
+
 /// True while the button of the current press stays down and no mouse-up waits in the queue. Draws
 /// what is invalid and waits a little for the next move, so that loops around it cost no time.
 Boolean StillDown();
@@ -15,3 +17,5 @@ void GetKeys(KeyMap keys);
 std::uint32_t TickCount();
 /// Ticks within which two presses are a double click.
 std::uint32_t GetDblTime();
+
+#pragma GCC visibility pop

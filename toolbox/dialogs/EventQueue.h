@@ -7,6 +7,8 @@
 
 #include <optional>
 
+#pragma GCC visibility push(default)
+
 /// An event, or with an item number a hit.
 struct QueueEntry {
     EventRecord event;
@@ -27,3 +29,5 @@ std::optional<EventRecord> TakeQueuedEvent(short mask);
 /// Forgets the hits of a dialog that goes.
 void ForgetHits(DialogPtr dialog);
 void EmptyQueue();
+
+#pragma GCC visibility pop

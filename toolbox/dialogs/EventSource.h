@@ -6,6 +6,8 @@
 
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// What of an item has changed.
 enum class ItemChange : std::uint8_t {
     look,  ///< static text or picture is to be drawn again
@@ -59,3 +61,5 @@ EventSource* SetEventSource(EventSource* source);
 EventSource* CurrentEventSource();
 /// Tells the source, if there is one, that an item has changed.
 void TellSource(DialogPtr dialog, short item, ItemChange change);
+
+#pragma GCC visibility pop

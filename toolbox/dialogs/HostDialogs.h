@@ -4,6 +4,8 @@
 
 #include "DialogManager.h"
 
+#pragma GCC visibility push(default)
+
 inline std::intptr_t GetMoveableWRefCon(DialogPtr dialog) {
     return GetWRefCon(dialog);
 }
@@ -41,3 +43,5 @@ Boolean GetColor(Point where, ConstStr255Param prompt, const RGBColor* start, RG
 void InitCursorCtl(Handle cursors);
 void RotateCursor(std::int32_t counter);
 void SpinCursor(short increment);
+
+#pragma GCC visibility pop

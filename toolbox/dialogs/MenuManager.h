@@ -3,6 +3,8 @@
 
 #include "DialogRecord.h"
 
+#pragma GCC visibility push(default)
+
 /// Inserts an entry behind entry `after` (0 puts it first, past the end puts it last). The text
 /// "(-" makes a separator; any other text is taken as it is.
 void InsertMenuItem(MenuHandle menu, ConstStr255Param text, short after);
@@ -26,3 +28,5 @@ inline void SetItem(MenuHandle menu, short entry, ConstStr255Param text) {
 inline void GetItem(MenuHandle menu, short entry, StringPtr text) {
     GetMenuItemText(menu, entry, text);
 }
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 #include "DialogRecord.h"
 #include "EventTypes.h"
 
+#pragma GCC visibility push(default)
+
 /// Sees every event before the dialog does. Nonzero takes the event; *item, when set, is reported.
 using ModalFilterProc = Boolean (*)(DialogPtr dialog, EventRecord* event, short* item);
 /// Serves events that are not the dialog's.
@@ -18,3 +20,5 @@ void MoveableModalDialog(DialogPtr dialog, ModalEventProc* eventProc, ModalFilte
 /// For sources: offers an event that a native widget is about to handle to the filter of the modal
 /// loop around it; true when the filter took it and the widget must not.
 bool OfferEvent(DialogPtr dialog, const EventRecord& event);
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Shows a sentence that the user must see, on standard error where no source operates dialogs.
 void ShowCaution(const std::string& sentence);
 
@@ -18,3 +20,5 @@ void ShowNoticeDialog(short id);
 /// dialogs and no responder is set, else as the texts of its static items, in order of their item
 /// numbers. Nothing is shown when the resource is missing.
 void ShowAbout(std::int16_t dialogID);
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include "Surface.h"
 #include "ToolboxTypes.h"
 
+#pragma GCC visibility push(default)
+
 /// An 8 x 8 pattern of black (1) and white (0) pixels, one byte a row, leftmost pixel on top.
 struct Pattern {
     std::uint8_t rows[8];
@@ -155,3 +157,5 @@ void CTabChanged(CTabHandle table);
 /// maps and unequal sizes draw nothing. `mask` must be null.
 void CopyBits(const PixMap* source, GrafPtr destination, const Rect* sourceRect,
               const Rect* destRect, short mode, const void* mask);
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <span>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// What a shape is filled with: one colour, a pattern of black and white, or the background that
 /// an erased area shows.
 struct Ink {
@@ -37,3 +39,5 @@ class Surface {
     /// a screen of twice the resolution.
     virtual void Image(const Rect& rect, const ColorPixels& pixels) = 0;
 };
+
+#pragma GCC visibility pop

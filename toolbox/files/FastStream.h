@@ -3,6 +3,8 @@
 
 #include "ToolboxTypes.h"
 
+#pragma GCC visibility push(default)
+
 /// A buffered output stream over a file that is open for writing.
 struct FastStream;
 
@@ -16,3 +18,5 @@ OSErr FastWrite(FastStream* stream, std::int32_t count, const void* bytes);
 /// Writes what is still buffered, ends the stream and answers its first error; the file stays
 /// open. An error of this last write is also kept for TakeCloseError.
 OSErr FastClose(FastStream* stream);
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Permissions of FSpOpenDF.
 enum : std::int8_t { fsRdPerm = 1, fsWrPerm = 2 };
 
@@ -86,3 +88,5 @@ OSErr TakeCloseError();
 
 /// For streams over files: keeps an error met while closing, if it is the first; 0 does nothing.
 void KeepCloseError(OSErr error);
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Enters an existing folder and returns its id, always the same above 0 for the same folder.
 /// 0 with errno set when it does not exist or cannot be reached.
 std::int32_t EnterFolder(const std::string& path);
@@ -29,3 +31,5 @@ std::string JoinPath(const std::string& folderPath, const std::string& name);
 /// Opens a folder as a starting point for calls relative to it. The path may be longer than the
 /// system takes in one call. Not open, with errno set, on failure.
 Descriptor OpenFolder(const std::string& path);
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "FileManager.h"
 
+#pragma GCC visibility push(default)
+
 struct StandardFileReply {
     Boolean sfGood = 0;      ///< the user chose a file
     Boolean sfReplacing = 0; ///< put only: the chosen file exists and is to be replaced
@@ -36,3 +38,5 @@ void StandardPutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
 /// typeCount is not negative, whose type is in the list.
 void StandardGetFile(FileFilterProc filter, std::int16_t typeCount, const OSType* typeList,
                      StandardFileReply* reply);
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <span>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// The pixels of a picture, true colour: 0x00RRGGBB, `columns` a row, no padding.
 struct DecodedPicture {
     int rows = 0;
@@ -20,3 +22,5 @@ struct DecodedPicture {
 /// @param bytes the whole resource; any bytes are safe
 /// @return nothing for every other picture, for a damaged one and for one that ends early
 std::optional<DecodedPicture> DecodePicture(std::span<const std::uint8_t> bytes);
+
+#pragma GCC visibility pop

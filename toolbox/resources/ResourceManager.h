@@ -5,6 +5,8 @@
 
 #include <string>
 
+#pragma GCC visibility push(default)
+
 /// Loads a resource file; the last one opened is searched first. Its resources live as handles
 /// until CloseResFile. A reference number above 0, or a negative code: resFNotFound when the file
 /// cannot be read, mapReadErr when it is no resource file, memFullErr.
@@ -23,3 +25,5 @@ inline void ReleaseResource(Handle) {}
 /// Copies string `index` (from 1) of string list `list` as a length-prefixed string; the empty
 /// string when there is no such list or string.
 void GetIndString(StringPtr string, std::int16_t list, std::int16_t index);
+
+#pragma GCC visibility pop

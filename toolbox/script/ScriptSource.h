@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 /// One thing that a user does. Points are local to the dialog in front.
 struct Act {
     enum class Kind : std::uint8_t {
@@ -170,3 +172,5 @@ class ScriptSource : public EventSource, public StandardFileResponder {
     bool hasRested = false; ///< a null event went by since the last act
     KeyMap keysDown = {};
 };
+
+#pragma GCC visibility pop
