@@ -276,16 +276,17 @@ TEST_F(CommandLine, ReducesToThePaletteAskedFor) {
     std::string table;
     for (int i = 0; i < 256; ++i) table += {static_cast<char>(i), static_cast<char>(255 - i), '\7'};
     folder.Write("own.zct", table);
-    // Entries of the written table, and bits of its second colour.
-    const std::tuple<Names, int, PackedColor, PackedColor> cases[] = {
-        {{"-p", "adaptive", "-n", "16"}, 16, 0, 0},
-        {{"-n", "8", "--matte", "1,2,3"}, 8, 0, 0},
-        {{"-p", "fixed"}, 256, 0xFFFFFF, 0xFFFFCC},
-        {{"-p", "own.zct"}, 256, 0xFFFFFF, 0x01FE07},
-        {{"-p", "own.zct", "-n", "4", "--resize"}, 4, 0xFF, 0x07}};
-    for (const auto& [choices, entries, bits, second] : cases) {
+    // Entries of the written table, and bits of its first two colours.
+    const std::tuple<Names, int, PackedColor, PackedColor, PackedColor> cases[] = {
+        {{"-p", "adaptive", "-n", "16"}, 16, 0, 0, 0},
+        {{"-n", "8", "--matte", "1,2,3"}, 8, 0, 0, 0},
+        {{"-p", "fixed", "-n", "255"}, 256, 0xFFFFFF, 0x000000, 0xFFFFFF},
+        {{"-p", "own.zct"}, 256, 0xFFFFFF, 0x00FF07, 0x01FE07},
+        {{"-p", "own.zct", "-n", "4", "--resize"}, 4, 0xFF, 0x07, 0x07}};
+    for (const auto& [choices, entries, bits, first, second] : cases) {
         const DecodedGif gif = Convert(Join({"-f", "noise.ppm"}, choices), "noise.gif");
         EXPECT_EQ(gif.colors, entries) << choices.back();
+        EXPECT_EQ(PackColor(TableEntry(gif.table, 0)) & bits, first) << choices.back();
         EXPECT_EQ(PackColor(TableEntry(gif.table, 1)) & bits, second) << choices.back();
     }
 }
