@@ -271,7 +271,7 @@ std::string DescribeCode(OSErr code) {
         {fBsyErr, "the file is in use"},
         {dupFNErr, "a file of that name exists already"},
         {opWrErr, "the file is open for writing already"},
-        {paramErr, "the module asked for a part of the picture that does not exist"},
+        {paramErr, "what the module asked for does not exist, or was not delivered as asked for"},
         {permErr, "permission denied"},
         {memFullErr, "not enough memory"},
         {dirNFErr, "the folder does not exist"},
@@ -280,6 +280,7 @@ std::string DescribeCode(OSErr code) {
         {kHostLacksHandles, "the host offers no memory services to the module"},
         {kUnknownSelector, "the module does not know what was asked of it"},
         {kModeNotExported, "the module does not export this kind of picture"},
+        {kExportAtWork, "the module was called while it was at work"},
     };
     for (const auto& entry : kSentences)
         if (entry.code == code) return entry.sentence;

@@ -6,13 +6,30 @@
 /// Looks at one delivered band.
 ///
 /// @param band     the rows and columns delivered; may have no rows
-/// @param rowBytes bytes from one row of `data` to the next
+/// @param rowBytes bytes from one row of `data` to the next, at least what a row needs
 /// @param data     first byte of the band's top-left pixel; the requested planes are interleaved.
+///                 Null only for a band without rows.
 ///                 Belongs to the host and stays valid until the next request
 /// @param refCon   what the caller of IterateArea passed
 /// @return 0 to go on; anything else ends the walk and becomes its result
 using TileProc = short (*)(const Rect* band, std::int32_t rowBytes, void* data,
                            std::intptr_t refCon);
+
+/// What the host has delivered of an area that was asked for.
+struct DeliveredArea {
+    Rect area = {};               ///< inside what was asked for; may have no rows or columns
+    std::int32_t rowBytes = 0;    ///< from one row to the next, at least what a row needs
+    std::uint8_t* data = nullptr; ///< the host's, until the next request; null only without rows
+};
+
+/// Has the host deliver an area of the planes that the record asks for.
+///
+/// The record is the host's to change while it answers: what it says afterwards is taken only where
+/// it lies inside what was asked for and the rows are there.
+///
+/// @param pixelBytes bytes of a pixel, one for each plane asked for
+/// @return 0, the host's answer, or paramErr for an answer that is refused or without `advanceProc`
+short RequestArea(ExportRecord& record, const Rect& area, int pixelBytes, DeliveredArea* delivered);
 
 /// Asks the host for `area` band by band and hands each band to `proc`.
 ///
@@ -23,7 +40,7 @@ using TileProc = short (*)(const Rect* band, std::int32_t rowBytes, void* data,
 /// @param loPlane first plane asked for, counted from 0
 /// @param hiPlane last plane asked for, above loPlane; otherwise paramErr without a request
 /// @return 0 when the walk reached the end, else the first nonzero answer of host or procedure,
-///         unchanged; paramErr without a request when the record has no `advanceProc`
+///         unchanged; paramErr for a delivery that RequestArea refuses
 ///
 /// A band covers memoryBudget / (columns x (hiPlane - loPlane)) rows less one, and the next one
 /// begins after that missing row: a row between two bands is never asked for. A budget below one
@@ -36,12 +53,10 @@ inline std::intptr_t TileRefCon(const void* reference) {
     return reinterpret_cast<std::intptr_t>(reference);
 }
 
-/// Calls a band procedure that takes typed data and a typed reference; paramErr where the host has
-/// left out the data of a band that has rows.
+/// Calls a band procedure that takes typed data and a typed reference.
 template <class Reference>
 short CallTypedTile(short (*procedure)(const Rect*, std::int32_t, const std::uint8_t*, Reference*),
                     const Rect* band, std::int32_t rowBytes, void* data, std::intptr_t refCon) {
-    if (!data && band->top < band->bottom) return paramErr;
     return procedure(band, rowBytes, static_cast<const std::uint8_t*>(data),
                      reinterpret_cast<Reference*>(refCon));
 }

@@ -2,11 +2,12 @@
 #include "GIF89Export.h"
 
 #include "HostServices.h"
+#include "HostText.h"
 #include "MemoryManager.h"
 #include "WriteGIF89.h"
 
 #include <algorithm>
-#include <cstring>
+#include <iterator>
 
 Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short* result) {
     exportRecord = record;
@@ -37,7 +38,13 @@ Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short
     }
 }
 
+void GIF89ExportContext::TakeShape() {
+    shape = {exportRecord->imageRows, exportRecord->imageColumns, exportRecord->planeCount,
+             exportRecord->hasTransparency != 0};
+}
+
 void GIF89ExportContext::DoPrepare() {
+    TakeShape();
     // Sides below 0, which start refuses, would give a budget back that was never taken.
     const std::int32_t total = std::max(std::int32_t{0}, SizeBuffers(bufferSize));
     if (!WarnHostHandleProcsAvailable(exportRecord->handleProcs.Get())) {
@@ -54,7 +61,8 @@ void GIF89ExportContext::DoStart() {
     // A host may start without prepare, or twice: sizes are taken from the record as it is now, and
     // nothing of an earlier start is kept.
     DeallocateBuffers();
-    if (exportRecord->imageRows < 1 || exportRecord->imageColumns < 1) {
+    TakeShape();
+    if (shape.rows < 1 || shape.columns < 1) {
         error = paramErr; // without a pixel there is no picture to write
         return;
     }
@@ -67,7 +75,7 @@ void GIF89ExportContext::DoStart() {
     if (error == noErr) GetParameters();
     if (error == noErr) MakeGIFBuffer();
     if (error == noErr) {
-        Point size = {exportRecord->imageRows, exportRecord->imageColumns};
+        const Point size = {shape.rows, shape.columns};
         error =
             WriteGIF89(&outputFile, &size, gifBuffer, gifRowBytes, interlaced, transIndex, &palette,
                        static_cast<short>(numColors), commentEnabled ? comment : nullptr);
@@ -98,21 +106,14 @@ void GIF89ExportContext::DeallocateBuffers() {
 // Takes the document's comment from the host's property services, if there are any and it has one.
 // A host that cannot tell is one without a comment; only missing memory ends the export.
 void GIF89ExportContext::FetchComment() {
-    const HostPropertyProcs* properties = exportRecord->propertyProcs.Get();
-    const HostHandleProcs* handles = exportRecord->handleProcs.Get();
-    if (!properties || !properties->getProperty || !handles) return;
-    Handle text = nullptr;
-    if (properties->getProperty(kModuleSignature, kCommentProperty, 0, &text) != noErr || !text)
+    const HostText text(*exportRecord, kCommentProperty, 0);
+    if (text.Bytes().empty()) return;
+    const Size length = std::ssize(text.Bytes());
+    comment = reinterpret_cast<char*>(NewPtr(length + 1));
+    if (!comment) {
+        error = memFullErr;
         return;
-    const std::int32_t length = HostGetHandleSize(handles, text);
-    if (length > 0) {
-        comment = reinterpret_cast<char*>(NewPtr(Size{length} + 1));
-        if (comment) {
-            std::memcpy(comment, *text, static_cast<std::size_t>(length));
-            comment[length] = '\0';
-        } else {
-            error = memFullErr;
-        }
     }
-    HostDisposeHandle(handles, text);
+    BlockMove(text.Bytes().data(), comment, length);
+    comment[length] = '\0';
 }

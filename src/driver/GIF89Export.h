@@ -19,6 +19,17 @@ struct OptionsDialogs {
     short (*indexed)(GIF89IndexedExport& context);
 };
 
+/// What the record says of the picture at the call of prepare or start. The host may change its
+/// record whenever it is called; buffers are made for this shape, so only this is used.
+struct PictureShape {
+    std::int16_t rows = 0, columns = 0;
+    std::int16_t planes = 0; ///< of the document, transparency and further channels included
+    bool hasTransparency = false;
+
+    /// Top and left 0, bottom and right the sides.
+    Rect Bounds() const { return {0, 0, rows, columns}; }
+};
+
 /// State of one export. Owns every buffer, the comment and the palette; finish frees them.
 ///
 /// The context lies in a block of the Memory Manager and its memory is simply released at the end,
@@ -27,6 +38,9 @@ class GIF89ExportContext {
   public:
     /// Runs one selector; true when the export is over.
     Boolean Dispatch(short selector, ExportRecord* record, short* result);
+
+    /// Takes `shape` from the record; before any of the steps below.
+    void TakeShape();
 
     /// Bytes the export will allocate; *gifBufferSize becomes the size that the base
     /// AllocateBuffers gives `gifBuffer`.
@@ -41,7 +55,8 @@ class GIF89ExportContext {
 
     const OptionsDialogs* dialogs = nullptr;
     ExportRecord* exportRecord = nullptr; ///< set anew on every call: the host may move the record
-    std::int16_t error = noErr;           ///< every step stops once this is not 0
+    PictureShape shape;
+    std::int16_t error = noErr; ///< every step stops once this is not 0
     FSSpec outputFile;
     std::int32_t bufferSize = 0;  ///< bytes of `gifBuffer`
     std::int32_t gifRowBytes = 0; ///< from one row of `gifBuffer` to the next
@@ -52,6 +67,7 @@ class GIF89ExportContext {
     std::uint8_t commentEnabled = 0;
     RGBLookUpTable palette = {};
     std::int32_t numColors = 0; ///< entries of `palette` in use
+    bool isAtWork = false;      ///< inside Dispatch
 
   protected:
     ~GIF89ExportContext() = default; // never destroyed through a pointer to the base

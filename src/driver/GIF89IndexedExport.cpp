@@ -1,12 +1,14 @@
 // The indexed export: the picture's own indices and palette, with transparency from a channel.
 #include "GIF89IndexedExport.h"
 
+#include "IterateArea.h"
 #include "MemoryManager.h"
 #include "SetupPalette.h"
 #include "WriteGIF89.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
 #include <utility>
 
@@ -17,8 +19,9 @@ constexpr std::int32_t kTableBytes = 65536;
 constexpr int kVisibleFrom = 128; // mask bytes below it hide, unless the mask is inverted
 constexpr int kFirstGivenUp = 2;  // indices 0 and 1 are never given up for transparency
 
-// The comment of the latest indexed export. Finish leaves it readable, and the next one frees it.
-char* keptComment = nullptr;
+// The comment of the latest indexed export. Finish leaves it readable, and the next one frees it,
+// on whatever thread that one runs.
+std::atomic<char*> keptComment = nullptr;
 
 bool IsVisible(std::uint8_t mask, unsigned char invert) {
     return (mask < kVisibleFrom) == (invert != 0);
@@ -36,8 +39,10 @@ std::array<std::int64_t, 256> CountVisible(const std::uint8_t* indices, std::int
     return counts;
 }
 
-// The nearest other entry to one that is given up. Its own colour moves for the moment to the
-// farthest corner of the colour cube, where no search for it can end; the table is left as it was.
+// The nearest other entry to one that is given up. Deliberate: its own colour moves for the moment
+// to the farthest corner of the colour cube, where no search for it can end. Were it black, the
+// search for a colour that is black or nearly so could end at the entry itself, and visible pixels
+// would be hidden. The table is left as it was.
 int FindReplacement(RGBLookUpTable& table, int givenUp) {
     const RGBtuple color = TableEntry(table, givenUp);
     const auto away = [](std::uint8_t level) { return std::uint8_t(level < 128 ? 255 : 0); };
@@ -51,24 +56,28 @@ int FindReplacement(RGBLookUpTable& table, int givenUp) {
 
 std::int32_t GIF89IndexedExport::SizeBuffers(std::int32_t& gifBufferSize) {
     gifBufferSize = 0;
-    return exportRecord->imageRows * exportRecord->imageColumns + kTableBytes;
+    return shape.rows * shape.columns + kTableBytes;
 }
 
 short GIF89IndexedExport::AllocateBuffers() {
     // The planes are left as the host has them: the first request brings the index plane.
-    if (const short code = RequestWholeImage()) return code;
+    DeliveredArea delivered;
+    if (const short code = RequestPlane(&delivered)) return code;
     alphaData = nullptr;
     alphaPlane = -1;
-    gifRowBytes = exportRecord->returnedRowBytes;
-    gifBuffer = exportRecord->returnedData.Get();
-    if (exportRecord->planeCount < 2) return noErr;
+    gifRowBytes = delivered.rowBytes;
+    gifBuffer = delivered.data;
+    if (shape.planes < 2) return noErr;
 
     // A later request for another plane uses the host's memory again.
-    const Size bytes = Size{exportRecord->imageRows} * gifRowBytes;
-    std::uint8_t* const delivered = std::exchange(gifBuffer, NewPtr(bytes));
+    gifBuffer = NewPtr(Size{shape.rows} * gifRowBytes);
     if (!gifBuffer) return memFullErr;
     ownsGifBuffer = true;
-    BlockMove(delivered, gifBuffer, bytes);
+    // Row by row: what lies between the rows, and behind the last one, need not be readable.
+    for (int y = 0; y < shape.rows; ++y) {
+        const std::ptrdiff_t offset = std::ptrdiff_t{y} * gifRowBytes;
+        BlockMove(delivered.data + offset, gifBuffer + offset, shape.columns);
+    }
     return noErr;
 }
 
@@ -79,8 +88,8 @@ void GIF89IndexedExport::DeallocateBuffers() {
     gifBuffer = nullptr;
     ownsGifBuffer = false;
     if (!comment) return;
-    DisposePtr(reinterpret_cast<Ptr>(keptComment));
-    keptComment = std::exchange(comment, nullptr);
+    char* const older = keptComment.exchange(std::exchange(comment, nullptr));
+    DisposePtr(reinterpret_cast<Ptr>(older));
 }
 
 void GIF89IndexedExport::GetParameters() {
@@ -104,20 +113,21 @@ void GIF89IndexedExport::MakeGIFBuffer() {}
 
 short GIF89IndexedExport::GetMaskFromAlphaChannel(short plane, unsigned char invert,
                                                   int* transIndexOut) {
-    const std::int32_t rows = exportRecord->imageRows, columns = exportRecord->imageColumns;
+    const int rows = shape.rows, columns = shape.columns;
     if (plane == alphaPlane) {
         if (!alphaData) return memFullErr;
         // What was hidden before is what the transparent index marks; the mask is made from that.
         std::uint8_t* row = alphaData;
-        for (std::int32_t y = 0; y < rows; ++y, row += alphaRowBytes)
-            for (std::int32_t x = 0; x < columns; ++x)
+        for (int y = 0; y < rows; ++y, row += alphaRowBytes)
+            for (int x = 0; x < columns; ++x)
                 row[x] = (row[x] == *transIndexOut) == (invert != 0) ? 0 : 255;
     } else {
         exportRecord->requestFirstPlane = plane;
         exportRecord->requestLastPlane = plane;
-        if (const short code = RequestWholeImage()) return code;
-        alphaData = exportRecord->returnedData.Get();
-        alphaRowBytes = exportRecord->returnedRowBytes;
+        DeliveredArea delivered;
+        if (const short code = RequestPlane(&delivered)) return code;
+        alphaData = delivered.data;
+        alphaRowBytes = delivered.rowBytes;
         alphaPlane = plane;
     }
     *transIndexOut = MaskDataWithAlpha(gifBuffer, gifRowBytes, alphaData, alphaRowBytes, &palette,
@@ -125,23 +135,15 @@ short GIF89IndexedExport::GetMaskFromAlphaChannel(short plane, unsigned char inv
     return noErr;
 }
 
-short GIF89IndexedExport::RequestWholeImage() {
-    exportRecord->requestRect.top = 0;
-    exportRecord->requestRect.left = 0;
-    exportRecord->requestRect.bottom = exportRecord->imageRows;
-    exportRecord->requestRect.right = exportRecord->imageColumns;
-    AdvanceProc* const advance = exportRecord->advanceProc.Get();
-    if (!advance) return paramErr;
-    if (const short code = advance()) return code;
-    // Copies take as many bytes as these rows have, and a row is read as wide as the picture.
-    const bool isWhole = exportRecord->returnedData.Get() &&
-                         exportRecord->returnedRowBytes >= exportRecord->imageColumns;
-    return isWhole ? noErr : paramErr;
+// A plane is taken whole or not at all.
+short GIF89IndexedExport::RequestPlane(DeliveredArea* delivered) {
+    const Rect whole = shape.Bounds();
+    if (const short code = RequestArea(*exportRecord, whole, 1, delivered)) return code;
+    return delivered->area == whole ? noErr : paramErr;
 }
 
 int GIF89IndexedExport::HighestIndex() const {
-    return FindMaxValue(gifBuffer, exportRecord->imageRows, exportRecord->imageColumns,
-                        gifRowBytes);
+    return FindMaxValue(gifBuffer, shape.rows, shape.columns, gifRowBytes);
 }
 
 int FindMaxValue(const std::uint8_t* data, std::int32_t rows, std::int32_t columns,

@@ -3,6 +3,8 @@
 
 #include "GIF89Export.h"
 
+struct DeliveredArea;
+
 /// Exports an indexed picture with its own indices and palette.
 class GIF89IndexedExport final : public GIF89ExportContext {
   public:
@@ -25,7 +27,7 @@ class GIF89IndexedExport final : public GIF89ExportContext {
     std::int16_t alphaPlane = -1;   ///< the plane behind `alphaData`, -1 for none
 
   private:
-    short RequestWholeImage();
+    short RequestPlane(DeliveredArea* delivered);
     int HighestIndex() const;
 
     bool ownsGifBuffer = false; ///< with one plane `gifBuffer` is the host's memory

@@ -20,38 +20,38 @@ constexpr std::uint8_t kInitialTransparentLevel = 193;
 constexpr short kTooManyColors = 1;
 
 std::uint8_t* FirstRowOf(const Rect& tile, const GIF89RGBExport& context) {
-    return context.gifBuffer + std::ptrdiff_t{tile.top} * context.exportRecord->imageColumns;
+    return context.gifBuffer + std::ptrdiff_t{tile.top} * context.shape.columns;
 }
 
 short DitherNoTransparency(const Rect* tile, std::int32_t rowBytes, const std::uint8_t* data,
                            GIF89RGBExport* context) {
-    DiffuseColorNoTransparency(
-        data, FirstRowOf(*tile, *context), static_cast<short>(tile->bottom - tile->top),
-        static_cast<short>(tile->right - tile->left), tile->top, rowBytes,
-        context->exportRecord->imageColumns, &context->palette, context->inverseMap,
-        reinterpret_cast<std::int16_t*>(context->errorBuffer));
+    DiffuseColorNoTransparency(data, FirstRowOf(*tile, *context),
+                               static_cast<short>(tile->bottom - tile->top),
+                               static_cast<short>(tile->right - tile->left), tile->top, rowBytes,
+                               context->shape.columns, &context->palette, context->inverseMap,
+                               reinterpret_cast<std::int16_t*>(context->errorBuffer));
     return 0;
 }
 
 short DitherWithTransparency(const Rect* tile, std::int32_t rowBytes, const std::uint8_t* data,
                              GIF89RGBExport* context) {
-    DiffuseColorWithTransparency(
-        data, FirstRowOf(*tile, *context), static_cast<short>(tile->bottom - tile->top),
-        static_cast<short>(tile->right - tile->left), tile->top, rowBytes,
-        context->exportRecord->imageColumns, &context->palette, context->inverseMap,
-        reinterpret_cast<std::int16_t*>(context->errorBuffer), PackColor(context->transparentColor),
-        context->transIndex);
+    DiffuseColorWithTransparency(data, FirstRowOf(*tile, *context),
+                                 static_cast<short>(tile->bottom - tile->top),
+                                 static_cast<short>(tile->right - tile->left), tile->top, rowBytes,
+                                 context->shape.columns, &context->palette, context->inverseMap,
+                                 reinterpret_cast<std::int16_t*>(context->errorBuffer),
+                                 PackColor(context->transparentColor), context->transIndex);
     return 0;
 }
 
 } // namespace
 
 std::int32_t GIF89RGBExport::ErrorBufferBytes() const {
-    return exportRecord->imageColumns * 12 + 24;
+    return shape.columns * 12 + 24;
 }
 
 std::int32_t GIF89RGBExport::SizeBuffers(std::int32_t& gifBufferSize) {
-    const std::int32_t pixels = exportRecord->imageColumns * exportRecord->imageRows;
+    const std::int32_t pixels = shape.columns * shape.rows;
     gifBufferSize = std::max(pixels, kHistogramBytes);
     return gifBufferSize + ErrorBufferBytes() + 2 * kCellCount;
 }
@@ -74,8 +74,9 @@ void GIF89RGBExport::DeallocateBuffers() {
 
 void GIF89RGBExport::GetParameters() {
     ExactStart(&exactInfo);
+    const Rect whole = shape.Bounds();
     const short counted =
-        IterateArea(exportRecord, nullptr, 0, 2, AsTileProc<ExactCount>, TileRefCon(&exactInfo));
+        IterateArea(exportRecord, &whole, 0, 2, AsTileProc<ExactCount>, TileRefCon(&exactInfo));
     if (counted == kTooManyColors) {
         exactInfo.count = -1;
     } else if (counted != noErr) {
@@ -99,10 +100,11 @@ void GIF89RGBExport::MakeGIFBuffer() {
     // The histogram may have been counted here, and rows that no band asks for keep index 0.
     std::memset(gifBuffer, 0, static_cast<std::size_t>(bufferSize));
     BuildInverse(&palette, inverseMap, inverseWork, static_cast<short>(numColors));
-    error = exportRecord->hasTransparency
-                ? IterateArea(exportRecord, nullptr, 0, 3, AsTileProc<DitherWithTransparency>,
+    const Rect whole = shape.Bounds();
+    error = shape.hasTransparency
+                ? IterateArea(exportRecord, &whole, 0, 3, AsTileProc<DitherWithTransparency>,
                               TileRefCon(this))
-                : IterateArea(exportRecord, nullptr, 0, 2, AsTileProc<DitherNoTransparency>,
+                : IterateArea(exportRecord, &whole, 0, 2, AsTileProc<DitherNoTransparency>,
                               TileRefCon(this));
-    gifRowBytes = exportRecord->imageColumns;
+    gifRowBytes = shape.columns;
 }

@@ -31,12 +31,13 @@ GIF89ExportContext* MakeContextForMode(const ExportRecord& record, OSErr* code) 
 
 } // namespace
 
+void DoAbout(const ExportRecord*) {
+    ShowAbout(kAboutDialog);
+}
+
 void RunSelector(short selector, ExportRecord* record, std::intptr_t* data, short* result,
                  const OptionsDialogs& dialogs) {
-    if (selector == kSelectorAbout) {
-        ShowAbout(kAboutDialog);
-        return;
-    }
+    if (selector == kSelectorAbout) return DoAbout(record);
     auto* context = reinterpret_cast<GIF89ExportContext*>(*data);
     if (!context) {
         OSErr code = noErr;
@@ -47,8 +48,15 @@ void RunSelector(short selector, ExportRecord* record, std::intptr_t* data, shor
         }
         *data = reinterpret_cast<std::intptr_t>(context);
     }
+    if (context->isAtWork) {
+        *result = kExportAtWork;
+        return;
+    }
     context->dialogs = &dialogs;
-    if (context->Dispatch(selector, record, result)) {
+    context->isAtWork = true;
+    const Boolean isOver = context->Dispatch(selector, record, result);
+    context->isAtWork = false;
+    if (isOver) {
         DisposePtr(reinterpret_cast<Ptr>(context));
         *data = 0;
     }

@@ -57,17 +57,18 @@ int TrimTopBlacks(const RGBLookUpTable* table, int count, int floor) {
 }
 
 void AdaptiveTable(RGBLookUpTable* table, short colors, std::uint8_t* histogram,
-                   ExportRecord* record, RGBtuple transparentColor) {
+                   ExportRecord* record, const PictureShape& shape, RGBtuple transparentColor) {
     std::memset(histogram, 0, sizeof(Histogram));
     auto& cells = *reinterpret_cast<Histogram*>(histogram);
     // Deliberate: the walk's result is not looked at. A host that failed or was cancelled here
     // answers the same at the next walk, which is looked at, before anything is written.
-    if (record->hasTransparency) {
+    const Rect whole = shape.Bounds();
+    if (shape.hasTransparency) {
         HistInfo info = {&cells, PackColor(transparentColor)};
-        IterateArea(record, nullptr, 0, 3, AsTileProc<CalcHistogram3DWithTransparency>,
+        IterateArea(record, &whole, 0, 3, AsTileProc<CalcHistogram3DWithTransparency>,
                     TileRefCon(&info));
     } else {
-        IterateArea(record, nullptr, 0, 2, AsTileProc<CalcHistogram3DNoTransparency>,
+        IterateArea(record, &whole, 0, 2, AsTileProc<CalcHistogram3DNoTransparency>,
                     TileRefCon(&cells));
     }
     MakeAdaptivePalette(table, colors, cells);
@@ -83,13 +84,13 @@ short GIF89RGBExport::SetupPalette(unsigned char exact, unsigned char supplied) 
         MakeExactTable(&exactInfo, &palette);
     } else if (!supplied || resize) {
         const RGBLookUpTable saved = palette;
-        AdaptiveTable(&palette, static_cast<short>(numColors), gifBuffer, exportRecord,
+        AdaptiveTable(&palette, static_cast<short>(numColors), gifBuffer, exportRecord, shape,
                       transparentColor);
         if (resize) KeepNeededColors(saved, numColors, palette);
     }
     for (int i = numColors; i < 256; ++i) SetTableEntry(palette, i, kBlack);
 
-    if (exportRecord->hasTransparency) {
+    if (shape.hasTransparency) {
         // With a floor just below the count this takes nothing away.
         numColors = TrimTopBlacks(&palette, numColors, numColors - 1);
         if (numColors < 256) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 struct ExportRecord;
+struct PictureShape;
 
 /// Index of the nearest of all 256 entries by squared distance; an equal entry wins at once, ties
 /// go to the lowest index.
@@ -18,4 +19,4 @@ int TrimTopBlacks(const RGBLookUpTable* table, int count, int floor);
 /// Fills `table` with `colors` colours by median cut over the whole picture. `histogram` is 131072
 /// bytes of working memory.
 void AdaptiveTable(RGBLookUpTable* table, short colors, std::uint8_t* histogram,
-                   ExportRecord* record, RGBtuple transparentColor);
+                   ExportRecord* record, const PictureShape& shape, RGBtuple transparentColor);

@@ -26,6 +26,7 @@ enum : OSErr {
     kHostLacksHandles = 1,      ///< no handle services; the user has been told
     kUnknownSelector = -30200,  ///< not one of the selectors above
     kModeNotExported = -30201,  ///< an image mode other than the two above
+    kExportAtWork = -30202,     ///< a selector sent from inside a procedure that the module called
     kServiceNotOffered = -30900 ///< a host service answers that it does not serve this
 };
 

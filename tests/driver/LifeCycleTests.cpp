@@ -1,6 +1,12 @@
 // The order of calls, right and wrong, and what each leaves behind.
 #include "DriverRun.h"
 
+#include "GIF89IndexedExport.h"
+
+#include <sys/xattr.h>
+
+#include <cerrno>
+
 namespace {
 
 DriverRun SmallRun() {
@@ -60,7 +66,7 @@ TEST(OutputFile, ProposesTheDocumentsNameWithTheSuffix) {
         std::copy(document.begin(), document.end(), run.host.record.documentName + 1);
         EXPECT_EQ(run.Export(), noErr);
         EXPECT_EQ(run.user.proposed, proposed) << document.size();
-        EXPECT_NE(run.user.lastPrompt, "");
+        EXPECT_EQ(run.user.lastPrompt, "Save the picture as:");
     }
 }
 
@@ -73,6 +79,18 @@ TEST(OutputFile, ReplacesAnExistingFileOnlyWhenTheUserSaidSo) {
     EXPECT_EQ(run.Export(), noErr);
     EXPECT_TRUE(run.user.Output().starts_with("GIF89a"));
     EXPECT_TRUE(run.user.Output().ends_with(";"));
+    char info[8] = {}; // type and creator, where files can carry them
+    const ssize_t size = getxattr(run.user.OutputPath().c_str(), "user.finder.info", info, 8);
+    if (size >= 0 || errno != ENOTSUP) {
+        EXPECT_EQ(std::string(info, 8), "GIFfQ7IM");
+    }
+}
+
+TEST(IndexedExport, ReportsAChannelWhoseDataAreGone) {
+    GIF89IndexedExport context;
+    context.alphaPlane = 1;
+    int hidden = 0;
+    EXPECT_EQ(context.GetMaskFromAlphaChannel(1, 0, &hidden), memFullErr);
 }
 
 } // namespace

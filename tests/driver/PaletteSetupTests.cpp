@@ -39,6 +39,7 @@ struct PaletteCase {
         : pixels(RandomPixels(PictureKind::photo, 40, 60, planes, 5)), host(40, 60, planes, pixels),
           histogram(131072) {
         context.exportRecord = &host.record;
+        context.TakeShape();
         context.gifBuffer = histogram.data();
         context.transparentColor = kTransparent;
     }

@@ -72,7 +72,9 @@ void ScriptedHost::Deliver(const HostRequest& request) {
     const int width = request.rect.right - request.rect.left;
     const int height = std::max(0, request.rect.bottom - request.rect.top);
     const int rowBytes = width * deliveredPlanes + extraRowBytes;
-    const auto size = static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(height);
+    // No padding behind the last row.
+    const auto size =
+        height > 0 ? static_cast<std::size_t>(rowBytes * height - extraRowBytes) : std::size_t{0};
     delivered = std::make_unique<std::uint8_t[]>(size);
     std::memset(delivered.get(), 0xA5, size);
     for (int y = 0; y < height; ++y)

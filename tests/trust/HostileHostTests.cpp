@@ -1,6 +1,7 @@
 // The loaded module under hosts that keep to nothing: it may refuse and it may write what was asked
 // for, but it ends, gives everything back, and does not read or write past what it was given.
 #include "ExportWays.h"
+#include "GIF89Export.h"
 #include "GiflibDecode.h"
 #include "MemoryManager.h"
 #include "ModuleResources.h"
@@ -14,6 +15,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <thread>
 
 namespace gif89 {
 namespace {
@@ -42,6 +44,8 @@ class HostileRun {
         if (IsIndexed(kind)) host.record.imageMode = kIndexedColorMode;
         usualAdvance = host.record.advanceProc.Get();
         host.record.advanceProc.Set(advanceKey);
+        properties.getProperty = GetProperty;
+        host.record.propertyProcs.Set(propertyKey);
         running = this;
     }
     HostileRun(const HostileRun&) = delete;
@@ -76,12 +80,30 @@ class HostileRun {
         return picture.value_or(GiflibPicture());
     }
 
+    /// Sends a selector from inside a call.
+    short CallAgain(short selector) {
+        short result = kUntouched;
+        TheModule().Call(selector, lent, &data, &result);
+        return result;
+    }
+    /// The context, which hosts know nothing of.
+    const GIF89ExportContext& Context() const {
+        return *reinterpret_cast<const GIF89ExportContext*>(data);
+    }
+
     ScriptedHost host;
     std::deque<Act> acts;
-    Advance advance; ///< instead of the host's own answer, if there is one
+    Advance advance;                              ///< instead of the host's own answer
+    std::function<OSErr(Handle* value)> property; ///< answers what has no comment and no names
+    HostPropertyProcs properties;
     std::intptr_t data = 0;
+    ExportRecord* lent = nullptr; ///< where the record is during a call
+    short lastDialog = 0;         ///< the resource id of the latest dialog
 
   private:
+    static OSErr GetProperty(OSType, OSType, std::int32_t, Handle* value) {
+        return running->property ? running->property(value) : OSErr{kServiceNotOffered};
+    }
     static OSErr AnswerRunning() { return running->Answer(); }
     OSErr Answer() {
         host.record = *lent;
@@ -91,20 +113,27 @@ class HostileRun {
     }
     Act Next(DialogPtr dialog) {
         if (!dialog) return PickFile(folder.Path("out.gif"));
+        lastDialog = dialog->resourceID;
         if (acts.empty()) return PressItem(kOKItem);
         const Act act = acts.front();
         acts.pop_front();
         return act;
     }
 
-    static inline HostileRun* running = nullptr;
+    static inline thread_local HostileRun* running = nullptr;
     TemporaryFolder folder;
     ScriptSource user{[this](DialogPtr dialog) { return Next(dialog); }};
     const Answering answering{user};
-    AddressKey advanceKey{&AnswerRunning};
+    AddressKey advanceKey{&AnswerRunning}, propertyKey{&properties};
     AdvanceProc* usualAdvance = nullptr;
-    ExportRecord* lent = nullptr;
 };
+
+/// Hands out a text as the host's property.
+OSErr HandOut(const std::string& text, Handle* value) {
+    *value = NewHandle(static_cast<Size>(text.size()));
+    std::copy(text.begin(), text.end(), **value);
+    return noErr;
+}
 
 class HostileHost : public testing::Test {
   protected:
@@ -148,6 +177,9 @@ TEST_F(HostileHost, AnySequenceOfSelectorsIsServed) {
                 if (selector == kSelectorPrepare) expected = ++prepared <= 2 ? noErr : memFullErr;
                 if (selector == kSelectorStart || selector == kSelectorContinue) expected = noErr;
                 EXPECT_EQ(run.Call(selector), expected) << calls;
+                if (selector == kSelectorAbout) {
+                    EXPECT_EQ(run.lastDialog, 16010);
+                }
                 wrote = wrote || selector == kSelectorStart;
                 if (selector != kSelectorAbout)
                     lives = expected == noErr; // finish, an unknown one and an error end it
@@ -161,12 +193,12 @@ TEST_F(HostileHost, AnySequenceOfSelectorsIsServed) {
 }
 
 TEST_F(HostileHost, MayChangeItsRecordBetweenPrepareAndStart) {
-    HostPropertyProcs procedures[2]; // without one, and with one that answers
-    procedures[1].getProperty = [](OSType, OSType, std::int32_t, Handle* value) {
-        *value = NewHandle(1);
-        return OSErr{noErr};
-    };
-    const AddressKey noProperty(&procedures[0]), property(&procedures[1]);
+    mayKeep = 1; // the latest comment of an indexed picture
+    // Without procedures, and with one missing that the module needs.
+    const HostPropertyProcs noProperties;
+    HostHandleProcs sizeless = MemoryManagerProcs();
+    sizeless.getHandleSize = nullptr;
+    const AddressKey noProperty(&noProperties), noSize(&sizeless);
     const struct {
         const char* name;
         Kind kind;
@@ -182,15 +214,14 @@ TEST_F(HostileHost, MayChangeItsRecordBetweenPrepareAndStart) {
         {"more rows than there are", Kind::rgb, [](auto& r) { r.imageRows = 3000; }, paramErr},
         {"more columns", Kind::indexed, [](auto& r) { r.imageColumns = 3000; }, paramErr},
         {"opacity that is not there", Kind::rgb, [](auto& r) { r.hasTransparency = -1; }, paramErr},
+        {"opacity no more", Kind::rgbAlpha, [](auto& r) { r.hasTransparency = 0; }, noErr},
         {"planes that are not", Kind::indexed, [](auto& r) { r.planeCount = 300; }, noErr},
         {"planes below 0", Kind::indexed, [](auto& r) { r.planeCount = -32768; }, noErr},
         {"no property procedure", Kind::rgb, [&](auto& r) { r.propertyProcs.Set(noProperty); },
          noErr},
         {"properties without handle services", Kind::indexedWithChannels,
-         [&](auto& r) {
-             r.propertyProcs.Set(property);
-             r.handleProcs.Clear();
-         },
+         [](auto& r) { r.handleProcs.Clear(); }, noErr},
+        {"properties without a size", Kind::indexed, [&](auto& r) { r.handleProcs.Set(noSize); },
          noErr},
         {"no way to ask", Kind::rgb, [](auto& r) { r.advanceProc.Clear(); }, paramErr},
         {"no way to ask", Kind::indexed, [](auto& r) { r.advanceProc.Clear(); }, paramErr},
@@ -206,7 +237,9 @@ TEST_F(HostileHost, MayChangeItsRecordBetweenPrepareAndStart) {
     };
     for (const auto& c : cases) {
         HostileRun run(c.kind);
+        run.property = [](Handle* value) { return HandOut("x", value); };
         EXPECT_EQ(run.Call(kSelectorPrepare), noErr) << c.name;
+        EXPECT_EQ(run.Call(kSelectorStart), noErr) << c.name; // nothing of it is kept
         c.change(run.host.record);
         EXPECT_EQ(run.Call(kSelectorStart), c.code) << c.name;
         EXPECT_EQ(run.data != 0, c.code == noErr) << c.name;
@@ -214,7 +247,84 @@ TEST_F(HostileHost, MayChangeItsRecordBetweenPrepareAndStart) {
         if (c.code != noErr) continue;
         EXPECT_EQ(run.Decoded().rows, run.host.record.imageRows) << c.name;
         EXPECT_EQ(run.Decoded().columns, run.host.record.imageColumns) << c.name;
+        EXPECT_EQ(run.Decoded().transparentIndex >= 0, run.host.record.hasTransparency != 0)
+            << c.name;
     }
+}
+
+// What is changed from inside stays without effect, or the delivery is refused.
+TEST_F(HostileHost, MayDoAnythingInsideItsProcedures) {
+    const struct {
+        const char* name;
+        std::function<void(HostileRun&)> act;
+        short code;
+        bool ofAnswers = true; ///< done when a request has been answered, else in a property
+    } cases[] = {
+        {"more rows and columns",
+         [](auto& run) { run.lent->imageRows = run.lent->imageColumns = 3000; }, noErr},
+        {"no rows", [](auto& run) { run.lent->imageRows = 0; }, noErr},
+        {"sides in a property", [](auto& run) { run.lent->imageRows = 3000; }, noErr, false},
+        {"other transparency",
+         [](auto& run) { run.lent->hasTransparency = !run.lent->hasTransparency; }, noErr},
+        {"another mode and planes",
+         [](auto& run) { run.lent->imageMode = run.lent->planeCount = 3; }, noErr},
+        {"rows below those asked for", [](auto& run) { run.lent->requestRect.bottom = 21; },
+         paramErr},
+        {"rows above", [](auto& run) { run.lent->requestRect.top = -1; }, paramErr},
+        {"columns beside", [](auto& run) { run.lent->requestRect.right = 4000; }, paramErr},
+        {"columns to the left", [](auto& run) { run.lent->requestRect.left = -9; }, paramErr},
+        {"columns backward", [](auto& run) { run.lent->requestRect.right = -9; }, paramErr},
+        {"no services", [](auto& run) { run.host.handleProcs = {}; }, noErr, false},
+        {"start inside", [](auto& run) { EXPECT_EQ(run.CallAgain(kSelectorStart), kExportAtWork); },
+         noErr},
+        {"finish inside",
+         [](auto& run) { EXPECT_EQ(run.CallAgain(kSelectorFinish), kExportAtWork); }, noErr},
+        {"an unknown one inside", [](auto& run) { EXPECT_EQ(run.CallAgain(99), kExportAtWork); },
+         noErr, false},
+        {"about inside",
+         [](auto& run) {
+             run.acts.push_front(PressItem(kOKButton));
+             EXPECT_EQ(run.CallAgain(kSelectorAbout), kUntouched);
+         },
+         noErr},
+    };
+    mayKeep = 1;
+    for (const Kind kind : kKinds)
+        for (const auto& c : cases) {
+            const auto what = testing::Message() << c.name << ", kind " << static_cast<int>(kind);
+            const std::string usual = UsualFile(kind, ChooseChannels(kind));
+            HostileRun run(kind);
+            run.acts = ChooseChannels(kind);
+            run.advance = [&](AdvanceProc* advance) {
+                const OSErr code = advance();
+                *run.lent = run.host.record;
+                if (c.ofAnswers) c.act(run);
+                run.host.record = *run.lent;
+                return code;
+            };
+            run.property = [&](Handle* value) {
+                if (!c.ofAnswers) c.act(run);
+                return HandOut("", value);
+            };
+            EXPECT_EQ(run.Export(), c.code) << what;
+            EXPECT_TRUE(run.File() == (c.code == noErr ? usual : "")) << what;
+        }
+}
+
+// Run under the thread sanitizer this finds what exports of several threads share.
+TEST_F(HostileHost, MayExportOnSeveralThreads) {
+    mayKeep = 1;
+    const auto exportAll = [] {
+        for (int i = 0; i < 5; ++i)
+            for (const Kind kind : kKinds) {
+                HostileRun run(kind);
+                run.property = [](Handle* value) { return HandOut("hello", value); };
+                EXPECT_EQ(run.Export(), noErr);
+                EXPECT_EQ(run.Decoded().comment, "hello");
+            }
+    };
+    const std::jthread threads[] = {std::jthread(exportAll), std::jthread(exportAll),
+                                    std::jthread(exportAll)};
 }
 
 TEST_F(HostileHost, RowsMayLieAnyDistanceApart) {
@@ -240,21 +350,28 @@ TEST_F(HostileHost, RowsMayLieAnyDistanceApart) {
 }
 
 TEST_F(HostileHost, RowsThatAreNotThereAreRefused) {
-    const std::string usual = UsualFile(Kind::indexedWithChannels);
-    for (const std::int32_t rowBytes : {INT_MIN, -20, -1, 0, 1, 19})
-        for (const int wrong : {1, 2}) {
-            HostileRun run(Kind::indexedWithChannels);
-            run.acts = {ChooseEntry(kIndexedChannelItem, 2)};
-            run.advance = [&](AdvanceProc* advance) {
-                const OSErr code = advance();
-                if (static_cast<int>(run.host.requests.size()) == wrong)
-                    run.host.record.returnedRowBytes = rowBytes;
-                return code;
-            };
-            // A channel that cannot be had is not chosen.
-            EXPECT_EQ(run.Export(), wrong == 1 ? paramErr : noErr) << rowBytes;
-            EXPECT_TRUE(run.File() == (wrong == 1 ? "" : usual)) << rowBytes;
-        }
+    for (const Kind kind : {Kind::rgb, Kind::rgbAlpha, Kind::indexedWithChannels}) {
+        const std::string usual = UsualFile(kind);
+        const int shortest = IsIndexed(kind) ? 20 : 60; // the first walk wants three planes
+        for (const std::int32_t rowBytes : {INT_MIN, -20, -1, 0, 1, shortest - 1})
+            for (const int wrong : {1, 2}) {
+                HostileRun run(kind);
+                if (IsIndexed(kind)) run.acts = {ChooseEntry(kIndexedChannelItem, 2)};
+                run.advance = [&](AdvanceProc* advance) {
+                    const OSErr code = advance();
+                    if (static_cast<int>(run.host.requests.size()) == wrong)
+                        run.host.record.returnedRowBytes = rowBytes;
+                    return code;
+                };
+                // A channel that cannot be had is not chosen, and the histogram's walk is not
+                // looked at.
+                const bool isRefused = wrong == 1;
+                EXPECT_EQ(run.Export(), isRefused ? paramErr : noErr) << rowBytes;
+                if (isRefused || IsIndexed(kind)) {
+                    EXPECT_TRUE(run.File() == (isRefused ? "" : usual)) << rowBytes;
+                }
+            }
+    }
     for (const Kind kind : kKinds) {
         HostileRun run(kind);
         run.advance = [&](AdvanceProc* advance) {
@@ -308,11 +425,11 @@ TEST_F(HostileHost, AnyBudgetEndsIfTheHostEndsWhatNeverWould) {
         EXPECT_EQ(request.rect.bottom - request.rect.top, 1) << request.rect.top;
 }
 
-// The host serves some requests, with the same row for all rows of a picture, and cancels then.
+// The host serves some requests, if the picture has a side of at most 2, and cancels then.
 TEST_F(HostileHost, SidesOfAnySizeEnd) {
     const short sides[] = {-32768, -1, 0, 1, 2, 32767};
-    const auto row = RandomPixels(PictureKind::noise, 1, 32767, 4, kSeed);
-    const AddressKey data(row.data());
+    const auto pixels = RandomPixels(PictureKind::noise, 2, 32767, 4, kSeed);
+    const AddressKey data(pixels.data());
     int exports = 0;
     for (const Kind kind : kKinds)
         for (const short rows : sides)
@@ -325,10 +442,11 @@ TEST_F(HostileHost, SidesOfAnySizeEnd) {
                     bool cancels = false;
                     int asked = 0;
                     run.advance = [&](AdvanceProc*) {
-                        const bool hasRows = !isHuge && (rows == 1 || !IsIndexed(kind));
-                        cancels = cancels || ++asked > served || !hasRows;
+                        cancels = cancels || ++asked > served || isHuge;
+                        const auto& record = run.host.record;
+                        const int planes = record.requestLastPlane - record.requestFirstPlane + 1;
                         run.host.record.returnedData.Set(data);
-                        run.host.record.returnedRowBytes = IsIndexed(kind) ? columns : 0;
+                        run.host.record.returnedRowBytes = columns * planes;
                         return cancels ? OSErr{userCanceledErr} : OSErr{noErr};
                     };
                     const short code = run.Export();
@@ -379,19 +497,18 @@ TEST_F(HostileHost, AnyAnswerEndsTheExportAsItIs) {
     std::printf("%d failing requests\n", failures);
 }
 
-struct OddProperty {
-    OSErr code;
-    std::string text;
-    bool hasHandle;
-    std::int32_t size; // what the host says the text's length is
-    std::string comment;
-};
-const OddProperty* theProperty = nullptr;
+thread_local std::int32_t propertySize = 0; // what the host says a text's length is
 
 TEST_F(HostileHost, PropertiesMayBeAnything) {
     mayKeep = 1; // the latest comment of an indexed picture
     const std::string large(70000, 'x');
-    const OddProperty cases[] = {
+    const struct {
+        OSErr code;
+        std::string text;
+        bool hasHandle;
+        std::int32_t size;
+        std::string comment;
+    } cases[] = {
         {noErr, "hello", true, 5, "hello"},
         {noErr, "hello", true, 3, "hel"},
         {noErr, "hello", true, 0, ""},
@@ -402,22 +519,22 @@ TEST_F(HostileHost, PropertiesMayBeAnything) {
         {1, "hello", false, 5, ""},
         {kServiceNotOffered, "hello", false, 5, ""},
     };
-    for (const OddProperty& c : cases)
+    for (const auto& c : cases)
         for (const Kind kind : kKinds) {
             HostileRun run(kind);
-            theProperty = &c;
-            HostPropertyProcs properties;
-            properties.getProperty = [](OSType, OSType, std::int32_t, Handle* value) {
-                if (theProperty->hasHandle) {
-                    *value = NewHandle(static_cast<Size>(theProperty->text.size()));
-                    std::copy(theProperty->text.begin(), theProperty->text.end(), **value);
-                }
-                return theProperty->code;
+            run.property = [&](Handle* value) {
+                if (c.hasHandle) HandOut(c.text, value);
+                return c.code;
             };
-            const AddressKey key(&properties);
-            run.host.record.propertyProcs.Set(key);
-            run.host.handleProcs.getHandleSize = [](Handle) { return theProperty->size; };
-            EXPECT_EQ(run.Export(), noErr);
+            propertySize = c.size;
+            run.host.handleProcs.getHandleSize = [](Handle) { return propertySize; };
+            EXPECT_EQ(run.Call(kSelectorStart), noErr);
+            const char* const comment = run.Context().comment;
+            run.Call(kSelectorFinish);
+            // An indexed picture's comment stays until the next one.
+            if (IsIndexed(kind) && comment) {
+                EXPECT_EQ(comment, c.comment);
+            }
             EXPECT_TRUE(run.Decoded().comment.value_or("") == c.comment)
                 << "code " << c.code << ", size " << c.size;
         }

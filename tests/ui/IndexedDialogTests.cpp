@@ -38,6 +38,15 @@ TEST(IndexedExport, WritesWhatWasChosen) {
     const IndexedPicture some = MakePicture(30, 40, gaps, 24, 2, kSeed);
     const IndexedPicture plain = MakePicture(30, 40, gaps, 24, 0, kSeed);
     const IndexedPicture full = MakePicture(40, 41, IndicesUpTo(256), 256, 2, kSeed);
+    // Every pixel is visible; indices 0, 1 and 200 are the rarest, and 200 is what is given up.
+    std::vector<int> often = IndicesUpTo(256);
+    for (int i = 2; i < 256; ++i)
+        if (i != 200) often.push_back(i);
+    IndexedPicture black = MakePicture(1, static_cast<int>(often.size()), often, 256, 1, kSeed);
+    std::fill(black.channels[0].begin(), black.channels[0].end(), std::uint8_t{255});
+    SetTableEntry(black.table, 200, {});
+    IndexedPicture nearBlack = black;
+    SetTableEntry(nearBlack.table, 200, {0, 1, 1, 0});
     const std::vector<int> entries = IndicesUpTo(24);
     const Act swatch = PressItem(kIndexedSwatchItem), red = PickColor({0xFFFF, 0x12FF, 0x0000});
     const Act interlace = PressItem(kIndexedInterlaceItem),
@@ -64,11 +73,18 @@ TEST(IndexedExport, WritesWhatWasChosen) {
          Steps{Press(4), Press(6)} + WithCommand({Press(4), Press(8)}),
          {{6}}},
         {"a channel, all 256 visible", full, {TakeChannel(1)}, {{}, 1}, 2},
+        {"black is given up", black, {TakeChannel(1)}, {{}, 1}, 2},
+        {"almost black is given up", nearBlack, {TakeChannel(1)}, {{}, 1}, 2},
         {"an inverted channel", some, WithOption({TakeChannel(1)}), {{}, 1, true}, 2},
         {"the flip of a channel",
          some,
          Steps{TakeChannel(2)} + WithOption({TakeChannel(2)}),
          {{}, 2, true},
+         2},
+        {"a channel inverted and turned back",
+         some,
+         WithOption({TakeChannel(2)}) + Steps{TakeChannel(2)},
+         {{}, 2},
          2},
         {"one channel, then the other", some, {TakeChannel(1), TakeChannel(2)}, {{}, 2}, 3},
         {"a channel over marks", some, {Press(5), TakeChannel(1), Press(6)}, {{}, 1}, 2},

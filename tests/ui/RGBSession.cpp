@@ -11,6 +11,7 @@ RGBContext::RGBContext(int pictureRows, int pictureColumns, int picturePlanes,
                        std::vector<std::uint8_t> picturePixels)
     : ScriptedHost(pictureRows, pictureColumns, picturePlanes, std::move(picturePixels)) {
     context.exportRecord = &record;
+    context.TakeShape();
     context.SizeBuffers(context.bufferSize);
     EXPECT_EQ(context.AllocateBuffers(), noErr);
     ExactStart(&context.exactInfo);

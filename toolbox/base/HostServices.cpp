@@ -7,15 +7,15 @@ namespace {
 constexpr std::int16_t kHandleProcsVersion = 1;
 constexpr std::int16_t kHandleProcsCount = 4;
 
-bool IsComplete(const HostHandleProcs& procs) {
-    return procs.version >= kHandleProcsVersion && procs.count >= kHandleProcsCount &&
-           procs.newHandle && procs.disposeHandle && procs.getHandleSize && procs.setHandleSize;
-}
-
 } // namespace
 
+bool HostHandleProcsAvailable(const HostHandleProcs* procs) {
+    return procs && procs->version >= kHandleProcsVersion && procs->count >= kHandleProcsCount &&
+           procs->newHandle && procs->disposeHandle && procs->getHandleSize && procs->setHandleSize;
+}
+
 bool WarnHostHandleProcsAvailable(const HostHandleProcs* procs) {
-    if (procs && IsComplete(*procs)) return true;
+    if (HostHandleProcsAvailable(procs)) return true;
     CurrentNoticeResponder().Warn("This application lacks the handle services (version 1, four "
                                   "procedures) that exporting a GIF file needs.");
     return false;

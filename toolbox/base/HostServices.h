@@ -26,7 +26,10 @@ struct HostPropertyProcs {
     OSErr (*getProperty)(OSType signature, OSType key, std::int32_t index, Handle* value) = nullptr;
 };
 
-/// True when the host has complete handle services; otherwise tells the user and answers false.
+/// True when the host has complete handle services: a version that is known, and no procedure null.
+bool HostHandleProcsAvailable(const HostHandleProcs* procs);
+
+/// The same, but tells the user when it answers false.
 bool WarnHostHandleProcsAvailable(const HostHandleProcs* procs);
 
 /// Bytes in a handle that the host made; 0 for null.

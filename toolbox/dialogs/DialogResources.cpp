@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 #include <span>
 
 namespace {
@@ -85,6 +86,7 @@ ItemTemplate TakeItem(FieldReader& fields) {
 std::optional<DialogTemplate> ReadDialogTemplate(short id) {
     FieldReader fields(FourCC("DLOG"), id);
     DialogTemplate dialog;
+    const std::lock_guard guard(ResourceBytesLock());
     dialog.bounds = fields.TakeRect();
     fields.TakeBytes(6); // procID, visible, goAway: the display decides
     dialog.refCon = fields.Take<std::int32_t>();
@@ -148,6 +150,7 @@ std::optional<std::int16_t> ReadAlertItemList(short id) {
 void CenterDialog(Handle dialogResource) {
     constexpr int kBoundsBytes = 8; // top, left, bottom, right
     if (!dialogResource || GetHandleSize(dialogResource) < kBoundsBytes) return;
+    const std::lock_guard guard(ResourceBytesLock());
     std::uint8_t* const bounds = *dialogResource;
     const auto center = [bounds](int nearSide, int farSide, int room) {
         const int extent =

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <limits>
+#include <mutex>
 #include <optional>
 
 namespace {

@@ -194,6 +194,11 @@ Handle GetResource(OSType type, std::int16_t id) {
     return found && FaultAt(FaultPoint::loadResource) == noErr ? found : nullptr;
 }
 
+std::mutex& ResourceBytesLock() {
+    static std::mutex& lock = *new std::mutex;
+    return lock;
+}
+
 void GetIndString(StringPtr string, std::int16_t list, std::int16_t index) {
     string[0] = 0;
     const Handle strings = GetResource(FourCC("STR#"), list);

@@ -1,19 +1,13 @@
 #include "ChannelNames.h"
 
+#include "HostText.h"
+
 #include <algorithm>
 
 short GetChannelName(short channel, char* name, ExportRecord* record) {
-    const HostPropertyProcs* const properties = record->propertyProcs.Get();
-    const HostHandleProcs* const handles = record->handleProcs.Get();
-    if (!properties || !properties->getProperty || !handles) return kServiceNotOffered;
-    Handle text = nullptr;
-    const OSErr code =
-        properties->getProperty(kModuleSignature, kChannelNameProperty, channel, &text);
-    if (code != noErr) return code;
-    if (!text) return kServiceNotOffered;
-    const std::int32_t length =
-        std::clamp(HostGetHandleSize(handles, text), 0, kChannelNameBytes - 1);
-    *std::copy_n(*text, length, name) = '\0';
-    HostDisposeHandle(handles, text);
+    const HostText text(*record, kChannelNameProperty, channel);
+    if (text.Code() != noErr) return text.Code();
+    const std::string_view cut = text.Bytes().substr(0, kChannelNameBytes - 1);
+    *std::copy(cut.begin(), cut.end(), name) = '\0';
     return noErr;
 }

@@ -106,7 +106,7 @@ void FillGlobals(GIF89IndexedExport& context, IndexedDialogGlobals* g) {
     g->maskedData = context.alphaData;
     g->maskedRowBytes = context.alphaRowBytes;
     g->rowBytes = context.gifRowBytes;
-    g->imageSize = {context.exportRecord->imageRows, context.exportRecord->imageColumns};
+    g->imageSize = {context.shape.rows, context.shape.columns};
 }
 
 /// The host's name of a channel, or its number where the host knows none.
@@ -118,13 +118,13 @@ std::string NameChannel(short channel, ExportRecord* record) {
     return FromPascal(text) + std::to_string(channel);
 }
 
-void ListChannels(DialogPtr dialog, ExportRecord* record) {
-    const short planes = record->planeCount;
+void ListChannels(DialogPtr dialog, const GIF89IndexedExport& context) {
+    const short planes = context.shape.planes;
     EnableDisableDialogItem(dialog, kIndexedChannelItem, planes >= 2);
     const MenuHandle menu = GetPopupItemMenuHandle(dialog, kIndexedChannelItem);
     for (short channel = 1; channel < planes; ++channel) {
         Str255 name;
-        ToPascal(NameChannel(channel, record), name);
+        ToPascal(NameChannel(channel, context.exportRecord), name);
         InsertMenuItem(menu, name, static_cast<short>(channel + 1)); // behind all others
     }
 }
@@ -142,7 +142,7 @@ void PrepareItems(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGl
     SetCheckBoxState(dialog, kIndexedInterlaceItem, true);
     SetCheckBoxState(dialog, kIndexedCommentItem, hasComment);
     EnableDisableDialogItem(dialog, kIndexedCommentItem, hasComment);
-    ListChannels(dialog, context.exportRecord);
+    ListChannels(dialog, context);
 }
 
 // Hits

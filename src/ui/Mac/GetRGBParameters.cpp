@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 namespace {
 
@@ -39,7 +40,7 @@ bool IsItemDisabled(DialogPtr dialog, short item) {
 
 bool CanBeExact(const GIF89RGBExport& context) {
     const std::int32_t count = context.exactInfo.count;
-    return count >= 0 && !(context.exportRecord->hasTransparency && count >= kMostColors);
+    return count >= 0 && !(context.shape.hasTransparency && count >= kMostColors);
 }
 
 RGBColor WidenToWords(RGBtuple color) {
@@ -65,7 +66,7 @@ void DrawColorBox(DialogPtr dialog, short item) {
 }
 
 void FollowTransparency(DialogPtr dialog, const GIF89RGBExport& context) {
-    if (context.exportRecord->hasTransparency) {
+    if (context.shape.hasTransparency) {
         EnableDialogItem(dialog, kRGBColorBoxItem);
         UnGrayText(dialog, kRGBColorLabelItem);
     } else {
@@ -229,29 +230,37 @@ short RunDialog(DialogPtr dialog, GIF89RGBExport* context, PaletteFlags* flags) 
 
 /// The item colours, where there are any: without transparency the label of the colour box is shown
 /// in the one style that the resource holds. The resource stays in memory from one dialog to the
-/// next, so its entry is put back.
+/// next and serves every thread, so the last dialog that is open puts its entry back.
 class ItemColors {
   public:
     explicit ItemColors(const GIF89RGBExport& context)
         : resource(GetResource(FourCC("ictb"), kRGBDialog)) {
         if (!resource || GetHandleSize(resource) < kEntryBytes * kRGBColorLabelItem) return;
         entry = *resource + kEntryBytes * (kRGBColorLabelItem - 1);
-        std::copy_n(entry, kEntryBytes, saved);
-        if (context.exportRecord->hasTransparency == 0) PutBE(entry, kStyleEntry);
+        const std::lock_guard guard(ResourceBytesLock());
+        if (openDialogs++ == 0) std::copy_n(entry, kEntryBytes, saved);
+        if (!context.shape.hasTransparency) PutBE(entry, kStyleEntry);
     }
     ItemColors(const ItemColors&) = delete;
     ItemColors& operator=(const ItemColors&) = delete;
     ~ItemColors() {
-        if (entry) std::copy_n(saved, kEntryBytes, entry);
+        if (entry) PutBack();
         if (resource) ReleaseResource(resource);
     }
 
   private:
     static constexpr std::ptrdiff_t kEntryBytes = 4;
     static constexpr std::uint32_t kStyleEntry = 0x00080040; // its colour counts; its place
+
+    void PutBack() {
+        const std::lock_guard guard(ResourceBytesLock());
+        if (--openDialogs == 0) std::copy_n(saved, kEntryBytes, entry);
+    }
+
+    static inline int openDialogs = 0;
+    static inline std::uint8_t saved[kEntryBytes] = {};
     Handle resource;
     std::uint8_t* entry = nullptr;
-    std::uint8_t saved[kEntryBytes];
 };
 
 DialogPtr OpenDialog(GIF89RGBExport* context) {

@@ -82,9 +82,9 @@ void SetCurrentToolItem(DialogPtr dialog, IndexedDialogGlobals* g, ToolType tool
 
 void TrackToolItemHit(DialogPtr dialog, const EventRecord* event, short item,
                       IndexedDialogGlobals* g) {
-    // Deliberate: remembered as long as the module is loaded, so that a press on the same button of
+    // Deliberate: each thread remembers it between dialogs, so that a press on the same button of
     // a dialog opened soon after counts as the second of a double click.
-    static LastPress lastPress;
+    static thread_local LastPress lastPress;
     const bool isDouble = NotePress(&lastPress, item, event->when, TickCount(), GetDblTime());
     const bool optionDown = IsThisKeyDown(kKeyOption) != 0;
     while (StillDown()) {

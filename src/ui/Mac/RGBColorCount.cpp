@@ -63,7 +63,7 @@ void ChooseCountEntry(DialogPtr dialog, GIF89RGBExport* context, std::int32_t co
 } // namespace
 
 std::int32_t LargestColorCount(const GIF89RGBExport& context) {
-    return context.exportRecord->hasTransparency ? kMostColors - 1 : kMostColors;
+    return context.shape.hasTransparency ? kMostColors - 1 : kMostColors;
 }
 
 void SetColorDepthText(DialogPtr dialog, GIF89RGBExport* context, std::int32_t count) {
@@ -80,7 +80,7 @@ void SetColorDepthText(DialogPtr dialog, GIF89RGBExport* context, std::int32_t c
 
 void ShowUsualCount(DialogPtr dialog, const GIF89RGBExport& context) {
     const UsualCount usual =
-        context.exportRecord->hasTransparency ? kUsualCountBesideTransparency : kUsualCount;
+        context.shape.hasTransparency ? kUsualCountBesideTransparency : kUsualCount;
     MySetPopUpMenuValue(dialog, kRGBCountPopUpItem, PresetEntry(context, usual.entry));
     Str255 text;
     GetIndString(text, kCountStrings, usual.text);
@@ -89,7 +89,7 @@ void ShowUsualCount(DialogPtr dialog, const GIF89RGBExport& context) {
 
 void LimitPresets(DialogPtr dialog, const GIF89RGBExport& context) {
     const short entry = PresetEntry(context, kMostColorsEntry);
-    if (context.exportRecord->hasTransparency)
+    if (context.shape.hasTransparency)
         DisablePopupMenuItem(dialog, kRGBCountPopUpItem, entry);
     else
         EnablePopupMenuItem(dialog, kRGBCountPopUpItem, entry);

@@ -113,8 +113,8 @@ void ZoomOneToOne(DialogPtr dialog, PreviewDialogGlobals* g, short mode) {
 
 void TrackToolItemHit(DialogPtr dialog, const EventRecord* event, short item,
                       PreviewDialogGlobals* g) {
-    // Deliberate: remembered as long as the module is loaded, as in the indexed dialog.
-    static LastPress lastPress;
+    // Deliberate: remembered between dialogs, as in the indexed dialog.
+    static thread_local LastPress lastPress;
     const bool isDouble = NotePress(&lastPress, item, event->when, TickCount(), GetDblTime());
     const bool optionDown = IsThisKeyDown(kKeyOption) != 0;
     while (StillDown()) {
@@ -224,9 +224,9 @@ bool AllocatePreview(PreviewDialogGlobals* g, int boxRows, int boxColumns) {
 
 // Opens the view over the whole image, at 1:1.
 void OpenView(DialogPtr dialog, PreviewDialogGlobals* g) {
-    const ExportRecord& record = *g->context->exportRecord;
+    const PictureShape& shape = g->context->shape;
     const Rect view = ItemRect(dialog, kRGBPreviewImageItem);
-    g->imageSize = {record.imageRows, record.imageColumns};
+    g->imageSize = {shape.rows, shape.columns};
     FitPreview(g, {static_cast<std::int16_t>(view.bottom - view.top),
                    static_cast<std::int16_t>(view.right - view.left)});
     CalculateViewRects(&g->srcRect, &g->dstRect, &view, g->shrink, g->enlarge, &g->imageSize,
