@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <limits>
-#include <mutex>
 #include <optional>
 
 namespace {
