@@ -80,6 +80,7 @@ QString NotesText(const InputNotes& notes) {
     if (notes.oriented) parts << QStringLiteral("turned upright");
     if (notes.rounded) parts << QStringLiteral("rounded to 8 bits");
     if (notes.pictures > 1) parts << QStringLiteral("the first of %1 pictures").arg(notes.pictures);
+    for (const std::string& sentence : notes.warnings) parts << QString::fromStdString(sentence);
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));
 }

@@ -238,6 +238,8 @@ void Converter::Tell(const InputOutcome& outcome) {
     if (options.quiet) return;
     terminal.Say(SummaryOf(outcome));
     if (options.verbose) terminal.Say(ReportText(*outcome.report));
+    for (const std::string& sentence : outcome.report->notes.warnings)
+        terminal.Warning(outcome.input, sentence);
     const std::string loss = LossText(*outcome.report);
     if (!loss.empty()) terminal.Warning(outcome.input, loss);
 }

@@ -25,6 +25,8 @@ Json InputJson(const InputNotes& notes) {
             {"rounded", notes.rounded},
             {"inks", notes.inks},
             {"pictures", notes.pictures},
+            {"dropped_samples", notes.droppedSamples},
+            {"warnings", notes.warnings},
             {"profile", NameOf(notes.profileUse)},
             {"profile_name", notes.profileName},
             {"orientation", notes.orientation},

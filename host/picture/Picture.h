@@ -21,11 +21,12 @@ struct Channel {
 
 /// What a reader met in the file, and what it and the steps after it did to reach our form.
 struct InputNotes {
-    std::string format;   ///< "PNG", "JPEG", ...
-    int bits = 8;         ///< of a sample in the file, 1..64
-    bool rounded = false; ///< some sample had more than 8 bits and was no exact level of 255
-    bool inks = false;    ///< stored as cyan, magenta, yellow and black
-    int pictures = 1;     ///< in the file; only the first is read
+    std::string format;     ///< "PNG", "JPEG", ...
+    int bits = 8;           ///< of a sample in the file, 1..64
+    bool rounded = false;   ///< some sample had more than 8 bits and was no exact level of 255
+    bool inks = false;      ///< stored as cyan, magenta, yellow and black
+    int pictures = 1;       ///< in the file; only the first is read
+    int droppedSamples = 0; ///< of a pixel in the file, that the picture has no place for
     std::vector<std::uint8_t> profile; ///< embedded ICC profile, until it is applied
     enum class ProfileUse : std::uint8_t {
         none,      ///< no profile in the file
@@ -38,6 +39,8 @@ struct InputNotes {
     int orientation = 1;      ///< as the file states it, 1..8 (EXIF); 1 is upright
     bool oriented = false;    ///< the picture was turned upright accordingly
     bool madeIndexed = false; ///< its table was made of the few colours of a picture without one
+    /// Sentences about damage that left every pixel of the first picture whole.
+    std::vector<std::string> warnings;
 };
 
 /// Either RGB (3 bytes a pixel: red, green, blue), RGB with opacity (4 bytes; 0 transparent, 255

@@ -21,7 +21,11 @@ TiffSamplePlacer::TiffSamplePlacer(Picture& target, const TiffLayout& fileLayout
     : picture(target), layout(fileLayout), maximum((1U << layout.bits) - 1) {
     if (layout.photometric == PHOTOMETRIC_SEPARATED)
         converter.emplace(picture.notes, InkStorage::ink);
-    if (picture.kind != Picture::Kind::indexed) return;
+    if (picture.kind != Picture::Kind::indexed) {
+        picture.notes.droppedSamples =
+            layout.samples - layout.form->colorants - (layout.alpha >= 0 ? 1 : 0);
+        return;
+    }
     int others = 0;
     for (int sample = layout.form->colorants; sample < layout.samples; ++sample) {
         AddChannel(picture, sample == layout.alpha ? kTransparencyChannel
