@@ -46,6 +46,20 @@ Json FileJson(const ExportReport& report) {
             {"comment", NameOf(report.comment)}};
 }
 
+const char* NameOf(Loss::Kind kind) {
+    constexpr const char* kNames[] = {"pictures",    "samples",  "bits",   "inks",
+                                      "converted",   "unusable", "colors", "opacities",
+                                      "transparent", "opaque",   "comment"};
+    return kNames[static_cast<int>(kind)];
+}
+
+Json LossesJson(const ExportReport& report) {
+    Json losses = Json::array();
+    for (const Loss& loss : report.Losses())
+        losses.push_back({{"kind", NameOf(loss.kind)}, {"count", loss.count}});
+    return losses;
+}
+
 Json LossJson(const ExportReport& report) {
     return {{"colors_found", report.sourceColors},
             {"pixels", report.pixels},
@@ -57,17 +71,20 @@ Json LossJson(const ExportReport& report) {
             {"partly_opaque", report.partlyOpaque},
             {"alpha_levels_lost", report.alphaLevels},
             {"pixels_kept", report.KeepsPixels()},
-            {"lossless", report.Lossless()}};
+            {"lossless", report.Lossless()},
+            {"losses", LossesJson(report)}};
 }
 
 } // namespace
 
 std::string JsonLine(const InputOutcome& outcome) {
+    const std::string error =
+        outcome.culprit.empty() ? outcome.error : outcome.culprit + ": " + outcome.error;
     Json line = {{"input", outcome.input},
                  {"output", outcome.output.empty() ? Json(nullptr) : Json(outcome.output)},
                  {"written", outcome.written},
                  {"exit_code", static_cast<int>(outcome.code)},
-                 {"error", outcome.error.empty() ? Json(nullptr) : Json(outcome.error)},
+                 {"error", error.empty() ? Json(nullptr) : Json(error)},
                  {"seconds", std::round(outcome.seconds * 1e6) / 1e6}};
     if (outcome.report) {
         line["columns"] = outcome.report->columns;

@@ -22,24 +22,53 @@ std::string Decimals(double value) {
     return text;
 }
 
-void Append(std::string& list, const std::string& part, const char* separator) {
-    if (!part.empty()) list += (list.empty() ? "" : separator) + part;
+void Append(std::string& list, const std::string& part) {
+    list += (list.empty() ? "" : "; ") + part;
 }
 
-// What came between the input file and the picture, as far as it changed anything.
-std::string ReadingText(const InputNotes& notes) {
-    using enum InputNotes::ProfileUse;
-    const std::string profile =
-        notes.profileName.empty() ? "colour profile" : "profile \"" + notes.profileName + "\"";
+std::string ErrorText(const ExportReport& report) {
+    return "largest error " + std::to_string(report.largestError) + ", mean " +
+           Decimals(report.meanError);
+}
+
+std::string ProfileText(const InputNotes& notes) {
+    return notes.profileName.empty() ? "colour profile" : "profile \"" + notes.profileName + "\"";
+}
+
+std::string Describe(const Loss& loss, const ExportReport& report) {
+    switch (loss.kind) {
+    case Loss::Kind::pictures:
+        return "only the first of " + Count(loss.count) + " pictures kept";
+    case Loss::Kind::samples:
+        return Counted(loss.count, "sample") + " of each pixel left out";
+    case Loss::Kind::bits:
+        return Count(loss.count) + " bits rounded to 8";
+    case Loss::Kind::inks:
+        return "CMYK turned to RGB";
+    case Loss::Kind::converted:
+        return ProfileText(report.notes) + " converted to sRGB";
+    case Loss::Kind::unusable:
+        return ProfileText(report.notes) + " not usable, ignored";
+    case Loss::Kind::colors:
+        return Counted(loss.count, "colour") + " became " + std::to_string(report.shownColors) +
+               " (" + ErrorText(report) + ")";
+    case Loss::Kind::opacities:
+        return Counted(loss.count, "partly opaque pixel") + " (" +
+               Counted(report.alphaLevels, "level") + " of opacity) became opaque or transparent";
+    case Loss::Kind::transparent:
+        return Counted(loss.count, "visible pixel") + " became transparent";
+    case Loss::Kind::opaque:
+        return Counted(loss.count, "transparent pixel") + " became visible";
+    case Loss::Kind::comment:
+        return "the comment was left out";
+    }
+    return {};
+}
+
+std::string LossesBetween(const ExportReport& report, Loss::Kind first, Loss::Kind last) {
     std::string text;
-    if (notes.rounded) Append(text, std::to_string(notes.bits) + " bits rounded to 8", ", ");
-    if (notes.profileUse == converted) Append(text, profile + " converted to sRGB", ", ");
-    if (notes.profileUse == unusable) Append(text, profile + " not usable, ignored", ", ");
-    if (notes.inks && notes.profileUse != converted)
-        Append(text, "inks turned to RGB without a profile", ", ");
-    if (notes.oriented) Append(text, "turned upright", ", ");
-    if (notes.pictures > 1)
-        Append(text, "the first of " + std::to_string(notes.pictures) + " pictures", ", ");
+    for (const Loss& loss : report.Losses())
+        if (loss.kind >= first && loss.kind <= last) Append(text, Describe(loss, report));
     return text;
 }
 
@@ -50,37 +79,38 @@ std::string WayText(const ExportReport& report) {
     return "RGB, " + report.palette + " palette, error diffusion";
 }
 
-std::string TransparencyText(const ExportReport& report) {
-    std::string text;
-    if (report.partlyOpaque > 0)
-        text = Counted(report.partlyOpaque, "partly opaque pixel") + " (" +
-               Counted(report.alphaLevels, "level") + " of opacity) became opaque or transparent";
-    if (report.madeTransparent > 0)
-        Append(text, Counted(report.madeTransparent, "visible pixel") + " became transparent",
-               "; ");
-    if (report.madeOpaque > 0)
-        Append(text, Counted(report.madeOpaque, "transparent pixel") + " became visible", "; ");
-    return text;
-}
-
-std::string ErrorText(const ExportReport& report) {
-    return "largest error " + std::to_string(report.largestError) + ", mean " +
-           Decimals(report.meanError);
-}
-
 } // namespace
 
-bool ExportReport::Lossless() const {
+std::vector<Loss> ExportReport::Losses() const {
     using enum InputNotes::ProfileUse;
-    return KeepsPixels() && !notes.rounded && !notes.inks && notes.pictures == 1 &&
-           (notes.profileUse == none || notes.profileUse == same);
+    const struct {
+        bool happened;
+        Loss loss;
+    } possible[] = {
+        {notes.pictures > 1, {Loss::Kind::pictures, notes.pictures}},
+        {notes.droppedSamples > 0, {Loss::Kind::samples, notes.droppedSamples}},
+        {notes.rounded, {Loss::Kind::bits, notes.bits}},
+        {notes.inks, {Loss::Kind::inks}},
+        {notes.profileUse == converted, {Loss::Kind::converted}},
+        {notes.profileUse == unusable, {Loss::Kind::unusable}},
+        {largestError > 0, {Loss::Kind::colors, sourceColors}},
+        {partlyOpaque > 0, {Loss::Kind::opacities, partlyOpaque}},
+        {madeTransparent > 0, {Loss::Kind::transparent, madeTransparent}},
+        {madeOpaque > 0, {Loss::Kind::opaque, madeOpaque}},
+        {comment == CommentFate::dropped, {Loss::Kind::comment}},
+    };
+    std::vector<Loss> losses;
+    for (const auto& each : possible)
+        if (each.happened) losses.push_back(each.loss);
+    return losses;
 }
 
 std::string ReportText(const ExportReport& report) {
     std::string text = "  picture:      " + std::to_string(report.columns) + " x " +
                        std::to_string(report.rows) + ", " + report.notes.format + ", " +
                        Counted(report.sourceColors, "colour") + "\n";
-    const std::string reading = ReadingText(report.notes);
+    std::string reading = LossesBetween(report, Loss::Kind::pictures, Loss::Kind::unusable);
+    if (report.notes.oriented) Append(reading, "turned upright");
     if (!reading.empty()) text += "  reading:      " + reading + "\n";
     text += "  way:          " + WayText(report) + "\n";
     text += "  file:         " + Counted(static_cast<std::int64_t>(report.bytes), "byte") + ", " +
@@ -95,7 +125,8 @@ std::string ReportText(const ExportReport& report) {
     else
         text += Count(report.changedPixels) + " of " + Count(report.pixels) + " changed" +
                 (report.largestError > 0 ? "; " + ErrorText(report) : "") + "\n";
-    const std::string transparency = TransparencyText(report);
+    const std::string transparency =
+        LossesBetween(report, Loss::Kind::opacities, Loss::Kind::opaque);
     if (!transparency.empty()) text += "  transparency: " + transparency + "\n";
     if (report.comment != CommentFate::none)
         text += std::string("  comment:      ") +
@@ -105,13 +136,7 @@ std::string ReportText(const ExportReport& report) {
 }
 
 std::string LossText(const ExportReport& report) {
-    std::string text;
-    if (report.largestError > 0)
-        text = Counted(report.sourceColors, "colour") + " became " +
-               std::to_string(report.shownColors) + " (" + ErrorText(report) + ")";
-    Append(text, TransparencyText(report), "; ");
-    if (report.comment == CommentFate::dropped) Append(text, "the comment was left out", "; ");
-    return text;
+    return LossesBetween(report, Loss::Kind::pictures, Loss::Kind::comment);
 }
 
 } // namespace gif89

@@ -5,10 +5,32 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace gif89 {
 
 enum class CommentFate : std::uint8_t { none, kept, dropped };
+
+/// Something of the input file that its GIF does not have.
+struct Loss {
+    enum class Kind : std::uint8_t {
+        // In reading
+        pictures,  ///< count: pictures of the file, of which the first was kept
+        samples,   ///< count: samples of each pixel, for which there is no place
+        bits,      ///< count: bits of a sample, rounded to 8
+        inks,      ///< cyan, magenta, yellow and black became RGB
+        converted, ///< the colour profile: its colours became those of sRGB
+        unusable,  ///< the colour profile: left out, so that colours may look different
+        // In the export
+        colors,      ///< count: colours found, fewer or others of which are shown
+        opacities,   ///< count: pixels that were neither opaque nor transparent
+        transparent, ///< count: pixels that cannot be seen any more
+        opaque,      ///< count: pixels that can be seen now
+        comment,
+    };
+    Kind kind;
+    std::int64_t count = 1;
+};
 
 struct ExportReport {
     // The file
@@ -45,16 +67,16 @@ struct ExportReport {
 
     /// The file shows exactly the picture that was read.
     bool KeepsPixels() const { return changedPixels == 0; }
-    /// Nothing was lost between the input file and this one: KeepsPixels, and the reader rounded,
-    /// converted and left out nothing. Comments are no part of the picture.
-    bool Lossless() const;
+    /// All that was lost between the input file and this one, in the order of the kinds.
+    std::vector<Loss> Losses() const;
+    bool Lossless() const { return Losses().empty(); }
 };
 
 /// Several short lines for a person, each ended by a newline.
 std::string ReportText(const ExportReport& report);
 
 /// What was lost in one line ("52,340 colours became 256 (largest error 24); ..."); empty when
-/// neither colours nor transparency nor a comment were.
+/// nothing was.
 std::string LossText(const ExportReport& report);
 
 } // namespace gif89
