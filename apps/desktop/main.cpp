@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QLocale>
 
 #include <clocale>
 #include <cstdio>
@@ -81,8 +82,10 @@ int main(int argc, char** argv) {
     if (early.version) return std::puts("gif89-desktop " GIF89_VERSION) < 0;
 
     QApplication application(count, arguments.data()); // takes the toolkit's own options out
-    // The toolkit takes the user's locale for everything; numbers in reports have points.
-    std::setlocale(LC_NUMERIC, "C");
+    // The toolkit takes the user's locale for everything. Numbers in reports have points, and while
+    // our texts are English only, the system's reasons and the toolkit's texts are, too.
+    for (const int category : {LC_NUMERIC, LC_MESSAGES, LC_TIME}) std::setlocale(category, "C");
+    QLocale::setDefault(QLocale(QLocale::English));
     const Call call = ReadCall(count, arguments.data());
     if (!call.wrongOption.empty()) {
         std::fprintf(stderr, "gif89-desktop: unknown option %s\n%s", call.wrongOption.c_str(),

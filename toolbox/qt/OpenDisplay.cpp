@@ -8,6 +8,7 @@
 #include "QtDisplay.h"
 
 #include <QApplication>
+#include <QLocale>
 #include <QStyleFactory>
 
 #include <clocale>
@@ -65,8 +66,10 @@ bool HaveToolkit() {
 
 WindowDisplay* Open() {
     const bool canShow = HaveToolkit();
-    // The toolkit takes the user's locale for everything; the program prints numbers with points.
-    std::setlocale(LC_NUMERIC, "C");
+    // The toolkit takes the user's locale for everything. The program prints numbers with points,
+    // and while its texts are English only, the system's reasons are, too.
+    for (const int category : {LC_NUMERIC, LC_MESSAGES, LC_TIME}) std::setlocale(category, "C");
+    QLocale::setDefault(QLocale(QLocale::English));
     if (!canShow) return nullptr;
     InstallItemAccessibility();
     return new WindowDisplay;
