@@ -1,9 +1,9 @@
 #include "Converter.h"
 
-#include "ChoicesWatch.h"
 #include "InputFile.h"
 #include "OpenDisplay.h"
 #include "Operator.h"
+#include "Preset.h"
 #include "ReadPicture.h"
 
 #include <fcntl.h>
@@ -50,16 +50,39 @@ void CheckPaletteFile(const std::string& palette) {
     }
 }
 
-// A palette of another kind than the picture's own is a matter of reducing colours, and a number
-// of colours is kept where the picture has no more.
-Shaping ShapingOf(const Options& options) {
-    Shaping shaping = options.shaping;
-    if (shaping.way != Way::natural) return shaping;
-    if (!options.choices.palette.empty() || options.choices.resize)
-        shaping.way = Way::rgb;
-    else
-        shaping.colors = options.choices.colors.value_or(shaping.colors);
-    return shaping;
+std::optional<FileId> IdOfInput(const std::string& input) {
+    return IsStandardStream(input) ? FileIdOf(STDIN_FILENO) : FileIdOf(input);
+}
+
+std::set<FileId> InputsOf(const Options& options) {
+    std::set<FileId> ids;
+    const auto add = [&ids](const std::optional<FileId>& id) {
+        if (id) ids.insert(*id);
+    };
+    for (const std::string& input : options.inputs) add(IdOfInput(input));
+    for (const ChannelFile& channel : options.channels) add(FileIdOf(channel.path));
+    add(FileIdOf(options.choices.palette));
+    return ids;
+}
+
+std::string AdviceOn(Remedy remedy) {
+    switch (remedy) {
+    case Remedy::none:
+        break;
+    case Remedy::replaceFile:
+        return "; -f replaces it";
+    case Remedy::nameOther:
+        return "; name another file with -o or -O";
+    case Remedy::reduce:
+        return "; --palette, --colors and --resize need --mode rgb";
+    case Remedy::nameChannel:
+        return "; --invert needs a channel, named with --alpha";
+    case Remedy::namePalette:
+        return "; --resize needs a palette, named with -p";
+    case Remedy::leaveCount:
+        return "; leave out -n";
+    }
+    return {};
 }
 
 std::string SummaryOf(const InputOutcome& outcome) {
@@ -79,8 +102,9 @@ void Converter::CloseFile::operator()(std::FILE* file) const {
 }
 
 Converter::Converter(const Options& theOptions)
-    : options(theOptions), shaping(ShapingOf(theOptions)), module(ExportModule::DefaultPath()),
-      terminal(theOptions.inputs.size()) {
+    : options(theOptions), shaping(ShapingFor(options.choices, options.shaping)),
+      module(ExportModule::DefaultPath()), terminal(theOptions.inputs.size()),
+      inputs(InputsOf(theOptions)) {
     CheckPaletteFile(options.choices.palette);
     if (options.window) display = OpenDisplay();
     if (options.json) OpenReport();
@@ -102,14 +126,15 @@ InputOutcome Converter::Convert(std::size_t number) {
     const auto start = std::chrono::steady_clock::now();
     InputOutcome outcome;
     outcome.input = options.inputs[number];
-    const auto fail = [&outcome](const char* sentence, ExitCode code) {
+    const auto fail = [&outcome](const std::string& sentence, ExitCode code) {
         outcome.error = sentence;
         outcome.code = code;
     };
     try {
         Work(number, outcome);
     } catch (const Problem& problem) {
-        fail(problem.what(), problem.Code());
+        fail(problem.what() + AdviceOn(problem.Cure()), problem.Code());
+        outcome.culprit = problem.File();
     } catch (const std::bad_alloc&) {
         fail("not enough memory for the picture", kFailed);
     } catch (const std::exception& error) {
@@ -127,19 +152,25 @@ void Converter::Work(std::size_t number, InputOutcome& outcome) {
     Picture picture = ReadInput(input);
     if (options.commentText) picture.comment = *options.commentText;
     std::optional<Picture> original;
-    if (ShapingLoses(picture, shaping)) original = CopyPicture(picture);
+    if (ShapingLoses(picture, shaping) || !options.choices.transparent.empty())
+        original = CopyPicture(picture);
     Shape(picture, shaping);
     for (const ChannelFile& channel : options.channels) AddChannel(picture, channel);
+    const ExportChoices choices = ChoicesFor(picture);
 
     terminal.ShowProgress(number, input, "exporting");
     SaveChecks checks;
     checks.original = original ? &*original : nullptr;
-    checks.mayWrite = [this](const std::string& target) { RefuseSecond(target); };
+    checks.source = IdOfInput(input);
+    checks.mayWrite = [this, &checks](const std::string& target) {
+        RefuseSecond(target);
+        RefuseInput(target, checks.source);
+    };
     checks.accept = [this, &outcome](const ExportReport& found) {
         outcome.report = found;
         CheckRequirement(found);
     };
-    const SavedGif saved = Save(picture, input, destination, checks);
+    const SavedGif saved = Save(picture, input, destination, checks, choices);
     outcome.output = saved.path;
     outcome.written = true;
 }
@@ -158,6 +189,9 @@ Destination Converter::DestinationOf(const std::string& input) const {
                (options.output.empty() && IsStandardStream(input))) {
         if (isatty(STDOUT_FILENO))
             throw Problem("a GIF is not written to a terminal; redirect it or use -o FILE", kUsage);
+        const auto there = FileIdOf(STDOUT_FILENO);
+        if (there && inputs.contains(*there))
+            throw Problem("standard output leads to a file that is read", kUsage);
         destination.stream = STDOUT_FILENO;
     } else if (!options.output.empty()) {
         destination.file = options.output;
@@ -171,35 +205,42 @@ Destination Converter::DestinationOf(const std::string& input) const {
 void Converter::AddChannel(Picture& picture, const ChannelFile& source) const {
     if (picture.kind != Picture::Kind::indexed)
         throw Problem("--channel is for indexed pictures", kUsage);
-    Picture plane;
     try {
-        plane = ReadInput(source.path);
+        const Picture plane = ReadInput(source.path);
+        if (plane.rows != picture.rows || plane.columns != picture.columns)
+            throw Problem("channel " + source.name + " is " + std::to_string(plane.columns) +
+                          " x " + std::to_string(plane.rows) + " pixels; " +
+                          std::to_string(picture.columns) + " x " + std::to_string(picture.rows) +
+                          " are expected");
+        picture.channels.push_back({source.name, TakeGreyLevels(plane)});
     } catch (const Problem& problem) {
-        throw Problem("channel " + source.name + ": " + source.path + " " + problem.what());
+        throw problem.About(source.path);
     }
-    if (plane.rows != picture.rows || plane.columns != picture.columns)
-        throw Problem("channel " + source.name + " is " + std::to_string(plane.columns) + " x " +
-                      std::to_string(plane.rows) + " pixels; " + std::to_string(picture.columns) +
-                      " x " + std::to_string(picture.rows) + " are expected");
-    picture.channels.push_back({source.name, TakeGreyLevels(plane)});
+}
+
+// Marks and a channel exclude each other in the dialog, so entries to be hidden join the picture's
+// own transparency where it has one.
+ExportChoices Converter::ChoicesFor(Picture& picture) const {
+    ExportChoices choices = options.choices;
+    if (choices.transparent.empty() || OwnTransparency(picture) == 0) return choices;
+    HideEntries(picture, choices.transparent);
+    choices.transparent.clear();
+    return choices;
 }
 
 SavedGif Converter::Save(const Picture& picture, const std::string& input,
-                         const Destination& destination, const SaveChecks& checks) {
-    const auto save = [&](const DialogUser& user) {
-        return SavePicture(module, picture, DocumentNameOf(input), destination, user, checks);
-    };
+                         const Destination& destination, const SaveChecks& checks,
+                         const ExportChoices& choices) {
+    const auto end = options.window ? Operator::End::leavesOpen : Operator::End::confirms;
+    Operator user(picture, choices, end);
+    std::optional<Preset> preset;
+    DialogUser dialogs = {&user.Events(), &user.Files()};
     if (options.window) {
-        ChoicesWatch watch(*display.events, display.files, picture);
-        return save({&watch, &watch});
+        preset.emplace(user, *display.events, display.files);
+        dialogs = {&*preset, &*preset};
     }
-    ExportChoices choices = options.choices;
-    // The picture was found to have no more colours than that.
-    if (shaping.way == Way::natural && picture.kind == Picture::Kind::indexed)
-        choices.colors.reset();
-    Operator user(picture, choices);
     try {
-        return save({&user.Events(), &user.Files()});
+        return SavePicture(module, picture, DocumentNameOf(input), destination, dialogs, checks);
     } catch (const Problem&) {
         user.ThrowFailure();
         throw;
@@ -212,12 +253,17 @@ void Converter::RefuseSecond(const std::string& target) {
         throw Problem("another input of this call was written to " + target + " already");
 }
 
+// What a later input still needs must not go, nor what other choices are read from.
+void Converter::RefuseInput(const std::string& target, const std::optional<FileId>& own) const {
+    const auto there = FileIdOf(target);
+    if (there && there != own && inputs.contains(*there))
+        throw Problem("is read by this call, too", kUsage, Remedy::nameOther).About(target);
+}
+
 void Converter::CheckRequirement(const ExportReport& found) const {
     const std::string loss = LossText(found);
     if (options.required.lossless && !found.Lossless())
-        throw Problem("nothing was written, as --require lossless is not met: " +
-                          (loss.empty() ? "reading it was not lossless" : loss),
-                      kNotMet);
+        throw Problem("nothing was written, as --require lossless is not met: " + loss, kNotMet);
     if (!options.required.largestError) return;
     // A pixel whose opacity has changed has no colour to compare.
     const bool opacityKept =
@@ -232,7 +278,7 @@ void Converter::CheckRequirement(const ExportReport& found) const {
 void Converter::Tell(const InputOutcome& outcome) {
     if (report) WriteReport(outcome);
     if (outcome.code != kDone) {
-        terminal.Error(outcome.input, outcome.error);
+        terminal.Error(outcome.culprit.empty() ? outcome.input : outcome.culprit, outcome.error);
         return;
     }
     if (options.quiet) return;

@@ -3,6 +3,7 @@
 
 #include "Display.h"
 #include "ExportModule.h"
+#include "FileId.h"
 #include "JsonReport.h"
 #include "Options.h"
 #include "Picture.h"
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <set>
 
 namespace gif89 {
@@ -35,9 +37,11 @@ class Converter {
     Picture ReadInput(const std::string& input) const;
     Destination DestinationOf(const std::string& input) const;
     void AddChannel(Picture& picture, const ChannelFile& source) const;
+    ExportChoices ChoicesFor(Picture& picture) const;
     SavedGif Save(const Picture& picture, const std::string& input, const Destination& destination,
-                  const SaveChecks& checks);
+                  const SaveChecks& checks, const ExportChoices& choices);
     void RefuseSecond(const std::string& target);
+    void RefuseInput(const std::string& target, const std::optional<FileId>& own) const;
     void CheckRequirement(const ExportReport& report) const;
     void Tell(const InputOutcome& outcome);
     void OpenReport();
@@ -51,6 +55,7 @@ class Converter {
     std::unique_ptr<std::FILE, CloseFile> ownReport;
     std::FILE* report = nullptr; ///< null without --report
     std::set<std::filesystem::path> written;
+    const std::set<FileId> inputs; ///< all files that are read
 };
 
 } // namespace gif89

@@ -24,6 +24,11 @@ int ParseInRange(const std::string& option, const std::string& value, int least,
     return number;
 }
 
+std::string NotEmpty(const char* option, const char* value) {
+    if (*value == '\0') throw Problem(std::string("option ") + option + " needs a value", kUsage);
+    return value;
+}
+
 void SetMode(Options& options, const char* value) {
     const std::string mode = value;
     if (mode == "rgb")
@@ -76,10 +81,11 @@ void SetReport(Options& options, const char* value) {
 
 constexpr Option kOutputOptions[] = {
     {'o', "output", "FILE", file, nullptr, "write FILE; - is standard output",
-     [](Options& o, const char* value) { o.output = value; }},
+     [](Options& o, const char* value) { o.output = NotEmpty("-o", value); }},
     {'O', "output-folder", "DIR", folder, nullptr, "write into DIR under the input's name",
-     [](Options& o, const char* value) { o.outputFolder = value; }},
-    {'f', "force", nullptr, none, nullptr, "replace existing files",
+     [](Options& o, const char* value) { o.outputFolder = NotEmpty("-O", value); }},
+    {'f', "force", nullptr, none, nullptr,
+     "replace existing files; an input only by its own GIF, and only where nothing is lost",
      [](Options& o, const char*) { o.force = true; }},
     {0, "require", "WHAT", choice, "lossless max-error=",
      "write nothing, and exit with 3, unless the file is lossless, or no channel of a pixel is off "
@@ -92,11 +98,12 @@ constexpr Option kWayOptions[] = {
      "rgb: reduce the colours; indexed: keep the picture's own. Without it a picture is indexed "
      "whenever that loses nothing",
      SetMode},
-    {'n', "colors", "N", text, nullptr, "at most N colours, 2 to 256",
+    {'n', "colors", "N", text, nullptr,
+     "at most N colours, 2 to 256; with transparency its entry is among 256",
      [](Options& o, const char* value) { o.choices.colors = ParseInRange("-n", value, 2, 256); }},
     {'p', "palette", "PALETTE", file, nullptr,
      "reduce to a palette: exact, adaptive, fixed, or a palette file",
-     [](Options& o, const char* value) { o.choices.palette = value; }},
+     [](Options& o, const char* value) { o.choices.palette = NotEmpty("-p", value); }},
     {0, "resize", nullptr, none, nullptr, "cut a fixed or loaded palette to -n colours",
      [](Options& o, const char*) { o.choices.resize = true; }},
     {0, "no-orient", nullptr, none, nullptr, "leave a picture as it is stored, turned or not",
@@ -114,7 +121,9 @@ constexpr Option kTransparencyOptions[] = {
     {0, "matte", "COLOR", text, nullptr, "colour behind transparency: #rrggbb or r,g,b",
      [](Options& o, const char* value) { o.choices.matte = o.shaping.matte = ParseColor(value); }},
     {0, "transparent", "LIST", text, nullptr,
-     "indexed: entries to hide, by number or as #rrggbb, with commas between", AddEntries},
+     "indexed: entries to hide beside what is transparent already, by number or as #rrggbb, with "
+     "commas between",
+     AddEntries},
     {0, "alpha", "CHANNEL", text, nullptr,
      "indexed: hide what this channel hides, by name or number",
      [](Options& o, const char* value) { o.choices.alpha = value; }},
@@ -131,7 +140,7 @@ constexpr Option kFileOptions[] = {
      [](Options& o, const char*) { o.choices.interlace = false; }},
     {0, "comment", "TEXT", text, nullptr, "write TEXT as the file's comment", SetComment},
     {0, "no-comment", nullptr, none, nullptr, "leave out the picture's comment",
-     [](Options& o, const char*) { o.choices.comment = false; }},
+     [](Options& o, const char*) { SetComment(o, ""); }},
 };
 
 constexpr Option kReportOptions[] = {
@@ -149,7 +158,8 @@ constexpr Option kReportOptions[] = {
 };
 
 constexpr Option kOtherOptions[] = {
-    {0, "window", nullptr, none, nullptr, "ask for the options in a window, with a preview",
+    {0, "window", nullptr, none, nullptr,
+     "ask in a window, with a preview; it opens with the options given here",
      [](Options& o, const char*) { o.window = true; }},
     {'h', "help", nullptr, none, nullptr, "show this help",
      [](Options& o, const char*) { o.help = true; }},
@@ -166,12 +176,30 @@ constexpr OptionGroup kGroups[] = {
 // What getopt_long answers for a long option: its place in the table, above all letters.
 constexpr int kFirstPlace = 256;
 
+// The long options that a word like --out or --out=x may stand for.
+std::vector<std::string> NamesBeginning(const std::string& word) {
+    const std::string start = word.substr(2, word.find('=') - 2);
+    std::vector<std::string> names;
+    for (const OptionGroup& group : kGroups)
+        for (const Option& each : group.options)
+            if (std::string_view(each.name).starts_with(start))
+                names.push_back(std::string("--") + each.name);
+    return names;
+}
+
 std::string DescribeRefused(int answer, char** argv) {
-    const bool isLetter = optopt != 0 && optopt < kFirstPlace;
-    const std::string word =
-        isLetter ? std::string("-") + static_cast<char>(optopt) : argv[optind - 1];
-    if (answer == ':') return "option " + word + " needs a value";
-    return "option " + word + " is not known or takes no value";
+    if (optopt != 0 && optopt < kFirstPlace)
+        return std::string("option -") + static_cast<char>(optopt) +
+               (answer == ':' ? " needs a value" : " is not known");
+    const std::string word = argv[optind - 1], option = "option " + word;
+    if (answer == ':') return option + " needs a value";
+    if (optopt != 0) return option + " takes no value";
+    const std::vector<std::string> names = NamesBeginning(word);
+    if (names.empty()) return option + " is not known";
+    std::string list = names.front();
+    for (std::size_t i = 1; i < names.size(); ++i)
+        list += (i + 1 == names.size() ? " or " : ", ") + names[i];
+    return option + " is ambiguous; it may be " + list;
 }
 
 // Applies the options in their order; what is left are the inputs.

@@ -5,6 +5,7 @@
 #include "PaletteNames.h"
 
 #include <algorithm>
+#include <bitset>
 #include <charconv>
 
 namespace gif89 {
@@ -40,7 +41,109 @@ bool SameColor(RGBtuple a, RGBtuple b) {
     return PackColor(a) == PackColor(b);
 }
 
+// The table as the dialog shows it: without the black entries at its top that no pixel uses.
+int ShownEntries(const Picture& picture) {
+    const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
+    const int highest = *std::max_element<const std::uint8_t*>(picture.pixels.get(), end);
+    int last = 255;
+    while (last > highest && PackColor(TableEntry(picture.table, last)) == 0) --last;
+    return last + 1;
+}
+
+std::vector<int> EntriesNamed(const Picture& picture, const std::string& name) {
+    const int shown = ShownEntries(picture);
+    const auto color = ParseHexColor(name);
+    if (!color) {
+        const auto number = ParseNumber(name);
+        if (!number)
+            throw Problem("\"" + name + "\" is no entry; expected a number or #rrggbb", kUsage);
+        if (*number < 0 || *number >= shown)
+            throw Problem("the picture has no entry " + name + "; its entries are 0 to " +
+                              std::to_string(shown - 1),
+                          kUsage);
+        return {*number};
+    }
+    std::vector<int> entries;
+    for (int entry = 0; entry < shown; ++entry)
+        if (SameColor(TableEntry(picture.table, entry), *color)) entries.push_back(entry);
+    if (entries.empty()) throw Problem("no entry of the picture has the colour " + name, kUsage);
+    return entries;
+}
+
+// The picture's own transparency counts unless something else was said.
+std::string WantedChannel(const Picture& picture, const ExportChoices& choices) {
+    if (!choices.alpha.empty()) return choices.alpha;
+    if (choices.opaque || !choices.transparent.empty()) return {};
+    return OwnTransparency(picture) > 0 ? kTransparencyChannel : "";
+}
+
+short ChannelNamed(const Picture& picture, const std::string& name) {
+    const auto count = static_cast<int>(picture.channels.size());
+    for (int i = 0; i < count; ++i)
+        if (picture.channels[static_cast<std::size_t>(i)].name == name)
+            return static_cast<short>(i + 1);
+    const auto number = ParseNumber(name);
+    if (number && *number >= 1 && *number <= count) return static_cast<short>(*number);
+    std::string known;
+    for (const Channel& channel : picture.channels)
+        known += (known.empty() ? "" : ", ") + channel.name;
+    throw Problem("the picture has no channel \"" + name + "\"; it has " +
+                      (known.empty() ? "none" : known),
+                  kUsage);
+}
+
+void CheckIndexed(const Picture& picture, const ExportChoices& choices) {
+    const bool fewer = choices.colors && *choices.colors < UsedEntries(picture);
+    if (!choices.palette.empty() || choices.resize || fewer)
+        throw Problem("an indexed picture keeps its own palette", kUsage, Remedy::reduce);
+    for (const std::string& name : choices.transparent) EntriesNamed(picture, name);
+    const std::string channel = WantedChannel(picture, choices);
+    if (!channel.empty())
+        ChannelNamed(picture, channel);
+    else if (choices.invert)
+        throw Problem("there is no channel to invert", kUsage, Remedy::nameChannel);
+}
+
+void CheckRGB(const ExportChoices& choices) {
+    if (!choices.transparent.empty() || !choices.alpha.empty() || choices.invert)
+        throw Problem("transparent entries and channels are for indexed pictures", kUsage);
+    if (choices.palette == "exact" && choices.colors)
+        throw Problem("an exact palette has the picture's own number of colours", kUsage,
+                      Remedy::leaveCount);
+    const bool own =
+        choices.palette.empty() || choices.palette == "exact" || choices.palette == "adaptive";
+    if (choices.resize && own)
+        throw Problem("only a fixed or loaded palette can be cut", kUsage, Remedy::namePalette);
+}
+
 } // namespace
+
+Shaping ShapingFor(const ExportChoices& choices, Shaping wanted) {
+    if (wanted.way != Way::natural) return wanted;
+    if (!choices.palette.empty() || choices.resize)
+        wanted.way = Way::rgb;
+    else
+        wanted.colors = choices.colors.value_or(wanted.colors);
+    return wanted;
+}
+
+void CheckChoices(const Picture& picture, const ExportChoices& choices) {
+    if (picture.kind == Picture::Kind::indexed)
+        CheckIndexed(picture, choices);
+    else
+        CheckRGB(choices);
+}
+
+void HideEntries(Picture& picture, const std::vector<std::string>& names) {
+    std::bitset<256> hidden;
+    for (const std::string& name : names)
+        for (const int entry : EntriesNamed(picture, name))
+            hidden.set(static_cast<std::size_t>(entry));
+    const auto own = static_cast<std::size_t>(OwnTransparency(picture) - 1);
+    std::uint8_t* const opacity = picture.channels[own].bytes.get();
+    for (std::size_t n = 0; n < picture.PixelBytes(); ++n)
+        if (hidden[picture.pixels[n]]) opacity[n] = 0;
+}
 
 RGBtuple ParseColor(const std::string& text) {
     if (const auto color = ParseHexColor(text)) return *color;
@@ -69,8 +172,8 @@ short OwnTransparency(const Picture& picture) {
     return 0;
 }
 
-Operator::Operator(const Picture& thePicture, const ExportChoices& theChoices)
-    : picture(thePicture), choices(theChoices),
+Operator::Operator(const Picture& thePicture, const ExportChoices& theChoices, End how)
+    : picture(thePicture), choices(theChoices), end(how),
       script([this](DialogPtr dialog) { return NextAct(dialog); }) {}
 
 void Operator::ThrowFailure() const {
@@ -89,17 +192,20 @@ Act Operator::NextAct(DialogPtr dialog) {
         if (!script.Alerts().empty()) throw Problem(script.Alerts().back(), refusal);
         if (!planned) {
             planned = true;
+            CheckChoices(picture, choices);
             if (dialog->resourceID == kIndexedDialog)
                 PlanIndexed(dialog);
             else
                 PlanRGB(dialog);
-            acts.push_back(PressItem(kOKItem));
+            if (end == End::confirms) acts.push_back(PressItem(kOKItem));
         }
     } catch (const Problem& found) {
         problem = found;
         return FailScript(found.what());
     }
-    if (acts.empty()) return FailScript("The dialog stays open after OK.");
+    if (acts.empty() && end == End::confirms) return FailScript("The dialog stays open after OK.");
+    done = acts.empty();
+    if (done) return Idle(0);
     Act act = std::move(acts.front());
     acts.pop_front();
     // A wrong palette file is a failure of the file, everything else a wrong choice.
@@ -108,20 +214,14 @@ Act Operator::NextAct(DialogPtr dialog) {
 }
 
 void Operator::PlanIndexed(DialogPtr dialog) {
-    if (!choices.palette.empty() || choices.colors || choices.resize)
-        throw Problem("an indexed picture keeps its own palette; --palette, --colors and --resize "
-                      "need --mode rgb",
-                      kUsage);
     PlanCheckBox(dialog, kIndexedInterlaceItem, choices.interlace, "interlacing");
     PlanCheckBox(dialog, kIndexedCommentItem, choices.comment, "a comment");
     PlanMarks(dialog);
-    PlanChannel(dialog);
+    PlanChannel();
     if (choices.matte) PlanMatte(dialog, kIndexedSwatchItem);
 }
 
 void Operator::PlanRGB(DialogPtr dialog) {
-    if (!choices.transparent.empty() || !choices.alpha.empty() || choices.invert)
-        throw Problem("--transparent, --alpha and --invert are for indexed pictures", kUsage);
     PlanPalette(dialog);
     PlanCheckBox(dialog, kRGBInterlaceItem, choices.interlace, "interlacing");
     PlanCheckBox(dialog, kRGBCommentItem, choices.comment, "a comment");
@@ -140,7 +240,7 @@ void Operator::PlanCheckBox(DialogPtr dialog, short item, const std::optional<bo
 void Operator::PlanMarks(DialogPtr dialog) {
     const Rect& table = dialog->Item(kIndexedTableItem)->rect;
     for (const std::string& name : choices.transparent)
-        for (const int entry : EntriesNamed(name, ShownEntries())) {
+        for (const int entry : EntriesNamed(picture, name)) {
             const int row = entry / kCellsInRow, column = entry % kCellsInRow;
             acts.push_back(PressAt(
                 {static_cast<std::int16_t>(table.top + row * kCellPitch + kCellMiddle),
@@ -148,64 +248,10 @@ void Operator::PlanMarks(DialogPtr dialog) {
         }
 }
 
-// The table as the dialog shows it: without the black entries at its top that no pixel uses.
-int Operator::ShownEntries() const {
-    const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
-    const int highest = *std::max_element<const std::uint8_t*>(picture.pixels.get(), end);
-    int last = 255;
-    while (last > highest && PackColor(TableEntry(picture.table, last)) == 0) --last;
-    return last + 1;
-}
-
-std::vector<int> Operator::EntriesNamed(const std::string& name, int shown) const {
-    const auto color = ParseHexColor(name);
-    if (!color) {
-        const auto number = ParseNumber(name);
-        if (!number)
-            throw Problem("\"" + name + "\" is no entry; expected a number or #rrggbb", kUsage);
-        if (*number < 0 || *number >= shown)
-            throw Problem("the picture has no entry " + name + "; its entries are 0 to " +
-                              std::to_string(shown - 1),
-                          kUsage);
-        return {*number};
-    }
-    std::vector<int> entries;
-    for (int entry = 0; entry < shown; ++entry)
-        if (SameColor(TableEntry(picture.table, entry), *color)) entries.push_back(entry);
-    if (entries.empty()) throw Problem("no entry of the picture has the colour " + name, kUsage);
-    return entries;
-}
-
-// The picture's own transparency counts unless something else was said.
-std::string Operator::WantedChannel() const {
-    if (!choices.alpha.empty()) return choices.alpha;
-    if (choices.opaque || !choices.transparent.empty()) return {};
-    return OwnTransparency(picture) > 0 ? kTransparencyChannel : "";
-}
-
-short Operator::ChannelNamed(const std::string& name) const {
-    const auto count = static_cast<int>(picture.channels.size());
-    for (int i = 0; i < count; ++i)
-        if (picture.channels[static_cast<std::size_t>(i)].name == name)
-            return static_cast<short>(i + 1);
-    const auto number = ParseNumber(name);
-    if (number && *number >= 1 && *number <= count) return static_cast<short>(*number);
-    std::string known;
-    for (const Channel& channel : picture.channels)
-        known += (known.empty() ? "" : ", ") + channel.name;
-    throw Problem("the picture has no channel \"" + name + "\"; it has " +
-                      (known.empty() ? "none" : known),
-                  kUsage);
-}
-
-void Operator::PlanChannel(DialogPtr) {
-    const std::string wanted = WantedChannel();
-    if (wanted.empty()) {
-        if (choices.invert)
-            throw Problem("--invert needs a channel; name one with --alpha", kUsage);
-        return;
-    }
-    const auto entry = static_cast<short>(kNoChannelEntry + ChannelNamed(wanted));
+void Operator::PlanChannel() {
+    const std::string wanted = WantedChannel(picture, choices);
+    if (wanted.empty()) return;
+    const auto entry = static_cast<short>(kNoChannelEntry + ChannelNamed(picture, wanted));
     if (choices.invert) acts.push_back(HoldKey(kKeyOption));
     acts.push_back(ChooseEntry(kIndexedChannelItem, entry));
     if (choices.invert) acts.push_back(ReleaseKey(kKeyOption));
@@ -227,21 +273,19 @@ void Operator::PlanPalette(DialogPtr dialog) {
             throw Problem("the picture has too many colours for an exact palette", kUsage);
         acts.push_back(ChooseEntry(kRGBPalettePopUpItem, entry));
     }
-    if (choices.palette == "exact" && choices.colors)
-        throw Problem("an exact palette has the picture's own number of colours; leave out -n",
-                      kUsage);
-    if (choices.colors) acts.push_back(SetText(kRGBCountItem, std::to_string(*choices.colors)));
-    if (!choices.resize) return;
-    if (choices.palette.empty() || choices.palette == "exact" || choices.palette == "adaptive")
-        throw Problem("--resize needs a palette of its own; name one with -p", kUsage);
-    acts.push_back(PressItem(kRGBResizeItem));
+    // The most that the dialog takes beside transparency has 256 entries all told.
+    const int most = picture.kind == Picture::Kind::rgbAlpha ? 255 : 256;
+    if (choices.colors)
+        acts.push_back(SetText(kRGBCountItem, std::to_string(std::min(*choices.colors, most))));
+    if (choices.resize) acts.push_back(PressItem(kRGBResizeItem));
 }
 
 // Where nothing is transparent no colour shows through, and there is nothing to choose.
 void Operator::PlanMatte(DialogPtr dialog, short item) {
     const bool indexed = dialog->resourceID == kIndexedDialog;
-    const bool transparency = indexed ? !choices.transparent.empty() || !WantedChannel().empty()
-                                      : IsEnabled(dialog, item);
+    const bool transparency =
+        indexed ? !choices.transparent.empty() || !WantedChannel(picture, choices).empty()
+                : IsEnabled(dialog, item);
     if (!transparency) return;
     const auto widen = [](std::uint8_t level) { return static_cast<std::uint16_t>(level * 257); };
     acts.push_back(PressItem(item));

@@ -6,6 +6,7 @@
 #include "Picture.h"
 #include "Problem.h"
 #include "ScriptSource.h"
+#include "Shape.h"
 
 #include <deque>
 #include <optional>
@@ -20,7 +21,8 @@ struct ExportChoices {
     std::optional<bool> comment;   ///< whether the document's comment is written
     std::optional<RGBtuple> matte; ///< the colour that stands for transparency
     // Indexed pictures
-    std::vector<std::string> transparent; ///< entries to mark: numbers, or colours as #rrggbb
+    std::vector<std::string> transparent; ///< entries to mark: numbers, or colours as #rrggbb;
+                                          ///< the picture's own transparency is off then
     std::string alpha;                    ///< a channel's name or number; empty for none
     bool invert = false;                  ///< the channel hides where it is bright
     bool opaque = false;                  ///< no transparency, whatever the picture has
@@ -40,15 +42,31 @@ constexpr std::uint8_t kVisibleFrom = 128;
 /// is none or it hides nothing.
 short OwnTransparency(const Picture& picture);
 
+/// The shaping that goes with the choices: a palette that is not the picture's own, or is to be
+/// cut, goes the RGB way; a number of colours reduces only pictures that have more.
+Shaping ShapingFor(const ExportChoices& choices, Shaping wanted);
+
+/// Throws Problem when a shaped picture cannot have what was chosen.
+void CheckChoices(const Picture& picture, const ExportChoices& choices);
+
+/// Makes the entries of those names transparent, as ExportChoices names them, beside what the
+/// picture's own transparency hides, which it must have. Throws Problem.
+void HideEntries(Picture& picture, const std::vector<std::string>& names);
+
 /// Operates the dialogs of one export. The picture and the choices must outlive it.
 class Operator {
   public:
-    Operator(const Picture& thePicture, const ExportChoices& theChoices);
+    /// Whether the operator presses OK in the end, or leaves the dialog to somebody else.
+    enum class End : bool { confirms, leavesOpen };
+    Operator(const Picture& thePicture, const ExportChoices& theChoices, End how = End::confirms);
     Operator(const Operator&) = delete;
     Operator& operator=(const Operator&) = delete;
 
     EventSource& Events() { return script; }
     StandardFileResponder& Files() { return script; }
+
+    /// True once all choices are made in a dialog that the operator leaves open.
+    bool IsDone() const { return done; }
 
     /// Throws the reason when the operator could not do what was chosen; call it when the export
     /// has ended, before looking at its own result.
@@ -61,19 +79,16 @@ class Operator {
     void PlanCheckBox(DialogPtr dialog, short item, const std::optional<bool>& wanted,
                       const char* name);
     void PlanMarks(DialogPtr dialog);
-    void PlanChannel(DialogPtr dialog);
+    void PlanChannel();
     void PlanPalette(DialogPtr dialog);
     void PlanMatte(DialogPtr dialog, short item);
-    std::vector<int> EntriesNamed(const std::string& name, int shown) const;
-    int ShownEntries() const;
-    short ChannelNamed(const std::string& name) const;
-    std::string WantedChannel() const;
 
     const Picture& picture;
     const ExportChoices& choices;
+    const End end;
     ScriptSource script;
     std::deque<Act> acts;
-    bool planned = false;
+    bool planned = false, done = false;
     ExitCode refusal = kUsage; ///< of an alert that answers the latest act
     std::optional<Problem> problem;
 };

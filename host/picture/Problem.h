@@ -1,6 +1,7 @@
 // What went wrong, in one sentence for the user, and the exit code it deserves.
 #pragma once
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -9,16 +10,42 @@ namespace gif89 {
 /// Exit codes of our programs.
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kNotMet = 3 };
 
+/// What the user may do about it, where that is known. A command line names options and a window
+/// its commands, so each program has its own words for it.
+enum class Remedy : std::uint8_t {
+    none,
+    replaceFile, ///< let the existing file be replaced
+    nameOther,   ///< give the new file another name
+    reduce,      ///< choose the colours anew instead of keeping the picture's table
+    nameChannel, ///< say which channel is to be inverted
+    namePalette, ///< say which palette is to be cut
+    leaveCount,  ///< give no number of colours
+};
+
 /// Thrown by the host's code; never crosses the module's boundary. The sentence says what is
-/// wrong, where, and what was expected; it names no file, since the catcher knows which one it is.
+/// wrong, where, and what was expected. It names no file: the catcher knows the one it is about,
+/// unless the problem says that it is another.
 class Problem : public std::runtime_error {
   public:
-    explicit Problem(const std::string& sentence, ExitCode code = kFailed)
-        : std::runtime_error(sentence), exitCode(code) {}
+    explicit Problem(const std::string& sentence, ExitCode code = kFailed,
+                     Remedy remedy = Remedy::none)
+        : std::runtime_error(sentence), exitCode(code), cure(remedy) {}
+
+    /// The same about that file, unless it is about a file already.
+    Problem About(const std::string& path) const {
+        Problem named = *this;
+        if (named.file.empty()) named.file = path;
+        return named;
+    }
+
     ExitCode Code() const { return exitCode; }
+    Remedy Cure() const { return cure; }
+    const std::string& File() const { return file; } ///< empty when the catcher knows it
 
   private:
     ExitCode exitCode;
+    Remedy cure;
+    std::string file;
 };
 
 } // namespace gif89

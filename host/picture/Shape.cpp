@@ -70,6 +70,11 @@ template <int bytesPerPixel> std::optional<FewColors> FindFewColors(const Pictur
     return found;
 }
 
+std::optional<FewColors> FindFewColors(const Picture& picture) {
+    return picture.kind == Picture::Kind::rgb ? FindFewColors<3>(picture)
+                                              : FindFewColors<4>(picture);
+}
+
 template <int bytesPerPixel>
 void FillIndices(const Picture& picture, FewColors& few, std::uint8_t* indices,
                  std::uint8_t* opacities) {
@@ -106,6 +111,14 @@ void ApplyThreshold(Picture& picture, int threshold) {
     DropOpaqueAlpha(picture);
 }
 
+// Opacities of a table's pixels may give more colours than the table has.
+void LayOver(Picture& picture, RGBtuple below) {
+    if (OpacityOf(picture)) ExpandToRGB(picture);
+    FlattenAlpha(picture, below);
+}
+
+} // namespace
+
 int UsedEntries(const Picture& picture) {
     std::bitset<256> used;
     const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
@@ -113,22 +126,19 @@ int UsedEntries(const Picture& picture) {
     return static_cast<int>(used.count());
 }
 
-} // namespace
-
 bool ShapingLoses(const Picture& picture, const Shaping& how) {
-    const bool trueColor = picture.kind == Picture::Kind::rgbAlpha;
-    return (how.alphaThreshold > 0 && (trueColor || OpacityOf(picture))) ||
-           (how.opaque && trueColor);
+    const bool hasOpacity = picture.kind == Picture::Kind::rgbAlpha || OpacityOf(picture);
+    return hasOpacity && (how.alphaThreshold > 0 || how.opaque);
 }
 
 void Shape(Picture& picture, const Shaping& how) {
     if (how.alphaThreshold > 0) ApplyThreshold(picture, how.alphaThreshold);
-    if (how.opaque) FlattenAlpha(picture, how.matte);
+    if (how.opaque) LayOver(picture, how.matte);
     if (how.way == Way::rgb) return ExpandToRGB(picture);
     if (picture.kind != Picture::Kind::indexed && !MakeIndexed(picture)) {
         if (how.way == Way::indexed)
-            throw Problem("has too many colours, or opacities between all and none, for a colour "
-                          "table; --mode indexed needs at most 256 (255 with transparency)",
+            throw Problem("has too many colours for a colour table, which holds 256 (255 beside "
+                          "transparency), or opacities between all and none",
                           kUsage);
         return;
     }
@@ -136,10 +146,14 @@ void Shape(Picture& picture, const Shaping& how) {
         ExpandToRGB(picture);
 }
 
+bool FitsTable(const Picture& picture) {
+    return picture.kind == Picture::Kind::indexed || FindFewColors(picture);
+}
+
 bool MakeIndexed(Picture& picture) {
     if (picture.kind == Picture::Kind::indexed) return true;
     const bool alpha = picture.kind == Picture::Kind::rgbAlpha;
-    auto few = alpha ? FindFewColors<4>(picture) : FindFewColors<3>(picture);
+    auto few = FindFewColors(picture);
     if (!few) return false;
 
     Picture made = MakePicture(Picture::Kind::indexed, picture.rows, picture.columns);

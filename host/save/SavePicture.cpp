@@ -45,6 +45,7 @@ class SaveDialog : public StandardFileResponder {
 
     FileCheck* check = nullptr; ///< set before the dialog comes up; follows the file
     std::optional<Problem> refusal;
+    std::string replacedSource; ///< empty when the picture's own file stays
 
   protected:
     ~SaveDialog() override = default;
@@ -68,7 +69,12 @@ class SaveToFolder final : public SaveDialog {
         std::string target = where.file;
         if (target.empty()) target = std::filesystem::path(where.folder) / proposedName;
         if (checks.mayWrite) checks.mayWrite(target);
-        return file.emplace(target, where.existing).FileDescriptor();
+        if (checks.source && FileIdOf(target) == checks.source) replacedSource = target;
+        try {
+            return file.emplace(target, where.existing).FileDescriptor();
+        } catch (const Problem& problem) {
+            throw problem.About(target);
+        }
     }
 
     const Destination& where;
@@ -159,6 +165,11 @@ CheckedGif RunChecked(const Export& job, SaveDialog& dialog) {
     std::string palette = Run(job, dialog);
     CheckedGif checked = check.Finish(std::move(palette));
     if (checks.accept) checks.accept(checked.report);
+    if (!dialog.replacedSource.empty() && !checked.report.Lossless())
+        throw Problem("is the picture's own file, of which something would be lost: " +
+                          LossText(checked.report),
+                      kUsage, Remedy::nameOther)
+            .About(dialog.replacedSource);
     return checked;
 }
 
@@ -184,13 +195,19 @@ SavedGif SavePicture(const ExportModule& module, const Picture& picture,
     if (destination.stream >= 0) return SaveToStream(job, destination.stream);
     if (!destination.file.empty() && IsStream(destination.file)) {
         const Descriptor device(open(destination.file.c_str(), O_WRONLY | O_CLOEXEC));
-        if (!device.IsOpen()) throw Problem(std::string("cannot open it: ") + std::strerror(errno));
+        if (!device.IsOpen())
+            throw Problem(std::string("cannot be opened: ") + std::strerror(errno))
+                .About(destination.file);
         return SaveToStream(job, device.Get());
     }
 
     SaveToFolder dialog(destination, user.files, checks);
     SavedGif saved = {RunChecked(job, dialog), {}};
-    dialog.file->Commit();
+    try {
+        dialog.file->Commit();
+    } catch (const Problem& problem) {
+        throw problem.About(dialog.file->Target());
+    }
     saved.path = dialog.file->Target();
     return saved;
 }

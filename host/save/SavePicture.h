@@ -4,11 +4,13 @@
 #include "EventSource.h"
 #include "ExportModule.h"
 #include "FileCheck.h"
+#include "FileId.h"
 #include "Picture.h"
 #include "StagedFile.h"
 #include "StandardFile.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace gif89 {
@@ -36,6 +38,8 @@ struct DialogUser {
 struct SaveChecks {
     const Picture* original = nullptr; ///< to compare with; null is the exported picture itself
     bool keepIndices = false;          ///< in what is returned
+    /// The file that the picture was read from; it is not replaced where anything is lost.
+    std::optional<FileId> source;
     /// Asked with the target's path before anything is written there.
     std::function<void(const std::string&)> mayWrite;
     /// Asked before the finished file takes its place.

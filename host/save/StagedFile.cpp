@@ -112,7 +112,7 @@ StagedFile::StagedFile(const std::string& targetPath, Existing whatExists, Stagi
         throw Problem("is a folder; a file name was expected");
     if (existing == Existing::keep &&
         fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
-        throw Problem("exists already; -f replaces it");
+        throw Problem("exists already", kFailed, Remedy::replaceFile);
     if (staging == Staging::nameless) CreateNameless();
     if (!file.IsOpen()) CreateNamed();
 }

@@ -1,6 +1,7 @@
 // What a person chose in the dialogs, chosen again by the operator, makes the same file.
 #include "ChoicesWatch.h"
 #include "ModuleResources.h"
+#include "Preset.h"
 #include "RandomPictures.h"
 #include "SavePicture.h"
 #include "TemporaryFolder.h"
@@ -48,8 +49,8 @@ struct Repeated {
     DecodedGif gif;
 };
 
-/// Exports once with acts in watched dialogs and once with the choices that were seen; the second
-/// file must equal the first.
+/// Exports once with acts in watched dialogs, once with the choices that were seen, and once with
+/// these made before a person presses OK; all files must be equal.
 Repeated Repeat(const Picture& picture, std::vector<Act> acts,
                 ChoicesWatch::Marks marks = ChoicesWatch::Marks::asNumbers) {
     const TemporaryFolder folder;
@@ -71,6 +72,13 @@ Repeated Repeat(const Picture& picture, std::vector<Act> acts,
     save("second.gif", {&user.Events(), &user.Files()});
     EXPECT_NO_THROW(user.ThrowFailure());
     EXPECT_TRUE(folder.Read("first.gif") == folder.Read("second.gif"));
+
+    Operator before(picture, repeated.choices, Operator::End::leavesOpen);
+    ScriptSource person({PressItem(kOKItem)});
+    Preset preset(before, person, &person);
+    save("third.gif", {&preset, &preset});
+    EXPECT_EQ(person.Failure(), "");
+    EXPECT_TRUE(folder.Read("first.gif") == folder.Read("third.gif"));
     return repeated;
 }
 

@@ -102,6 +102,11 @@ TEST(Shape, AppliesTheThresholdBeforeAnythingElse) {
     Shape(picture, {.alphaThreshold = 64});
     ASSERT_EQ(picture.kind, Picture::Kind::indexed) << "two colours are left";
     EXPECT_EQ(OpacitiesOf(picture), (Bytes{0, 255, 0, 255}));
+    const Shaping onColor = {.opaque = true, .matte = {0, 1, 2, 3}};
+    EXPECT_TRUE(ShapingLoses(picture, onColor));
+    Shape(picture, onColor); // a picture with a table, too
+    EXPECT_EQ(OpacitiesOf(picture), Bytes());
+    EXPECT_EQ(PackColor(TableEntry(picture.table, picture.pixels[0])), 0x010203U);
 
     picture = MakeRow(Picture::Kind::rgbAlpha, pixels);
     Shape(picture, {.alphaThreshold = 64, .opaque = true, .matte = {0, 1, 2, 3}});

@@ -59,7 +59,7 @@ TEST_P(StagedFileTest, RefusesTargetsThatMustBeKeptOrCannotBe) {
     folder.Write("kept.gif", "old");
     mkdir(folder.Path("sub").c_str(), 0777);
     const std::pair<const char*, const char*> cases[] = {
-        {"kept.gif", "exists already; -f replaces it"},
+        {"kept.gif", "exists already"},
         {"sub", "is a folder; a file name was expected"},
         {"absent/new.gif", "cannot write into its folder: No such file or directory"}};
     for (const auto& [name, reason] : cases) {
