@@ -3,6 +3,7 @@
 #include "InputFile.h"
 #include "Problem.h"
 #include "ReadPicture.h"
+#include "Shape.h"
 
 #include <QObject>
 
@@ -17,6 +18,7 @@ std::shared_ptr<Document> Prepare(Picture picture, const std::string& name) {
     auto document = std::make_shared<Document>();
     document->name = name;
     document->image = ImageOf(picture);
+    document->fitsTable = FitsTable(picture);
     document->picture = std::move(picture);
     document->shown = ShownImage(document->image);
     document->colors = CountColors(document->image);

@@ -21,6 +21,7 @@ struct Document {
     QImage image; ///< the exact pixels
     ShownImage shown;
     std::int64_t colors = 0;
+    bool fitsTable = false; ///< it can go through the module with all its colours
 };
 using DocumentPtr = std::shared_ptr<const Document>;
 

@@ -16,11 +16,9 @@ const ExportModule& TheModule() {
 }
 
 // The picture as it goes through the module; the window goes on showing the original.
-Picture ShapedCopy(const ExportTask& task) {
+Picture ShapedCopy(const ExportTask& task, const ExportChoices& choices = {}) {
     Picture picture = CopyPicture(task.original);
-    Shaping how;
-    how.way = task.way;
-    Shape(picture, how);
+    Shape(picture, ShapingFor(choices, {.way = task.way}));
     return picture;
 }
 
@@ -29,6 +27,7 @@ SavedGif Save(const ExportTask& task, const Picture& exported, const DialogUser&
     SaveChecks checks;
     checks.original = &task.original;
     checks.keepIndices = true;
+    if (!task.source.empty()) checks.source = FileIdOf(task.source);
     checks.mayWrite = [&task](const std::string&) {
         if (task.working) task.working();
     };
@@ -36,6 +35,10 @@ SavedGif Save(const ExportTask& task, const Picture& exported, const DialogUser&
 }
 
 } // namespace
+
+void CheckChoices(const ExportTask& task, const ExportChoices& choices) {
+    CheckChoices(ShapedCopy(task, choices), choices);
+}
 
 std::optional<Exported> ExportWithDialogs(const ExportTask& task) {
     const Picture exported = ShapedCopy(task);
@@ -55,7 +58,7 @@ std::optional<Exported> ExportWithDialogs(const ExportTask& task) {
 }
 
 SavedGif ExportWithChoices(const ExportTask& task, const ExportChoices& choices) {
-    const Picture exported = ShapedCopy(task);
+    const Picture exported = ShapedCopy(task, choices);
     Operator user(exported, choices);
     try {
         return Save(task, exported, {&user.Events(), &user.Files()});

@@ -14,7 +14,8 @@ namespace gif89 {
 /// What is exported, and to which file; an existing one is replaced.
 struct ExportTask {
     const Picture& original;
-    std::string name; ///< of the document
+    std::string name;   ///< of the document
+    std::string source; ///< its file; empty for a picture without one
     Way way = Way::natural;
     std::string target;
     /// Called when the last dialog is answered and the work begins; may be empty.
@@ -25,6 +26,9 @@ struct Exported {
     SavedGif saved;
     ExportChoices choices;
 };
+
+/// Throws Problem when the picture cannot have what was chosen.
+void CheckChoices(const ExportTask& task, const ExportChoices& choices);
 
 /// Asks with the module's dialogs. Empty when the user cancelled. Throws Problem and
 /// std::bad_alloc; whatever happens, what was at the target is whole.

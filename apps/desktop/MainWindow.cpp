@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "CompareView.h"
+#include "Problem.h"
 #include "RecentFiles.h"
 #include "ReportPanel.h"
 #include "StatusText.h"
@@ -56,6 +57,17 @@ QString OpenFilter() {
                           "PNG (*.png);;JPEG (*.jpg *.jpeg *.jpe);;WebP (*.webp);;"
                           "TIFF (*.tif *.tiff);;GIF (*.gif);;BMP (*.bmp *.dib);;"
                           "Portable pictures (*.pbm *.pgm *.ppm *.pnm *.pam);;All files (*)");
+}
+
+QString NameOf(const Document& document) {
+    return document.path.empty() ? FileText(document.name) : FileNameText(document.path);
+}
+
+QString AdviceOn(Remedy remedy) {
+    if (remedy == Remedy::nameOther) return MainWindow::tr("; choose another name");
+    if (remedy == Remedy::reduce)
+        return MainWindow::tr("; by the routes Automatic and True Colour it may get another");
+    return {};
 }
 
 /// Shows the waiting cursor from Start to its end.
@@ -171,8 +183,8 @@ void MainWindow::ShowDocument(const DocumentPtr& next) {
     document = next; // the views let go of the old one above and below
     pictureView->Show(&document->shown);
     if (!sameSize) view.SetPicture(document->shown.Size());
-    const QString name =
-        document->path.empty() ? FileText(document->name) : FileNameText(document->path);
+    if (!document->fitsTable && way == Way::indexed) SetWay(Way::natural);
+    const QString name = NameOf(*document);
     setWindowTitle(tr("%1 — GIF89 Export").arg(name));
     pictureView->setAccessibleName(name);
     ShowPage(pictureView);
@@ -232,12 +244,38 @@ void MainWindow::ExportAs() {
     if (const auto chosen = AskForTarget()) ExportTo(*chosen, Choosing::inDialogs);
 }
 
-// The file is known when this very picture was exported before; the choices also hold for others.
+// The file is known when this very picture was exported before; the choices also hold for others,
+// as far as they fit them, which is looked at before the user is asked for a file.
 void MainWindow::ExportAgain() {
     if (!document || exporting) return;
     if (!choices) return ExportAs();
-    const auto chosen = target.empty() ? AskForTarget() : target;
-    if (chosen) ExportTo(*chosen, Choosing::asBefore);
+    if (!target.empty()) {
+        ExportTo(target, Choosing::asBefore);
+        return;
+    }
+    message->hide();
+    if (!TryToExport(*document, [this] { CheckChoices(TaskFor(*document, {}), *choices); })) return;
+    if (const auto chosen = AskForTarget()) ExportTo(*chosen, Choosing::asBefore);
+}
+
+ExportTask MainWindow::TaskFor(const Document& exported, const std::string& path) const {
+    return {exported.picture, exported.name, exported.path, way, path, {}};
+}
+
+// Says what is wrong and of which file; the picture unless it is another.
+bool MainWindow::TryToExport(const Document& exported, const std::function<void()>& act) {
+    try {
+        act();
+        return true;
+    } catch (const Problem& problem) {
+        Complain(problem.File().empty() ? NameOf(exported) : FileNameText(problem.File()),
+                 problem.what() + AdviceOn(problem.Cure()).toStdString());
+    } catch (const std::bad_alloc&) {
+        Complain(NameOf(exported), "there is not enough memory for the export");
+    } catch (const std::exception& problem) {
+        Complain(NameOf(exported), problem.what());
+    }
+    return false;
 }
 
 bool MainWindow::ExportTo(const std::string& path, Choosing choosing) {
@@ -248,18 +286,15 @@ bool MainWindow::ExportTo(const std::string& path, Choosing choosing) {
     const DocumentPtr exported = document; // stays whatever happens while dialogs are open
     std::optional<Exported> done;
     WaitCursor wait;
-    const ExportTask task = {exported->picture, exported->name, way, path, [&] { wait.Start(); }};
-    try {
+    ExportTask task = TaskFor(*exported, path);
+    task.working = [&wait] { wait.Start(); };
+    TryToExport(*exported, [&] {
         if (choosing == Choosing::inDialogs)
             done = ExportWithDialogs(task);
         else
             done = Exported{ExportWithChoices(task, *choices), *choices};
         if (!done) statusBar()->showMessage(tr("Export cancelled"), kShortWhile);
-    } catch (const std::bad_alloc&) {
-        Complain(FileNameText(path), "there is not enough memory for the export");
-    } catch (const std::exception& problem) {
-        Complain(FileNameText(path), problem.what());
-    }
+    });
     exporting = false;
     activateWindow(); // where no window manager gives it the keys back
     if (done) {

@@ -8,6 +8,7 @@
 
 #include <QMainWindow>
 
+#include <functional>
 #include <optional>
 
 class QAction;
@@ -83,11 +84,14 @@ class MainWindow : public QMainWindow {
     void ShowPage(QWidget* page);
     void ListRecentFiles();
     void UpdateActions();
+    void UpdateWays();
     void UpdateFacts();
     void UpdateZoom();
     bool TakesData(const QMimeData& offer) const;
     void TakeData(const QMimeData& offer);
     void Complain(const QString& subject, const std::string& reason);
+    ExportTask TaskFor(const Document& exported, const std::string& path) const;
+    bool TryToExport(const Document& exported, const std::function<void()>& act);
     PictureView& CurrentView();
 
     DocumentPtr document;

@@ -15,6 +15,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QStandardItemModel>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -279,6 +280,17 @@ void MainWindow::SetWay(Way wanted) {
     }
 }
 
+// The picture's own table is no route for a picture that does not fit one.
+void MainWindow::UpdateWays() {
+    const bool fits = !document || document->fitsTable;
+    auto* const list = qobject_cast<QStandardItemModel*>(wayBox->model());
+    for (int i = 0; i < static_cast<int>(std::size(kWays)); ++i) {
+        const bool possible = fits || kWays[i].way != Way::indexed;
+        wayActions->actions().at(i)->setEnabled(possible);
+        list->item(i)->setEnabled(possible);
+    }
+}
+
 void MainWindow::MakeStatusBar() {
     facts = new QLabel;
     facts->setContentsMargins(6, 0, 0, 0);
@@ -296,6 +308,7 @@ void MainWindow::MakeStatusBar() {
 
 void MainWindow::UpdateActions() {
     const bool open = document != nullptr, done = result.has_value();
+    UpdateWays();
     const bool comparing = done && pages->currentWidget() == resultPage;
     for (QAction* action : {openAction, pasteAction}) action->setEnabled(!exporting);
     reloadAction->setEnabled(open && !document->path.empty() && !exporting);

@@ -6,6 +6,7 @@
 #include "TemporaryFolder.h"
 #include "WindowFixture.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QDropEvent>
 #include <QLineEdit>
@@ -149,6 +150,32 @@ TEST_F(DesktopTest, ExportsWithTheDialogsAndAgainWithout) {
     // The original is still what it was, and what was changed is known.
     EXPECT_EQ(window->CurrentDocument()->colors, window->Result()->report.sourceColors);
     EXPECT_GT(window->Result()->report.changedPixels, 0);
+
+    // The same choices reduce a picture with a table, unless it is to keep that; then the user is
+    // told so before a file is asked for.
+    const auto route = [this](const char* name) {
+        for (auto* action : window->findChildren<QAction*>())
+            if (action->text() == QLatin1String(name)) return action;
+        return static_cast<QAction*>(nullptr);
+    };
+    EXPECT_FALSE(route("&Indexed")->isEnabled()) << "too many colours for a table";
+    std::string levels = "P5 8 5 255\n";
+    for (int i = 0; i < 40; ++i) levels += static_cast<char>(i);
+    folder.Write("grey.pgm", levels);
+    Drop({"grey.pgm"});
+    ASSERT_TRUE(WaitForDocument("grey"));
+    route("&Indexed")->trigger();
+    {
+        const Answers none({});
+        QTest::keyClick(window.get(), Qt::Key_E, Qt::ControlModifier);
+    }
+    EXPECT_EQ(
+        window->Message().toStdString(),
+        "grey.pgm: an indexed picture keeps its own palette; by the routes Automatic and True "
+        "Colour it may get another");
+    route("&Automatic")->trigger();
+    ASSERT_TRUE(window->ExportTo(folder.Path("grey.gif"), MainWindow::Choosing::asBefore));
+    EXPECT_EQ(window->Result()->report.tableEntries, 16);
 }
 
 TEST_F(DesktopTest, WritesNothingWhenCancelledOrImpossible) {
