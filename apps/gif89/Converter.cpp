@@ -39,10 +39,13 @@ bool WritesToStandardOutput(const Options& options) {
     return std::any_of(options.inputs.begin(), options.inputs.end(), IsStandardStream);
 }
 
+bool IsPaletteFile(const std::string& palette) {
+    return !palette.empty() && palette != "exact" && palette != "adaptive" && palette != "fixed";
+}
+
 // The module keeps quiet about a palette file that it cannot open.
 void CheckPaletteFile(const std::string& palette) {
-    if (palette.empty() || palette == "exact" || palette == "adaptive" || palette == "fixed")
-        return;
+    if (!IsPaletteFile(palette)) return;
     try {
         InputFile::Open(palette);
     } catch (const Problem& problem) {
@@ -61,7 +64,7 @@ std::set<FileId> InputsOf(const Options& options) {
     };
     for (const std::string& input : options.inputs) add(IdOfInput(input));
     for (const ChannelFile& channel : options.channels) add(FileIdOf(channel.path));
-    add(FileIdOf(options.choices.palette));
+    if (IsPaletteFile(options.choices.palette)) add(FileIdOf(options.choices.palette));
     return ids;
 }
 
@@ -125,7 +128,7 @@ ExitCode Converter::ConvertAll() {
 InputOutcome Converter::Convert(std::size_t number) {
     const auto start = std::chrono::steady_clock::now();
     InputOutcome outcome;
-    outcome.input = options.inputs[number];
+    outcome.input = outcome.errorFile = options.inputs[number];
     const auto fail = [&outcome](const std::string& sentence, ExitCode code) {
         outcome.error = sentence;
         outcome.code = code;
@@ -134,7 +137,7 @@ InputOutcome Converter::Convert(std::size_t number) {
         Work(number, outcome);
     } catch (const Problem& problem) {
         fail(problem.what() + AdviceOn(problem.Cure()), problem.Code());
-        outcome.culprit = problem.File();
+        if (!problem.File().empty()) outcome.errorFile = problem.File();
     } catch (const std::bad_alloc&) {
         fail("not enough memory for the picture", kFailed);
     } catch (const std::exception& error) {
@@ -278,7 +281,7 @@ void Converter::CheckRequirement(const ExportReport& found) const {
 void Converter::Tell(const InputOutcome& outcome) {
     if (report) WriteReport(outcome);
     if (outcome.code != kDone) {
-        terminal.Error(outcome.culprit.empty() ? outcome.input : outcome.culprit, outcome.error);
+        terminal.Error(outcome.errorFile, outcome.error);
         return;
     }
     if (options.quiet) return;

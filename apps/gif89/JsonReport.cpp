@@ -78,13 +78,12 @@ Json LossJson(const ExportReport& report) {
 } // namespace
 
 std::string JsonLine(const InputOutcome& outcome) {
-    const std::string error =
-        outcome.culprit.empty() ? outcome.error : outcome.culprit + ": " + outcome.error;
     Json line = {{"input", outcome.input},
                  {"output", outcome.output.empty() ? Json(nullptr) : Json(outcome.output)},
                  {"written", outcome.written},
                  {"exit_code", static_cast<int>(outcome.code)},
-                 {"error", error.empty() ? Json(nullptr) : Json(error)},
+                 {"error", outcome.error.empty() ? Json(nullptr) : Json(outcome.error)},
+                 {"error_file", outcome.error.empty() ? Json(nullptr) : Json(outcome.errorFile)},
                  {"seconds", std::round(outcome.seconds * 1e6) / 1e6}};
     if (outcome.report) {
         line["columns"] = outcome.report->columns;

@@ -16,7 +16,7 @@ struct InputOutcome {
     bool written = false;
     std::optional<ExportReport> report; ///< known as soon as there was a file to look at
     std::string error;                  ///< empty when all went well
-    std::string culprit; ///< the file that the error is about when it is not the input
+    std::string errorFile;              ///< which file the error is about
     ExitCode code = kDone;
     double seconds = 0;
 };

@@ -126,7 +126,7 @@ constexpr Option kTransparencyOptions[] = {
      AddEntries},
     {0, "alpha", "CHANNEL", text, nullptr,
      "indexed: hide what this channel hides, by name or number",
-     [](Options& o, const char* value) { o.choices.alpha = value; }},
+     [](Options& o, const char* value) { o.choices.alpha = NotEmpty("--alpha", value); }},
     {0, "invert", nullptr, none, nullptr, "indexed: the channel hides where it is bright",
      [](Options& o, const char*) { o.choices.invert = true; }},
     {0, "channel", "NAME=FILE", text, nullptr, "indexed: add a grey picture as a channel",
@@ -151,7 +151,7 @@ constexpr Option kReportOptions[] = {
     {0, "report-file", "FILE", file, nullptr, "write the JSON report to FILE instead",
      [](Options& o, const char* value) {
          o.json = true;
-         o.reportFile = value;
+         o.reportFile = NotEmpty("--report-file", value);
      }},
     {'q', "quiet", nullptr, none, nullptr, "say nothing but errors",
      [](Options& o, const char*) { o.quiet = true; }},

@@ -251,6 +251,8 @@ TEST_F(CommandLine, RefusesWhatMakesNoSenseInOneSentence) {
         {{"-o", "", "rgb.ppm"}, 2, "option -o needs a value"},
         {{"-O", "", "rgb.ppm"}, 2, "option -O needs a value"},
         {{"-p", "", "rgb.ppm"}, 2, "option -p needs a value"},
+        {{"--alpha", "", "grey.pgm"}, 2, "option --alpha needs a value"},
+        {{"--report-file", "", "rgb.ppm"}, 2, "option --report-file needs a value"},
         {{"--quiet=yes", "rgb.ppm"}, 2, "option --quiet=yes takes no value"},
         {{"--o=x", "rgb.ppm"}, 2, "ambiguous; it may be --output, --output-folder or --opaque"},
         {{"-x", "rgb.ppm"}, 2, "option -x is not known"},
