@@ -1,7 +1,9 @@
 // What went wrong, in one sentence for the user, and the exit code it deserves.
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -47,5 +49,21 @@ class Problem : public std::runtime_error {
     Remedy cure;
     std::string file;
 };
+
+/// A Problem of the file that is written, not of the one that is read.
+class OutputProblem : public Problem {
+  public:
+    using Problem::Problem;
+};
+
+/// The system's reason for an error, in English whatever the locale.
+inline std::string SystemReason(int error = errno) {
+    const char* const reason = strerrordesc_np(error);
+    return reason ? reason : "error " + std::to_string(error) + " of the system";
+}
+
+/// What an exception says to the user: a Problem's own sentence, the system's reason, or that
+/// memory was short.
+std::string SentenceOf(const std::exception& exception);
 
 } // namespace gif89

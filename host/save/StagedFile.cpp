@@ -1,6 +1,6 @@
 #include "StagedFile.h"
 
-#include "FolderTable.h"
+#include "FileRights.h"
 #include "Problem.h"
 
 #include <fcntl.h>
@@ -14,8 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
+#include <optional>
 
 namespace gif89 {
 namespace {
@@ -52,27 +51,17 @@ void RemoveAndEnd(int signal) {
     raise(signal);
 }
 
-std::string SystemReason() {
-    return std::strerror(errno);
+[[noreturn]] void Fail(const std::string& what) {
+    throw OutputProblem(what + ": " + SystemReason());
 }
 
 // A short name: the target's may already be as long as names can be.
 std::string MakeStagingName() {
     std::uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != sizeof number)
-        throw Problem("no random numbers: " + SystemReason());
+    if (getrandom(&number, sizeof number, 0) != sizeof number) Fail("there are no random numbers");
     char name[32];
     std::snprintf(name, sizeof name, ".gif89-%016llx.gif", static_cast<unsigned long long>(number));
     return name;
-}
-
-std::string FollowLinks(const std::string& path) {
-    struct stat status;
-    if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return path;
-    std::error_code error;
-    const auto end = std::filesystem::weakly_canonical(path, error);
-    if (error) throw Problem("the link cannot be followed: " + error.message());
-    return end;
 }
 
 // Holds back the signals of this thread while it exists, because a commit may take two steps,
@@ -98,110 +87,142 @@ std::string PathOfDescriptor(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
+constexpr char kNotInPlace[] = "the finished file cannot be put in place";
+
+// The file that is in the place, if one is. Only files are opened, since opening a device may be
+// an order to it.
+std::optional<OldFile> LookAtOldFile(const FilePlace& place) {
+    const int folder = place.folder.Get();
+    const char* const name = place.name.c_str();
+    OldFile old;
+    if (fstatat(folder, name, &old.status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT) return std::nullopt;
+        Fail("the old file cannot be looked at");
+    }
+    if (S_ISREG(old.status.st_mode))
+        old.file = Descriptor(openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (old.file.IsOpen()) fstat(old.file.Get(), &old.status); // another one may be there by now
+    if (S_ISDIR(old.status.st_mode)) throw OutputProblem("is a folder; a file name was expected");
+    if (!S_ISREG(old.status.st_mode))
+        throw OutputProblem("is a pipe or a device, which no file replaces");
+    return old;
+}
+
+// Some file systems know no such order, and say so.
+void ForceToDisk(int file) {
+    if (fdatasync(file) != 0 && errno != EINVAL) Fail("the finished file cannot be stored");
+}
+
+void ForceFolderToDisk(const FilePlace& place) {
+    const Descriptor folder(openat(place.folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.IsOpen() || (fsync(folder.Get()) != 0 && errno != EINVAL))
+        Fail("is in its place, but its folder cannot be stored");
+}
+
 } // namespace
 
 StagedFile::StagedFile(const std::string& targetPath, Existing whatExists, Staging staging)
-    : target(FollowLinks(targetPath)), existing(whatExists) {
-    const std::size_t slash = target.rfind('/');
-    name = target.substr(slash + 1); // the whole when there is no slash
-    folder = OpenFolder(slash == std::string::npos ? "." : target.substr(0, slash + 1));
-    if (!folder.IsOpen()) throw Problem("cannot write into its folder: " + SystemReason());
-    struct stat status;
-    if (name.empty() ||
-        (fstatat(folder.Get(), name.c_str(), &status, 0) == 0 && S_ISDIR(status.st_mode)))
-        throw Problem("is a folder; a file name was expected");
-    if (existing == Existing::keep &&
-        fstatat(folder.Get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
-        throw Problem("exists already", kFailed, Remedy::replaceFile);
-    if (staging == Staging::nameless) CreateNameless();
-    if (!file.IsOpen()) CreateNamed();
+    : place(FindPlace(targetPath)), existing(whatExists) {
+    if (place.name.empty()) throw OutputProblem("is a folder; a file name was expected");
+    const bool replaces = LookAtOldFile(place).has_value();
+    if (replaces && existing == Existing::keep)
+        throw OutputProblem("exists already", kFailed, Remedy::replaceFile);
+    // Until a new file gets an old one's rights, it is nobody else's.
+    const mode_t mode = replaces ? 0600 : 0666;
+    if (staging == Staging::nameless) CreateNameless(mode);
+    if (!file.IsOpen()) CreateNamed(mode);
 }
 
 StagedFile::~StagedFile() {
-    if (!stagingName.empty()) unlinkat(folder.Get(), stagingName.c_str(), 0);
+    if (!stagingName.empty()) unlinkat(place.folder.Get(), stagingName.c_str(), 0);
     FreeSlot(cleanupSlot);
 }
 
-void StagedFile::CreateNameless() {
-    file = Descriptor(openat(folder.Get(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, 0666));
+void StagedFile::CreateNameless(mode_t mode) {
+    file = Descriptor(openat(place.folder.Get(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
     // It could not be given a name later where descriptors have no paths.
     if (file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), F_OK) != 0)
         file = Descriptor();
 }
 
-void StagedFile::CreateNamed() {
+void StagedFile::CreateNamed(mode_t mode) {
     TakeStagingName();
-    file = Descriptor(
-        openat(folder.Get(), stagingName.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    file = Descriptor(openat(place.folder.Get(), stagingName.c_str(),
+                             O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (file.IsOpen()) return;
-    const std::string reason = SystemReason();
+    const int error = errno;
     stagingName.clear();
     FreeSlot(cleanupSlot);
-    throw Problem("cannot write into its folder: " + reason);
+    errno = error;
+    Fail("its folder cannot be written");
 }
 
 void StagedFile::TakeStagingName() {
     stagingName = MakeStagingName();
-    cleanupSlot = TakeSlot(folder.Get(), stagingName.c_str());
+    cleanupSlot = TakeSlot(place.folder.Get(), stagingName.c_str());
 }
 
-void StagedFile::Commit() {
-    const SignalsWait untilInPlace;
-    struct stat old;
-    const bool replaces =
-        existing == Existing::replace && fstatat(folder.Get(), name.c_str(), &old, 0) == 0;
-    if (replaces) {
-        // Best effort: another owner's file keeps our permissions.
-        static_cast<void>(fchmod(file.Get(), old.st_mode & 07777));
-        Replace();
-    } else {
-        PutInFreePlace();
+void StagedFile::Commit(Sync sync) {
+    while (!TryToCommit(sync)) {
+        // Somebody made the target since we looked.
     }
+    if (sync == Sync::everything) ForceFolderToDisk(place);
+}
+
+bool StagedFile::TryToCommit(Sync sync) {
+    std::optional<OldFile> old;
+    if (existing == Existing::replace) old = LookAtOldFile(place);
+    if (old) HandOnRights(*old, file.Get());
+    if (old || sync == Sync::everything) ForceToDisk(file.Get());
+    const SignalsWait untilInPlace;
+    if (old)
+        Replace();
+    else if (!PutInFreePlace())
+        return false;
     FreeSlot(cleanupSlot);
     cleanupSlot = -1;
     stagingName.clear();
+    return true;
 }
 
 // A file without a name can take a free place at once but not another's; it needs a name of its
-// own for a moment. The content is not forced to the disk first: that takes longer than most
-// exports, and the usual file systems do it for a file that is renamed over another.
+// own for a moment.
 void StagedFile::Replace() {
     if (stagingName.empty()) {
         TakeStagingName();
-        if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(),
+        if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), place.folder.Get(),
                    stagingName.c_str(), AT_SYMLINK_FOLLOW) != 0)
-            FailToCommit();
+            Fail(kNotInPlace);
     }
-    if (renameat(folder.Get(), stagingName.c_str(), folder.Get(), name.c_str()) != 0)
-        FailToCommit();
+    if (renameat(place.folder.Get(), stagingName.c_str(), place.folder.Get(), place.name.c_str()) !=
+        0)
+        Fail(kNotInPlace);
 }
 
-// Somebody may have made the target since we looked, and then it stays.
-void StagedFile::PutInFreePlace() {
+// False when the place is not free any more, and the file there may be replaced.
+bool StagedFile::PutInFreePlace() {
+    const int folder = place.folder.Get();
+    const char* const name = place.name.c_str();
+    int failed;
     if (stagingName.empty()) {
-        if (linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder.Get(), name.c_str(),
-                   AT_SYMLINK_FOLLOW) == 0)
-            return;
-        if (errno == EEXIST && existing == Existing::replace) return Replace();
-        FailToCommit();
+        failed =
+            linkat(AT_FDCWD, PathOfDescriptor(file.Get()).c_str(), folder, name, AT_SYMLINK_FOLLOW);
+    } else {
+        failed = renameat2(folder, stagingName.c_str(), folder, name, RENAME_NOREPLACE);
+        if (failed && (errno == EINVAL || errno == ENOSYS)) {
+            // Not every file system can rename without replacing; a second name says the same.
+            failed = linkat(folder, stagingName.c_str(), folder, name, 0);
+            if (!failed) unlinkat(folder, stagingName.c_str(), 0);
+        }
     }
-    const unsigned flags = existing == Existing::keep ? RENAME_NOREPLACE : 0;
-    int failed = renameat2(folder.Get(), stagingName.c_str(), folder.Get(), name.c_str(), flags);
-    if (failed && (errno == EINVAL || errno == ENOSYS)) {
-        // Not every file system can rename without replacing; a second name says the same.
-        failed = linkat(folder.Get(), stagingName.c_str(), folder.Get(), name.c_str(), 0);
-        if (!failed) unlinkat(folder.Get(), stagingName.c_str(), 0);
-    }
-    if (failed) FailToCommit();
-}
-
-void StagedFile::FailToCommit() {
-    throw Problem("cannot put the finished file in place: " + SystemReason());
+    if (failed && errno == EEXIST && existing == Existing::replace) return false;
+    if (failed) Fail(kNotInPlace);
+    return true;
 }
 
 void HandleSignalsWhileSaving() {
     std::signal(SIGXFSZ, SIG_IGN);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGQUIT, SIGXCPU}) {
         struct sigaction now = {};
         sigaction(signal, nullptr, &now);
         if (now.sa_handler == SIG_IGN) continue;
