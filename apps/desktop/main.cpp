@@ -1,6 +1,9 @@
 // gif89-desktop: opens pictures in windows and saves them as GIF89a files.
+#include "CommentText.h"
 #include "MainWindow.h"
+#include "Problem.h"
 #include "StagedFile.h"
+#include "Streams.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -68,9 +71,18 @@ void DescribeProgram() {
     QGuiApplication::setWindowIcon(icon);
 }
 
+int Print(const char* text) try {
+    gif89::WriteToStandardOutput(text);
+    return 0;
+} catch (const gif89::Problem& problem) {
+    std::fprintf(stderr, "gif89-desktop: %s\n", problem.what());
+    return problem.Code();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    gif89::OccupyStandardStreams();
     std::string platformOption = "-platform", platforms = WantedPlatforms();
     std::vector<char*> arguments = {argv[0], platformOption.data(), platforms.data()};
     arguments.insert(arguments.end(), argv + 1, argv + argc);
@@ -78,8 +90,8 @@ int main(int argc, char** argv) {
     int count = static_cast<int>(arguments.size()) - 1;
 
     const Call early = ReadCall(argc, argv); // also where there is no display
-    if (early.help) return std::fputs(kHelp, stdout) < 0;
-    if (early.version) return std::puts("gif89-desktop " GIF89_VERSION) < 0;
+    if (early.help) return Print(kHelp);
+    if (early.version) return Print("gif89-desktop " GIF89_VERSION "\n");
 
     QApplication application(count, arguments.data()); // takes the toolkit's own options out
     // The toolkit takes the user's locale for everything. Numbers in reports have points, and while
@@ -88,8 +100,8 @@ int main(int argc, char** argv) {
     QLocale::setDefault(QLocale(QLocale::English));
     const Call call = ReadCall(count, arguments.data());
     if (!call.wrongOption.empty()) {
-        std::fprintf(stderr, "gif89-desktop: unknown option %s\n%s", call.wrongOption.c_str(),
-                     kHelp);
+        std::fprintf(stderr, "gif89-desktop: unknown option %s\n%s",
+                     gif89::TerminalText(call.wrongOption).c_str(), kHelp);
         return 2;
     }
     if (QGuiApplication::platformName() == QLatin1String(kNoScreen) &&

@@ -6,22 +6,22 @@
 #include "Preset.h"
 #include "ReadPicture.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <new>
+#include <cstdio>
+#include <filesystem>
 #include <optional>
+#include <sstream>
+#include <vector>
 
 namespace gif89 {
 namespace {
 
 constexpr char kStandardStream[] = "-";
 constexpr char kNameOfStandardInput[] = "stdin";
+constexpr char kPathOfStandardInput[] = "/dev/stdin", kPathOfStandardOutput[] = "/dev/stdout";
 constexpr int kUnseen = 256; // more than any error can be
 
 bool IsStandardStream(const std::string& name) {
@@ -41,6 +41,24 @@ bool WritesToStandardOutput(const Options& options) {
 
 bool IsPaletteFile(const std::string& palette) {
     return !palette.empty() && palette != "exact" && palette != "adaptive" && palette != "fixed";
+}
+
+bool ReportsToFile(const Options& options) {
+    return !options.reportFile.empty() && !IsStandardStream(options.reportFile);
+}
+
+Existing ExistingOf(const Options& options) {
+    return options.force ? Existing::replace : Existing::keep;
+}
+
+Sync SyncOf(const Options& options) {
+    return options.sync ? Sync::everything : Sync::replacements;
+}
+
+// Where a GIF goes, as far as it is known before the module proposes a name.
+std::string TargetOf(const std::string& input, const Destination& destination) {
+    if (!destination.file.empty()) return destination.file;
+    return std::filesystem::path(destination.folder) / (DocumentNameOf(input) + ".gif");
 }
 
 // The module keeps quiet about a palette file that it cannot open.
@@ -91,7 +109,7 @@ std::string AdviceOn(Remedy remedy) {
 std::string SummaryOf(const InputOutcome& outcome) {
     const ExportReport& report = *outcome.report;
     char numbers[100];
-    std::snprintf(numbers, sizeof numbers, ": %d x %d, %d colour%s, %zu bytes, %.2f s\n",
+    std::snprintf(numbers, sizeof numbers, ": %d x %d, %d colour%s, %zu bytes, %.2f s",
                   report.columns, report.rows, report.shownColors,
                   report.shownColors == 1 ? "" : "s", report.bytes, outcome.seconds);
     return outcome.input + " -> " + (outcome.output.empty() ? "standard output" : outcome.output) +
@@ -99,10 +117,6 @@ std::string SummaryOf(const InputOutcome& outcome) {
 }
 
 } // namespace
-
-void Converter::CloseFile::operator()(std::FILE* file) const {
-    std::fclose(file);
-}
 
 Converter::Converter(const Options& theOptions)
     : options(theOptions), shaping(ShapingFor(options.choices, options.shaping)),
@@ -120,8 +134,7 @@ ExitCode Converter::ConvertAll() {
         Tell(outcome);
         worst = std::max(worst, outcome.code);
     }
-    if (report && (std::fflush(report) != 0 || std::ferror(report)))
-        throw Problem(std::string("the report cannot be written: ") + std::strerror(errno));
+    if (report) report->Finish(SyncOf(options));
     return worst;
 }
 
@@ -129,19 +142,15 @@ InputOutcome Converter::Convert(std::size_t number) {
     const auto start = std::chrono::steady_clock::now();
     InputOutcome outcome;
     outcome.input = outcome.errorFile = options.inputs[number];
-    const auto fail = [&outcome](const std::string& sentence, ExitCode code) {
-        outcome.error = sentence;
-        outcome.code = code;
-    };
     try {
         Work(number, outcome);
     } catch (const Problem& problem) {
-        fail(problem.what() + AdviceOn(problem.Cure()), problem.Code());
+        outcome.error = problem.what() + AdviceOn(problem.Cure());
+        outcome.code = problem.Code();
         if (!problem.File().empty()) outcome.errorFile = problem.File();
-    } catch (const std::bad_alloc&) {
-        fail("not enough memory for the picture", kFailed);
-    } catch (const std::exception& error) {
-        fail(error.what(), kFailed);
+    } catch (const std::exception& exception) {
+        outcome.error = SentenceOf(exception);
+        outcome.code = kFailed;
     }
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
     outcome.seconds = took.count();
@@ -185,7 +194,8 @@ Picture Converter::ReadInput(const std::string& input) const {
 
 Destination Converter::DestinationOf(const std::string& input) const {
     Destination destination;
-    destination.existing = options.force ? Existing::replace : Existing::keep;
+    destination.existing = ExistingOf(options);
+    destination.sync = SyncOf(options);
     if (!options.outputFolder.empty()) {
         destination.folder = options.outputFolder;
     } else if (IsStandardStream(options.output) ||
@@ -252,8 +262,10 @@ SavedGif Converter::Save(const Picture& picture, const std::string& input,
 
 // Two inputs of the same name would replace one another, -f or not.
 void Converter::RefuseSecond(const std::string& target) {
-    if (!written.insert(std::filesystem::absolute(target).lexically_normal()).second)
+    if (!written.insert(Identify(FindPlace(target))).second)
         throw Problem("another input of this call was written to " + target + " already");
+    if (ReportsToFile(options) && LeadToOneFile(target, options.reportFile))
+        throw Problem("the report goes to " + target, kUsage);
 }
 
 // What a later input still needs must not go, nor what other choices are read from.
@@ -279,14 +291,17 @@ void Converter::CheckRequirement(const ExportReport& found) const {
 }
 
 void Converter::Tell(const InputOutcome& outcome) {
-    if (report) WriteReport(outcome);
+    if (report) report->Add(JsonLine(outcome));
     if (outcome.code != kDone) {
         terminal.Error(outcome.errorFile, outcome.error);
         return;
     }
     if (options.quiet) return;
     terminal.Say(SummaryOf(outcome));
-    if (options.verbose) terminal.Say(ReportText(*outcome.report));
+    if (options.verbose) {
+        std::istringstream lines(ReportText(*outcome.report));
+        for (std::string line; std::getline(lines, line);) terminal.Say(line);
+    }
     for (const std::string& sentence : outcome.report->notes.warnings)
         terminal.Warning(outcome.input, sentence);
     const std::string loss = LossText(*outcome.report);
@@ -294,28 +309,28 @@ void Converter::Tell(const InputOutcome& outcome) {
 }
 
 void Converter::OpenReport() {
-    if (options.reportFile.empty() || IsStandardStream(options.reportFile)) {
-        if (WritesToStandardOutput(options))
-            throw Problem("the GIF goes to standard output; name a --report-file", kUsage);
-        report = stdout;
-        return;
-    }
-    struct stat status;
-    const bool exists = stat(options.reportFile.c_str(), &status) == 0;
-    if (exists && S_ISREG(status.st_mode) && !options.force)
-        throw Problem(options.reportFile + ": exists already; -f replaces it");
-    ownReport.reset(std::fopen(options.reportFile.c_str(), "we"));
-    if (!ownReport)
-        throw Problem(options.reportFile +
-                      ": the report cannot be written: " + std::strerror(errno));
-    report = ownReport.get();
+    const bool toFile = ReportsToFile(options);
+    if (!toFile && WritesToStandardOutput(options))
+        throw Problem("the GIF goes to standard output; name a --report-file", kUsage);
+    if (toFile) RefuseToReplaceByReport();
+    report.emplace(toFile ? options.reportFile : std::string(), ExistingOf(options));
 }
 
-// Line by line, so that a job that is ended halfway leaves a report of what it did.
-void Converter::WriteReport(const InputOutcome& outcome) {
-    const std::string line = JsonLine(outcome);
-    std::fwrite(line.data(), 1, line.size(), report);
-    std::fflush(report);
+// Neither by its name nor through a link may the report take the place of a file of this call.
+void Converter::RefuseToReplaceByReport() const {
+    std::vector<std::string> files = {options.choices.palette};
+    for (const ChannelFile& channel : options.channels) files.push_back(channel.path);
+    for (const std::string& input : options.inputs) {
+        files.push_back(IsStandardStream(input) ? kPathOfStandardInput : input);
+        const Destination destination = DestinationOf(input);
+        files.push_back(destination.stream >= 0 ? kPathOfStandardOutput
+                                                : TargetOf(input, destination));
+    }
+    for (const std::string& file : files)
+        if (!file.empty() && LeadToOneFile(file, options.reportFile))
+            throw Problem("--report-file " + options.reportFile + " is " + file +
+                              ", which this call reads or writes",
+                          kUsage);
 }
 
 } // namespace gif89

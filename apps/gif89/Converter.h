@@ -4,15 +4,14 @@
 #include "Display.h"
 #include "ExportModule.h"
 #include "FileId.h"
+#include "FilePlace.h"
 #include "JsonReport.h"
 #include "Options.h"
 #include "Picture.h"
+#include "ReportFile.h"
 #include "SavePicture.h"
 #include "Terminal.h"
 
-#include <cstdio>
-#include <filesystem>
-#include <memory>
 #include <optional>
 #include <set>
 
@@ -28,10 +27,6 @@ class Converter {
     ExitCode ConvertAll();
 
   private:
-    struct CloseFile {
-        void operator()(std::FILE* file) const;
-    };
-
     InputOutcome Convert(std::size_t number);
     void Work(std::size_t number, InputOutcome& outcome);
     Picture ReadInput(const std::string& input) const;
@@ -45,16 +40,15 @@ class Converter {
     void CheckRequirement(const ExportReport& report) const;
     void Tell(const InputOutcome& outcome);
     void OpenReport();
-    void WriteReport(const InputOutcome& outcome);
+    void RefuseToReplaceByReport() const;
 
     const Options& options;
     Shaping shaping; ///< with what other options say of the way
     const ExportModule module;
     Terminal terminal;
     DisplayParts display;
-    std::unique_ptr<std::FILE, CloseFile> ownReport;
-    std::FILE* report = nullptr; ///< null without --report
-    std::set<std::filesystem::path> written;
+    std::optional<ReportFile> report; ///< with --report
+    std::set<PlaceId> written;
     const std::set<FileId> inputs; ///< all files that are read
 };
 

@@ -87,6 +87,9 @@ constexpr Option kOutputOptions[] = {
     {'f', "force", nullptr, none, nullptr,
      "replace existing files; an input only by its own GIF, and only where nothing is lost",
      [](Options& o, const char*) { o.force = true; }},
+    {0, "sync", nullptr, none, nullptr,
+     "force new files and their folder to the disk too, not only files that replace others",
+     [](Options& o, const char*) { o.sync = true; }},
     {0, "require", "WHAT", choice, "lossless max-error=",
      "write nothing, and exit with 3, unless the file is lossless, or no channel of a pixel is off "
      "by more than N with max-error=N",
@@ -148,7 +151,8 @@ constexpr Option kReportOptions[] = {
      [](Options& o, const char*) { o.verbose = true; }},
     {0, "report", "FORMAT", choice, "json",
      "json: one JSON object for each input, a line each, on standard output", SetReport},
-    {0, "report-file", "FILE", file, nullptr, "write the JSON report to FILE instead",
+    {0, "report-file", "FILE", file, nullptr,
+     "write the JSON report to FILE instead, when all inputs are done",
      [](Options& o, const char* value) {
          o.json = true;
          o.reportFile = NotEmpty("--report-file", value);

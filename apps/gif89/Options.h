@@ -27,6 +27,7 @@ struct Options {
     std::string output;       ///< -o; "-" is standard output
     std::string outputFolder; ///< -O
     bool force = false;
+    bool sync = false;
     bool orient = true;
     std::vector<ChannelFile> channels; ///< --channel
     Shaping shaping;

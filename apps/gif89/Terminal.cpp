@@ -1,8 +1,10 @@
 #include "Terminal.h"
 
+#include "CommentText.h"
+#include "Streams.h"
+
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,9 +16,9 @@ constexpr char kRed[] = "\x1b[1;31m", kYellow[] = "\x1b[1;33m", kPlain[] = "\x1b
 constexpr char kClearLine[] = "\r\x1b[K";
 constexpr std::size_t kLongestName = 40; // columns of progress for the file's name
 
-bool IsTerminal() {
+bool MovesItsCursor() {
     const char* const terminal = std::getenv("TERM");
-    return isatty(STDERR_FILENO) && terminal && std::strcmp(terminal, "dumb") != 0;
+    return terminal && std::strcmp(terminal, "dumb") != 0;
 }
 
 bool AllowsColor() {
@@ -27,7 +29,12 @@ bool AllowsColor() {
 } // namespace
 
 Terminal::Terminal(std::size_t inputCount)
-    : inputs(inputCount), onTerminal(IsTerminal()), inColor(onTerminal && AllowsColor()) {}
+    : inputs(inputCount), onTerminal(isatty(STDERR_FILENO)), moves(onTerminal && MovesItsCursor()),
+      inColor(moves && AllowsColor()) {}
+
+void Terminal::Error(const std::string& sentence) {
+    Print(kRed, {}, sentence);
+}
 
 void Terminal::Error(const std::string& file, const std::string& sentence) {
     Print(kRed, file + ": ", sentence);
@@ -37,28 +44,34 @@ void Terminal::Warning(const std::string& file, const std::string& sentence) {
     Print(kYellow, file + ": warning: ", sentence);
 }
 
-void Terminal::Say(const std::string& text) {
+void Terminal::Say(const std::string& line) {
     Clear();
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    WriteAll(STDERR_FILENO, Shown(line) + "\n");
 }
 
 void Terminal::Print(const char* color, const std::string& label, const std::string& rest) {
-    Say(inColor ? color + (kProgram + label) + kPlain + rest + "\n"
-                : kProgram + label + rest + "\n");
+    Clear();
+    const std::string before = kProgram + Shown(label);
+    WriteAll(STDERR_FILENO, (inColor ? color + before + kPlain : before) + Shown(rest) + "\n");
+}
+
+std::string Terminal::Shown(const std::string& text) const {
+    return onTerminal ? TerminalText(text) : text;
 }
 
 void Terminal::ShowProgress(std::size_t index, const std::string& file, const char* step) {
     using namespace std::chrono_literals;
-    if (!onTerminal || std::chrono::steady_clock::now() - start < 1s) return;
+    if (!moves || std::chrono::steady_clock::now() - start < 1s) return;
     Clear();
-    const std::size_t cut = file.size() > kLongestName ? file.size() - kLongestName : 0;
-    std::fprintf(stderr, "%zu of %zu: %s%s, %s", index + 1, inputs, cut ? "..." : "",
-                 file.c_str() + cut, step);
+    std::size_t cut = file.size() > kLongestName ? file.size() - kLongestName : 0;
+    while ((file[cut] & 0xC0) == 0x80) ++cut; // not inside a character
+    WriteAll(STDERR_FILENO, std::to_string(index + 1) + " of " + std::to_string(inputs) + ": " +
+                                (cut ? "..." : "") + Shown(file.substr(cut)) + ", " + step);
     shown = true;
 }
 
 void Terminal::Clear() {
-    if (shown) std::fputs(kClearLine, stderr);
+    if (shown) WriteAll(STDERR_FILENO, kClearLine);
     shown = false;
 }
 

@@ -8,6 +8,8 @@
 namespace gif89 {
 
 /// Messages are "gif89: file: sentence", coloured on a terminal unless NO_COLOR forbids it.
+/// On a terminal, names and texts are shown with escapes for what would act on it. Nothing is said
+/// of what standard error does not take.
 class Terminal {
   public:
     /// Progress counts to `inputs`.
@@ -16,10 +18,11 @@ class Terminal {
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal() { Clear(); }
 
+    void Error(const std::string& sentence);
     void Error(const std::string& file, const std::string& sentence);
     void Warning(const std::string& file, const std::string& sentence);
-    /// Prints a text as it is.
-    void Say(const std::string& text);
+    /// Prints a line, given without its end.
+    void Say(const std::string& line);
 
     /// Shows that input number `index` (from 0) is being worked on, when this is a terminal and the
     /// job has lasted a second.
@@ -27,10 +30,12 @@ class Terminal {
 
   private:
     void Print(const char* color, const std::string& label, const std::string& rest);
+    std::string Shown(const std::string& text) const;
     void Clear();
 
     const std::size_t inputs;
     const bool onTerminal;
+    const bool moves; ///< a line can be written over
     const bool inColor;
     bool shown = false; ///< a line of progress is on the screen
     const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();

@@ -7,25 +7,26 @@
 #include "Options.h"
 #include "Problem.h"
 #include "StagedFile.h"
+#include "Streams.h"
+#include "Terminal.h"
 #include "Usage.h"
 
-#include <cstdio>
 #include <exception>
 
 namespace gif89 {
 namespace {
 
-/// Prints an about box as text.
-class AboutPrinter final : public NoticeResponder {
+/// Takes an about box as text.
+class AboutText final : public NoticeResponder {
   public:
-    AboutPrinter() : outer(SetNoticeResponder(this)) {}
-    ~AboutPrinter() override { SetNoticeResponder(outer); }
-    void Warn(const std::string& sentence) override {
-        std::fprintf(stderr, "gif89: %s\n", sentence.c_str());
-    }
+    AboutText() : outer(SetNoticeResponder(this)) {}
+    ~AboutText() override { SetNoticeResponder(outer); }
+    void Warn(const std::string& sentence) override { Terminal(0).Error(sentence); }
     void About(const std::vector<std::string>& lines) override {
-        for (const std::string& line : lines) std::puts(line.c_str());
+        for (const std::string& line : lines) text += line + '\n';
     }
+
+    std::string text;
 
   private:
     NoticeResponder* outer;
@@ -39,23 +40,23 @@ void ShowAboutBox(bool inWindow) {
         SetEventSource(OpenDisplay().events);
         ask();
     } else {
-        const AboutPrinter printer;
+        const AboutText about;
         ask();
+        WriteToStandardOutput(about.text);
     }
 }
 
 ExitCode Run(const Options& options) {
     if (options.help)
-        std::fputs(HelpText().c_str(), stdout);
+        WriteToStandardOutput(HelpText());
     else if (options.version)
-        std::puts("gif89 " GIF89_VERSION);
+        WriteToStandardOutput("gif89 " GIF89_VERSION "\n");
     else if (options.about)
         ShowAboutBox(options.window);
     else {
         HandleSignalsWhileSaving();
         return Converter(options).ConvertAll();
     }
-    if (std::fflush(stdout) != 0) throw Problem("standard output cannot be written");
     return kDone;
 }
 
@@ -63,13 +64,13 @@ ExitCode Run(const Options& options) {
 } // namespace gif89
 
 int main(int argc, char** argv) {
+    using namespace gif89;
+    OccupyStandardStreams();
     try {
-        return gif89::Run(gif89::ParseOptions(argc, argv));
-    } catch (const gif89::Problem& problem) {
-        std::fprintf(stderr, "gif89: %s\n", problem.what());
-        return problem.Code();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "gif89: %s\n", error.what());
-        return gif89::kFailed;
+        return Run(ParseOptions(argc, argv));
+    } catch (const std::exception& exception) {
+        Terminal(0).Error(SentenceOf(exception));
+        const auto* const problem = dynamic_cast<const Problem*>(&exception);
+        return problem ? problem->Code() : kFailed;
     }
 }

@@ -11,7 +11,8 @@ constexpr std::int64_t kWorthAThread = 1 << 16; // pixels, about a millisecond's
 
 std::size_t FileSize(int descriptor) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) throw Problem("the finished file cannot be read back");
+    if (fstat(descriptor, &status) != 0)
+        throw OutputProblem("the finished file cannot be read back: " + SystemReason());
     return static_cast<std::size_t>(status.st_size);
 }
 
@@ -53,12 +54,24 @@ void FileCheck::Begin(int descriptor) {
     });
 }
 
+// What is wrong with the file is no fault of the picture it was made of.
+std::int64_t FileCheck::WaitForColors() {
+    try {
+        return colors.get();
+    } catch (const OutputProblem&) {
+        throw;
+    } catch (const Problem& problem) {
+        throw OutputProblem(std::string("the finished file was not stored as it was written: ") +
+                            problem.what());
+    }
+}
+
 CheckedGif FileCheck::Finish(std::string palette) {
     followed->Complete();
-    const std::int64_t sourceColors = colors.get();
+    const std::int64_t sourceColors = WaitForColors();
     const GifHead& head = sink.comparison.Head();
     if (head.comment && *head.comment != exported.comment)
-        throw Problem("the finished file has another comment than the picture");
+        throw OutputProblem("the finished file has another comment than the picture");
     CheckedGif checked;
     if (sink.collector) checked.gif = std::move(sink.collector->gif);
     checked.report =

@@ -29,11 +29,14 @@ class FileCheck {
 
     /// Begins with the file, which is still empty. The descriptor is borrowed and stays open.
     void Begin(int descriptor);
-    /// Ends with the file, which is complete; `palette` is as in the report. Throws Problem when
-    /// the file is not a GIF file of the picture's size and comment. Called once, after Begin.
+    /// Ends with the file, which is complete; `palette` is as in the report. Throws
+    /// OutputProblem when the file is not a GIF file of the picture's size and comment. Called
+    /// once, after Begin.
     CheckedGif Finish(std::string palette);
 
   private:
+    std::int64_t WaitForColors();
+
     /// Decodes the file for the comparison and, where its indices are kept, for the collector.
     class Sink final : public GifSink {
       public:

@@ -35,7 +35,7 @@ bool FollowedFile::ReadMore() {
         return pread(file, buffer.get() + filled, kBufferBytes - filled,
                      static_cast<off_t>(bufferOffset + filled));
     });
-    if (got < 0) throw Problem("the finished file cannot be read back");
+    if (got < 0) throw OutputProblem("the finished file cannot be read back: " + SystemReason());
     filled += static_cast<std::size_t>(got);
     return got > 0;
 }

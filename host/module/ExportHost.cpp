@@ -133,9 +133,18 @@ std::int32_t ExportHost::BudgetForOneBand() const {
     return static_cast<std::int32_t>(own + band);
 }
 
+// One code stands for several reasons that the system tells apart, such as a full disk, a quota and
+// a limit on the size of files. Where the module could not read, its dialogs have said so; a code
+// it ends with is about the file that it writes.
+[[noreturn]] void FailWith(OSErr code) {
+    if (const int error = SystemErrorBehind(code))
+        throw OutputProblem("cannot be written: " + SystemReason(error));
+    throw Problem(DescribeCode(code));
+}
+
 void ExportHost::Call(short selector) {
     module.Call(selector, &record, &moduleData, &result);
-    if (result != noErr) throw Problem(DescribeCode(result));
+    if (result != noErr) FailWith(result);
 }
 
 void ExportHost::Run() {
@@ -149,8 +158,7 @@ void ExportHost::Run() {
     }
     Call(kSelectorFinish);
     if (deliveryError != noErr) throw Problem(DescribeCode(deliveryError));
-    if (const OSErr closing = TakeCloseError(); closing != noErr)
-        throw Problem(DescribeCode(closing));
+    if (const OSErr closing = TakeCloseError(); closing != noErr) FailWith(closing);
 }
 
 OSErr ExportHost::Deliver() {

@@ -1,5 +1,7 @@
 #include "CommentText.h"
 
+#include <algorithm>
+
 namespace gif89 {
 
 namespace {
@@ -25,6 +27,23 @@ std::size_t CharacterBytes(std::string_view bytes) {
     return length;
 }
 
+// Also those of the second set of control characters, U+0080 to U+009F.
+bool IsControl(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character[0]);
+    return first < 0x20 || first == 0x7F ||
+           (first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0);
+}
+
+std::string Escape(char byte) {
+    constexpr std::string_view kNamed = "\a\b\t\n\v\f\r", kNames = "abtnvfr";
+    const std::size_t named = kNamed.find(byte);
+    if (named != std::string_view::npos) return {'\\', kNames[named]};
+    const auto digit = [byte](int shift) {
+        return static_cast<char>('0' + (static_cast<unsigned char>(byte) >> shift & 7));
+    };
+    return {'\\', digit(6), digit(3), digit(0)};
+}
+
 bool IsUtf8(std::string_view bytes) {
     while (!bytes.empty()) {
         const std::size_t length = CharacterBytes(bytes);
@@ -39,6 +58,20 @@ bool IsUtf8(std::string_view bytes) {
 std::string CommentText(std::string_view bytes) {
     const std::string_view text = CutAtZero(bytes);
     return IsUtf8(text) ? std::string(text) : CommentTextFromLatin1(text);
+}
+
+std::string TerminalText(std::string_view text) {
+    std::string shown;
+    while (!text.empty()) {
+        const std::size_t length = CharacterBytes(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        if (length > 0 && !IsControl(character))
+            shown += character;
+        else
+            for (const char byte : character) shown += Escape(byte);
+        text.remove_prefix(character.size());
+    }
+    return shown;
 }
 
 std::string CommentTextFromLatin1(std::string_view bytes) {

@@ -13,4 +13,8 @@ std::string CommentText(std::string_view bytes);
 /// The same for a text that is Latin-1 by definition, even where it happens to be valid UTF-8.
 std::string CommentTextFromLatin1(std::string_view bytes);
 
+/// The text with escapes, as C has them, for all that would act on a terminal: control characters
+/// and bytes that are no UTF-8.
+std::string TerminalText(std::string_view text);
+
 } // namespace gif89

@@ -2,6 +2,7 @@
 
 #include "FolderTable.h"
 #include "Problem.h"
+#include "Streams.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,7 +20,7 @@ namespace {
 constexpr std::size_t kBufferBytes = 65536;
 
 Problem SystemProblem(const char* what) {
-    return Problem(std::string(what) + ": " + std::strerror(errno));
+    return Problem(std::string(what) + ": " + SystemReason());
 }
 
 } // namespace
@@ -122,9 +123,7 @@ bool InputFile::Fill() {
 
 std::size_t InputFile::ReadFromSystem(std::uint8_t* bytes, std::size_t count) {
     if (atEnd) return 0; // a terminal would ask again
-    ssize_t got = 0;
-    do got = read(descriptor, bytes, count);
-    while (got < 0 && errno == EINTR);
+    const ssize_t got = ReadSome(descriptor, bytes, count);
     if (got < 0) throw SystemProblem("cannot be read");
     atEnd = got == 0;
     return static_cast<std::size_t>(got);

@@ -8,6 +8,7 @@
 #include <bit>
 #include <exception>
 #include <gif_lib.h>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -83,6 +84,7 @@ void GifReader::Check(int status) const {
 
 void GifReader::Fail(int error) const {
     if (inputProblem) std::rethrow_exception(inputProblem);
+    if (error == D_GIF_ERR_NOT_ENOUGH_MEM) throw std::bad_alloc();
     // What the library reports of a read that brings less than asked for.
     constexpr int kEarlyEnds[] = {D_GIF_ERR_READ_FAILED, D_GIF_ERR_NO_SCRN_DSCR};
     if (std::find(std::begin(kEarlyEnds), std::end(kEarlyEnds), error) != std::end(kEarlyEnds))

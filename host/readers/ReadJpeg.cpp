@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -88,6 +89,7 @@ template <typename Step> void JpegReader::Guard(Step step) {
 
 void JpegReader::Fail() const {
     if (inputProblem) std::rethrow_exception(inputProblem);
+    if (std::string_view(reason).starts_with("Insufficient memory")) throw std::bad_alloc();
     throw Problem("is a damaged JPEG picture: " + std::string(reason));
 }
 

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <png.h>
 #include <span>
 #include <utility>
@@ -119,6 +120,7 @@ template <typename Step> void PngReader::Guard(Step step) {
 
 void PngReader::Fail() const {
     if (inputProblem) std::rethrow_exception(inputProblem);
+    if (std::strcmp(reason, "Out of memory") == 0) throw std::bad_alloc();
     throw Problem("is a damaged PNG picture: " + std::string(reason));
 }
 

@@ -4,7 +4,6 @@
 #include "Problem.h"
 
 #include <climits>
-#include <optional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -36,18 +35,6 @@ std::string ReadLink(const FilePlace& place) {
     return {text, static_cast<std::size_t>(length)};
 }
 
-struct FileId {
-    dev_t device;
-    ino_t number;
-    bool operator==(const FileId&) const = default;
-};
-
-std::optional<FileId> IdentifyFile(const std::string& path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0 || S_ISCHR(status.st_mode)) return std::nullopt;
-    return FileId{status.st_dev, status.st_ino};
-}
-
 } // namespace
 
 FilePlace FindPlace(const std::string& path) {
@@ -75,8 +62,13 @@ PlaceId Identify(const FilePlace& place) {
 }
 
 bool LeadToOneFile(const std::string& one, const std::string& other) {
-    const auto first = IdentifyFile(one), second = IdentifyFile(other);
-    if (first || second) return first == second;
+    struct stat first, second;
+    const bool isFirst = stat(one.c_str(), &first) == 0;
+    const bool isSecond = stat(other.c_str(), &second) == 0;
+    if (isFirst && isSecond)
+        return first.st_dev == second.st_dev && first.st_ino == second.st_ino &&
+               !S_ISCHR(first.st_mode);
+    if (isFirst || isSecond) return false;
     try {
         return Identify(FindPlace(one)) == Identify(FindPlace(other));
     } catch (const OutputProblem&) {

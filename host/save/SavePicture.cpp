@@ -6,17 +6,17 @@
 #include "FileManager.h"
 #include "Problem.h"
 #include "StandardFile.h"
+#include "Streams.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
+#include <exception>
 #include <filesystem>
 #include <optional>
-#include <span>
+#include <string_view>
 
 namespace gif89 {
 namespace {
@@ -35,8 +35,8 @@ class SaveDialog : public StandardFileResponder {
             reply->sfFile = DescriptorToFSSpec(file);
             reply->sfGood = 1;
             check->Begin(file);
-        } catch (const Problem& problem) {
-            refusal = problem; // the module only hears "cancelled"
+        } catch (...) {
+            refusal = std::current_exception(); // the module only hears "cancelled"
         }
     }
     void GetFile(FileFilterProc filter, StandardFileReply* reply) override {
@@ -44,8 +44,9 @@ class SaveDialog : public StandardFileResponder {
     }
 
     FileCheck* check = nullptr; ///< set before the dialog comes up; follows the file
-    std::optional<Problem> refusal;
-    std::string replacedSource; ///< empty when the picture's own file stays
+    std::exception_ptr refusal;
+    std::string target;          ///< what is written; empty until it is known
+    bool replacesSource = false; ///< it is the picture's own file
 
   protected:
     ~SaveDialog() override = default;
@@ -66,15 +67,11 @@ class SaveToFolder final : public SaveDialog {
 
   private:
     int OpenFor(const std::string& proposedName) override {
-        std::string target = where.file;
+        target = where.file;
         if (target.empty()) target = std::filesystem::path(where.folder) / proposedName;
         if (checks.mayWrite) checks.mayWrite(target);
-        if (checks.source && FileIdOf(target) == checks.source) replacedSource = target;
-        try {
-            return file.emplace(target, where.existing).FileDescriptor();
-        } catch (const Problem& problem) {
-            throw problem.About(target);
-        }
+        replacesSource = checks.source && FileIdOf(target) == checks.source;
+        return file.emplace(target, where.existing).FileDescriptor();
     }
 
     const Destination& where;
@@ -91,7 +88,7 @@ class SaveToMemory final : public SaveDialog {
     int OpenFor(const std::string&) override {
         file = Descriptor(memfd_create("gif89", MFD_CLOEXEC));
         if (!file.IsOpen())
-            throw Problem(std::string("no memory for the file: ") + std::strerror(errno));
+            throw OutputProblem("there is no memory for the file: " + SystemReason());
         return file.Get();
     }
 };
@@ -110,25 +107,16 @@ class MappedFile {
     MappedFile& operator=(const MappedFile&) = delete;
     ~MappedFile() { munmap(bytes, size); }
 
-    std::span<const std::uint8_t> Span() const {
-        return {static_cast<const std::uint8_t*>(bytes), size};
-    }
+    std::string_view Bytes() const { return {static_cast<const char*>(bytes), size}; }
 
   private:
-    [[noreturn]] static void Fail() { throw Problem("the finished file cannot be read back"); }
+    [[noreturn]] static void Fail() {
+        throw OutputProblem("the finished file cannot be read back: " + SystemReason());
+    }
 
     void* bytes;
     std::size_t size;
 };
-
-void WriteAll(int descriptor, std::span<const std::uint8_t> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written =
-            Uninterrupted([&] { return write(descriptor, bytes.data(), bytes.size()); });
-        if (written < 0) throw Problem(std::string("cannot write: ") + std::strerror(errno));
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-    }
-}
 
 /// One picture's way into a file.
 struct Export {
@@ -148,7 +136,7 @@ std::string Run(const Export& job, SaveDialog& dialog) {
         ExportPicture(job.module,
                       {job.picture, job.documentName, dialog, watch ? &*watch : nullptr});
     } catch (const Problem&) {
-        if (dialog.refusal) throw *dialog.refusal;
+        if (dialog.refusal) std::rethrow_exception(dialog.refusal);
         throw;
     }
     if (job.picture.kind == Picture::Kind::indexed)
@@ -165,25 +153,33 @@ CheckedGif RunChecked(const Export& job, SaveDialog& dialog) {
     std::string palette = Run(job, dialog);
     CheckedGif checked = check.Finish(std::move(palette));
     if (checks.accept) checks.accept(checked.report);
-    if (!dialog.replacedSource.empty() && !checked.report.Lossless())
+    if (dialog.replacesSource && !checked.report.Lossless())
         throw Problem("is the picture's own file, of which something would be lost: " +
                           LossText(checked.report),
                       kUsage, Remedy::nameOther)
-            .About(dialog.replacedSource);
+            .About(dialog.target);
     return checked;
 }
 
-// A device or pipe cannot be replaced by a file; it is written to.
-bool IsStream(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+// Runs the export and then the last step. What goes wrong with the written file is said of it.
+template <typename LastStep>
+SavedGif Save(const Export& job, SaveDialog& dialog, const LastStep& lastStep) {
+    try {
+        SavedGif saved = {RunChecked(job, dialog), {}};
+        lastStep();
+        return saved;
+    } catch (const OutputProblem& problem) {
+        throw problem.About(dialog.target);
+    }
 }
 
-SavedGif SaveToStream(const Export& job, int stream) {
+SavedGif SaveToStream(const Export& job, int stream, const std::string& name) {
     SaveToMemory dialog(job.user.files);
-    SavedGif saved = {RunChecked(job, dialog), {}};
-    WriteAll(stream, MappedFile(dialog.file.Get()).Span());
-    return saved;
+    dialog.target = name;
+    return Save(job, dialog, [&dialog, stream] {
+        if (!WriteAll(stream, MappedFile(dialog.file.Get()).Bytes()))
+            throw OutputProblem("cannot be written: " + SystemReason());
+    });
 }
 
 } // namespace
@@ -192,22 +188,17 @@ SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
                      const DialogUser& user, const SaveChecks& checks) {
     const Export job = {module, picture, documentName, user, checks};
-    if (destination.stream >= 0) return SaveToStream(job, destination.stream);
+    if (destination.stream >= 0) return SaveToStream(job, destination.stream, "standard output");
+    // A device or pipe cannot be replaced by a file; it is written to.
     if (!destination.file.empty() && IsStream(destination.file)) {
-        const Descriptor device(open(destination.file.c_str(), O_WRONLY | O_CLOEXEC));
+        const Descriptor device(open(destination.file.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
         if (!device.IsOpen())
-            throw Problem(std::string("cannot be opened: ") + std::strerror(errno))
-                .About(destination.file);
-        return SaveToStream(job, device.Get());
+            throw OutputProblem("cannot be opened: " + SystemReason()).About(destination.file);
+        return SaveToStream(job, device.Get(), destination.file);
     }
 
     SaveToFolder dialog(destination, user.files, checks);
-    SavedGif saved = {RunChecked(job, dialog), {}};
-    try {
-        dialog.file->Commit();
-    } catch (const Problem& problem) {
-        throw problem.About(dialog.file->Target());
-    }
+    SavedGif saved = Save(job, dialog, [&] { dialog.file->Commit(destination.sync); });
     saved.path = dialog.file->Target();
     return saved;
 }

@@ -21,6 +21,7 @@ struct Destination {
     std::string file;                   ///< when not empty: this very path instead
     int stream = -1;                    ///< when not negative: this descriptor instead
     Existing existing = Existing::keep; ///< whether a file there may be replaced
+    Sync sync = Sync::replacements;     ///< what is forced to the disk
 };
 
 /// What was written.
@@ -47,7 +48,8 @@ struct SaveChecks {
 };
 
 /// Exports the picture under the document's name, decodes the file, compares and saves it. Throws
-/// Problem; whatever fails, what was at the destination is whole and nothing else is left there.
+/// Problem, OutputProblem where it is about the file; whatever fails, what was at the destination
+/// is whole and nothing else is left there.
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
                      const DialogUser& user, const SaveChecks& checks = {});

@@ -141,7 +141,7 @@ TEST_F(CommandLine, KeepsTheOldFileWhenTheDiskRefuses) {
     folder.Write("noise.gif", "old");
     const ProgramRun cut = RunProgram("gif89", {"-f", input}, {{}, {}, 20000});
     EXPECT_EQ(cut.exitCode, 1);
-    EXPECT_TRUE(Contains(cut.errors, "the disk is full")) << cut.errors;
+    EXPECT_TRUE(Contains(cut.errors, "noise.gif: cannot be written: File too large")) << cut.errors;
     EXPECT_EQ(folder.Read("noise.gif"), "old");
     EXPECT_EQ(folder.Names(), (Names{"noise.gif", "noise.ppm"}));
 
@@ -357,8 +357,22 @@ TEST_F(CommandLine, ReportsEachInputOnALineOfItsOwn) {
                              R"("lossless":false)", R"("palette":"adaptive")"})
         EXPECT_TRUE(Contains(run.output, part)) << part << "\n" << run.output;
 
-    EXPECT_EQ(Run({"--report-file", "few.ppm", "-o", "-", "few.ppm"}).exitCode, 1)
-        << "an existing file is kept";
+    // Files of the call give no way to the report, by whatever name, and nothing is done then.
+    std::filesystem::create_symlink(".", folder.Path("here"));
+    std::filesystem::create_hard_link(folder.Path("few.ppm"), folder.Path("hard.ppm"));
+    for (const char* report : {"few.ppm", "here/few.ppm", "hard.ppm", "new.gif", "here/new.gif"}) {
+        folder.Write("new.ppm", kPicture);
+        const ProgramRun refused = Run({"-f", "--report-file", report, "few.ppm", "new.ppm"});
+        EXPECT_EQ(refused.exitCode, 2) << refused.errors;
+        EXPECT_EQ(folder.Read("few.ppm"), kPicture);
+        EXPECT_FALSE(std::filesystem::exists(folder.Path("new.gif")));
+    }
+    folder.Write("old.json", "old");
+    EXPECT_EQ(Run({"--report-file", "old.json", "new.ppm"}).exitCode, 1);
+    EXPECT_EQ(folder.Read("old.json"), "old");
+    EXPECT_EQ(Run({"-f", "--report-file", "old.json", "absent.png"}).exitCode, 1);
+    EXPECT_TRUE(Contains(folder.Read("old.json"), R"("input":"absent.png")"));
+
     const ProgramRun apart = Run({"-q", "--report-file", "r.json", "-o", "-", "few.ppm"});
     EXPECT_EQ(apart.exitCode, 0) << apart.errors;
     EXPECT_NO_THROW(Decode(apart.output));
@@ -400,6 +414,24 @@ TEST_F(CommandLine, DoesWhatItsHelpShows) {
         const std::string shell = "cd '" + place.Path() + "' && PATH='" + folderOfProgram +
                                   "':$PATH && { " + command + "; } 2>errors";
         EXPECT_EQ(std::system(shell.c_str()), 0) << command << '\n' << place.Read("errors");
+    }
+}
+
+TEST_F(CommandLine, FailsWhenStandardOutputTakesNothing) {
+    folder.Write("p.ppm", kPicture);
+    const std::string path = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    for (const char* command :
+         {"gif89 -o - p.ppm >&-", "gif89 --report-file r.json -o - p.ppm >&-",
+          "gif89 --report json p.ppm >/dev/full", "gif89 --help >/dev/full", "gif89 --version >&-",
+          "gif89 --about >/dev/full", "gif89-desktop --version >/dev/full", "gif89 - <&-"}) {
+        const std::string shell = "cd '" + folder.Path() + "' && PATH='" + path + "':$PATH && { " +
+                                  command + "; } 2>errors";
+        EXPECT_EQ(WEXITSTATUS(std::system(shell.c_str())), 1) << command;
+        const std::string errors = folder.Read("errors");
+        EXPECT_TRUE(Contains(errors, "Bad file descriptor") ||
+                    Contains(errors, "No space left on device"))
+            << command << '\n'
+            << errors;
     }
 }
 

@@ -4,10 +4,16 @@
 #include "OkUser.h"
 #include "RandomPictures.h"
 #include "SavePicture.h"
+#include "Streams.h"
 #include "TemporaryFolder.h"
 #include "TheModule.h"
 
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <thread>
 
 namespace gif89 {
 namespace {
@@ -65,6 +71,26 @@ TEST(SavePicture, RefusesAPictureThatNeedsMoreThanTheBudgetCanSay) {
     picture.rows = picture.columns = 32767; // no pixels: nothing may be read before the refusal
     const std::string reason = ReasonOf([&] { SaveAsItComes(picture); });
     EXPECT_NE(reason.find("2 GiB"), std::string::npos) << reason;
+}
+
+TEST(SavePicture, WaitsForAStreamThatIsSetNotToWait) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK | O_CLOEXEC), 0);
+    const Picture picture = MakeRandom(PictureKind::noise, 400, 500, 3);
+    std::size_t taken = 0;
+    std::thread reader([&] {
+        char bytes[4096];
+        for (ssize_t got; (got = ReadSome(ends[0], bytes, sizeof bytes)) > 0;)
+            taken += static_cast<std::size_t>(got);
+    });
+    OkUser user;
+    const ExportReport report =
+        SavePicture(TheModule(), picture, "x", {{}, {}, ends[1]}, {&user.Script(), nullptr}).report;
+    close(ends[1]);
+    reader.join();
+    close(ends[0]);
+    EXPECT_GT(report.bytes, 65536U); // more than a pipe holds
+    EXPECT_EQ(taken, report.bytes);
 }
 
 TEST(ExportHost, EndsAWalkThatTheBudgetWillNeverFinish) {

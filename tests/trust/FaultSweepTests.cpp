@@ -43,6 +43,9 @@ extern "C" int renameat2(int oldFolder, const char* oldName, int newFolder, cons
     if (CommitStepFails()) return -1;
     return static_cast<int>(syscall(SYS_renameat2, oldFolder, oldName, newFolder, newName, flags));
 }
+extern "C" int fdatasync(int file) {
+    return CommitStepFails() ? -1 : static_cast<int>(syscall(SYS_fdatasync, file));
+}
 extern "C" int renameat(int oldFolder, const char* oldName, int newFolder,
                         const char* newName) noexcept {
     return renameat2(oldFolder, oldName, newFolder, newName, 0);
@@ -117,7 +120,8 @@ void Sweep(Way& way, const Order& order, const Step& step, const Endings& expect
 const std::string kFullDisk = "the disk is full", kDenied = "permission denied",
                   kBadDisk = "the disk could not be written or read",
                   kExists = "a file of that name exists already",
-                  kNotCommitted = "cannot put the finished file in place: Input/output error",
+                  kNotCommitted = "the finished file cannot be put in place: Input/output error",
+                  kNotStored = "the finished file cannot be stored: Input/output error",
                   kNoDialog = "the options dialog cannot be opened",
                   kNoMemory = "not enough memory", kRequestLeft = ", request left",
                   kHostCode = "the export failed with code -1234",
@@ -195,7 +199,8 @@ TEST_P(FaultSweep, OfCommits) {
                            failingCommitStep = n;
                        },
                        [] { return commitSteps; }};
-    Sweep(over, order, step, {{kNotCommitted, 2}}); // a name, and the old file's place
+    // A name, and the old file's place.
+    Sweep(over, order, step, {{kNotStored, 1}, {kNotCommitted, 2}});
     Sweep(fresh, order, step, {{kNotCommitted, 1}});
 }
 

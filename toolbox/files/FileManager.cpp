@@ -26,20 +26,25 @@ constexpr std::size_t kMostNameBytes = sizeof(Str63) - 1;
 constexpr char kFinderInfoName[] = "user.finder.info";
 constexpr std::size_t kFinderInfoBytes = 8;
 
+struct SystemError {
+    int systemError;
+    OSErr error;
+};
+thread_local SystemError latestError = {0, noErr};
+
 OSErr ErrorOf(int systemError) {
-    static constexpr struct {
-        int systemError;
-        OSErr error;
-    } kErrors[] = {
+    static constexpr SystemError kErrors[] = {
         {ENOSPC, dskFulErr}, {EDQUOT, dskFulErr}, {EFBIG, dskFulErr},       {ENOENT, fnfErr},
         {EISDIR, fnfErr},    {ELOOP, fnfErr},     {ENAMETOOLONG, bdNamErr}, {EACCES, permErr},
         {EPERM, permErr},    {EBADF, permErr},    {EROFS, wPrErr},          {EEXIST, dupFNErr},
         {ENOTDIR, dirNFErr}, {EMFILE, tmfoErr},   {ENFILE, tmfoErr},        {ENOMEM, memFullErr},
         {EBUSY, fBsyErr},    {ETXTBSY, fBsyErr},
     };
-    for (const auto& entry : kErrors)
-        if (entry.systemError == systemError) return entry.error;
-    return ioErr;
+    const auto* const known =
+        std::find_if(std::begin(kErrors), std::end(kErrors),
+                     [=](const auto& entry) { return entry.systemError == systemError; });
+    latestError = {systemError, known != std::end(kErrors) ? known->error : OSErr{ioErr}};
+    return latestError.error;
 }
 
 // Whatever keeps a path from leading to a folder, the folder is not found.
@@ -404,6 +409,10 @@ OSErr PBGetCatInfoSync(CInfoPBRec* info) try {
 
 void KeepCloseError(OSErr error) {
     if (closeError == noErr) closeError = error;
+}
+
+int SystemErrorBehind(OSErr error) {
+    return latestError.error == error ? latestError.systemError : 0;
 }
 
 OSErr TakeCloseError() {

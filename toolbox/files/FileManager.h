@@ -86,6 +86,10 @@ OSErr PBGetCatInfoSync(CInfoPBRec* info);
 /// to learn that a disk is full, and callers that cannot act on it may ignore it there.
 OSErr TakeCloseError();
 
+/// The number of the system's error behind `error`, when that is what the latest call that failed
+/// on this thread has answered; 0 otherwise. A code may stand for several of the system's errors.
+int SystemErrorBehind(OSErr error);
+
 /// For streams over files: keeps an error met while closing, if it is the first; 0 does nothing.
 void KeepCloseError(OSErr error);
 
