@@ -328,7 +328,7 @@ void Converter::RefuseToReplaceByReport() const {
     }
     for (const std::string& file : files)
         if (!file.empty() && LeadToOneFile(file, options.reportFile))
-            throw Problem("--report-file " + options.reportFile + " is " + file +
+            throw Problem("--report-file " + options.reportFile + " leads to " + file +
                               ", which this call reads or writes",
                           kUsage);
 }

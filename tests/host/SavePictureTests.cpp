@@ -2,6 +2,7 @@
 // file can be believed is looked at by the fuzz target for exports.
 #include "ExportHost.h"
 #include "OkUser.h"
+#include "Problem.h"
 #include "RandomPictures.h"
 #include "SavePicture.h"
 #include "Streams.h"
@@ -71,6 +72,15 @@ TEST(SavePicture, RefusesAPictureThatNeedsMoreThanTheBudgetCanSay) {
     picture.rows = picture.columns = 32767; // no pixels: nothing may be read before the refusal
     const std::string reason = ReasonOf([&] { SaveAsItComes(picture); });
     EXPECT_NE(reason.find("2 GiB"), std::string::npos) << reason;
+}
+
+TEST(FileCheck, BlamesAFileThatIsNotAsItWasWritten) {
+    const Picture picture = MakeRandom(PictureKind::flat, 2, 3, 3);
+    const TemporaryFolder folder;
+    const Descriptor file(open(folder.Write("a.gif", "GIF89a").c_str(), O_RDONLY | O_CLOEXEC));
+    FileCheck check(picture, picture, false);
+    check.Begin(file.Get());
+    EXPECT_THROW(check.Finish({}), OutputProblem); // of the input it would be a mere Problem
 }
 
 TEST(SavePicture, WaitsForAStreamThatIsSetNotToWait) {
