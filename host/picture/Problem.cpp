@@ -7,7 +7,7 @@
 namespace gif89 {
 
 std::string SentenceOf(const std::exception& exception) {
-    if (dynamic_cast<const std::bad_alloc*>(&exception)) return "there is not enough memory for it";
+    if (dynamic_cast<const std::bad_alloc*>(&exception)) return "there is not enough memory";
     if (const auto* const file = dynamic_cast<const std::filesystem::filesystem_error*>(&exception))
         return file->path1().string() + ": " + SystemReason(file->code().value());
     if (const auto* const system = dynamic_cast<const std::system_error*>(&exception))
