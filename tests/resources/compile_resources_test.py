@@ -178,14 +178,14 @@ class ModuleResourcesTest(unittest.TestCase):
     def test_hold_the_fixed_palette_and_the_version(self):
         with open(MODULE_RESOURCES, "rb") as file:
             resources = file.read()
-        # A cube counted down in base six, then the multiples of 17 that are none of 51.
+        # Black, a cube counted down in base six, then the multiples of 17 that are none of 51.
         cube = [color for color in itertools.product(range(255, -1, -51), repeat=3) if any(color)]
         ramps = [tuple(step * 17 * channel for channel in channels)
                  for channels in ((1, 0, 0), (0, 1, 0), (0, 0, 1), (1, 1, 1))
                  for step in range(15, 0, -1) if step % 3]
-        planes = zip(*cube, *ramps, (0, 0, 0))
-        self.assertIn(struct.pack(">I", 768) + bytes(itertools.chain(*planes)), resources)
-        self.assertIn(f"Version {VERSION}".encode(), resources)
+        palette = bytes(itertools.chain(*zip((0, 0, 0), *cube, *ramps)))
+        self.assertTrue(struct.pack(">I", 768) + palette in resources, "the fixed palette")
+        self.assertTrue(f"Version {VERSION}".encode() in resources, "the version")
 
 
 if __name__ == "__main__":
