@@ -26,5 +26,5 @@ for kind, ids in REQUIRED.items():
         sys.exit(f"{kind}: {empty} without data")
 
 palette = next(resource.data for resource in reader["PLUT"] if resource.id == 3)
-if (len(palette), palette[1::256]) != (768, bytes([255, 255, 204])):
+if (len(palette), palette[1::256]) != (768, bytes([255, 255, 255])):
     sys.exit(f"PLUT 3: {len(palette)} bytes, entry 1 is {list(palette[1::256])}")
