@@ -206,14 +206,24 @@ void MainWindow::TakeData(const QMimeData& offer) {
     message->Say(MessageBar::Kind::note, tr("There is no picture in the clipboard."));
 }
 
+// Always as a copy: the source of a move may delete its file, of which we keep none.
+bool MainWindow::AcceptDrop(QDropEvent* event) const {
+    if (!TakesData(*event->mimeData())) return false;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    return true;
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
-    if (TakesData(*event->mimeData())) event->acceptProposedAction();
+    AcceptDrop(event);
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event) {
+    AcceptDrop(event);
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
-    if (!TakesData(*event->mimeData())) return;
-    event->acceptProposedAction();
-    TakeData(*event->mimeData());
+    if (AcceptDrop(event)) TakeData(*event->mimeData());
 }
 
 void MainWindow::Paste() {

@@ -50,6 +50,7 @@ class MainWindow : public QMainWindow {
   protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
   private:
@@ -88,6 +89,7 @@ class MainWindow : public QMainWindow {
     void UpdateFacts();
     void UpdateZoom();
     bool TakesData(const QMimeData& offer) const;
+    bool AcceptDrop(QDropEvent* event) const;
     void TakeData(const QMimeData& offer);
     void Complain(const QString& subject, const std::string& reason);
     ExportTask TaskFor(const Document& exported, const std::string& path) const;

@@ -53,9 +53,12 @@ class DesktopTest : public testing::Test {
                 QByteArray::fromStdString("file://" + folder.Path() + "/" + name));
         QMimeData mime;
         mime.setUrls(urls);
-        QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        // Shift asks for a move.
+        QDropEvent drop(QPointF(50, 50), Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
+                        Qt::ShiftModifier);
         static_cast<QObject*>(window.get())->event(&drop);
         EXPECT_TRUE(drop.isAccepted());
+        EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
     }
     bool WaitForDocument(const std::string& name) {
         return QTest::qWaitFor(
