@@ -35,13 +35,13 @@ menu 16000 "Palette" {
 }
 
 # Entry 7 is what a picture without transparency starts with, entry 6 the largest one that leaves
-# room for a transparent colour; both are chosen by number.
+# room for a transparent colour; both are chosen by number, and hold strings 7 and 6 of list 16000.
 menu 16001 "Number of colours" {
-    "4" "8" "16" "32" "64"   # 1 to 5
-    "128"                    # 6
-    "256"                    # 7
+    "8" "16" "32" "64" "128"   # 1 to 5
+    "255"                      # 6
+    "256"                      # 7
     separator
-    "2"                      # 9
+    "4" "2"                    # 9 and 10
 }
 
 # Styles of the options dialog's items: four bytes for each of 16, then one style, plain and gray,

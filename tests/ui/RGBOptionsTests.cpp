@@ -147,12 +147,12 @@ TEST(RGBOptions, OpensWithWhatThePictureAllows) {
             EXPECT_EQ(GetPopUpMenuValue(dialog, 10), c.exact ? 1 : 2);
             EXPECT_EQ((*dialog->Item(10)->menu)->CanChoose(1), c.exact);
             const auto& presets = (*dialog->Item(14)->menu)->entries;
-            const std::size_t most = presets.size() - 3; // two lie behind it
+            const std::size_t most = presets.size() - 4; // three lie behind it
             EXPECT_EQ(presets[most].text, "256");
             EXPECT_EQ(presets[most].enabled, !alpha);
             EXPECT_EQ(TextOf(dialog, 13), count);
-            EXPECT_TRUE(c.exact ? ChosenText(dialog, 14) == count
-                                : GetPopUpMenuValue(dialog, 14) == (alpha ? 6 : 7));
+            EXPECT_EQ(ChosenText(dialog, 14), count);
+            EXPECT_TRUE(c.exact || GetPopUpMenuValue(dialog, 14) == (alpha ? 6 : 7));
             for (const int item : {11, 13, 14}) EXPECT_EQ(disabled(item), c.exact);
             EXPECT_EQ(dialog->editActive, !c.exact);
             for (const int item : {4, 5}) EXPECT_EQ(disabled(item), !alpha);
@@ -191,15 +191,15 @@ TEST(RGBOptions, ThePopUpOfCountsFollowsTheTextAndLeadsIt) {
         const char* typed;
         const char* chosen;
         std::size_t entries;
-    } cases[] = {{"64", "64", 9},  {"2", "2", 9},     {"100", "100", 11},
-                 {"90", "90", 11}, {"300", "90", 11}, {"256", "256", 11}};
+    } cases[] = {{"64", "64", 10}, {"300", "none", 10}, {"2", "2", 10},    {"100", "100", 12},
+                 {"90", "90", 12}, {"", "none", 12},    {"256", "256", 12}};
     Steps steps;
     for (const auto& c : cases)
         steps = steps + Count(c.typed) + Steps{Look([=](DialogPtr dialog) {
                     const auto& entries = (*dialog->Item(kRGBCountPopUpItem)->menu)->entries;
                     EXPECT_EQ(ChosenText(dialog, kRGBCountPopUpItem), c.chosen);
                     EXPECT_EQ(entries.size(), c.entries) << c.typed;
-                    EXPECT_EQ(entries[1].separator, c.entries == 11) << c.typed;
+                    EXPECT_EQ(entries[1].separator, c.entries == 12) << c.typed;
                 })};
     run.Ask(steps + Steps{ChooseEntry(14, "32"), ExpectCount("32"), TypeText("128"),
                           ExpectCount("128"), PressItem(kRGBCountLabelItem), TypeText("4")});

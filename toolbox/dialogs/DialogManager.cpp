@@ -99,9 +99,9 @@ void AddPopUp(DialogRecord& dialog, DialogItem& item, short number, short id) {
     AddControl(dialog, item, number);
     AddMenu(dialog, item, number, source.minimum);
     ControlRecord& control = **item.control;
-    control.contrlMin = 1;
+    control.contrlMin = 0; // no entry
     control.contrlMax = CountMenuItems(item.menu);
-    control.contrlValue = std::max(control.contrlMin, std::min(control.contrlMax, source.value));
+    control.contrlValue = std::max<short>(1, std::min(control.contrlMax, source.value));
     OwnedHandle data = RequireHandle(sizeof(MenuHandle));
     BlockMove(&item.menu, *data, sizeof(MenuHandle));
     control.contrlData = data.release();

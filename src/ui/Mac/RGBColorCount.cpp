@@ -18,6 +18,7 @@ struct UsualCount {
 constexpr UsualCount kUsualCount = {7, 7}, kUsualCountBesideTransparency = {6, 6};
 constexpr short kMostColorsEntry = 7;
 constexpr short kTypedCountEntry = 1; // and a line behind it, above the resource's entries
+constexpr short kNoEntry = 0;
 
 // Where an entry of the resource is now.
 short PresetEntry(const GIF89RGBExport& context, short entry) {
@@ -32,12 +33,12 @@ std::int32_t EntryCount(MenuHandle menu, short entry) {
     return count;
 }
 
-// 0 when no entry is that count.
+// kNoEntry when no entry is that count.
 short FindEntryOf(MenuHandle menu, std::int32_t count) {
     const short entries = CountMenuItems(menu);
     for (short entry = 1; entry <= entries; ++entry)
         if (EntryCount(menu, entry) == count) return entry;
-    return 0;
+    return kNoEntry;
 }
 
 void InsertTypedCountEntry(MenuHandle menu, GIF89RGBExport* context) {
@@ -50,7 +51,7 @@ void InsertTypedCountEntry(MenuHandle menu, GIF89RGBExport* context) {
 void ChooseCountEntry(DialogPtr dialog, GIF89RGBExport* context, std::int32_t count) {
     const MenuHandle menu = GetPopupItemMenuHandle(dialog, kRGBCountPopUpItem);
     short entry = FindEntryOf(menu, count);
-    if (entry == 0) {
+    if (entry == kNoEntry) {
         InsertTypedCountEntry(menu, context);
         Str255 text;
         NumberToString(count, text);
@@ -76,6 +77,8 @@ void SetColorDepthText(DialogPtr dialog, GIF89RGBExport* context, std::int32_t c
     }
     if (count >= kFewestColors && count <= LargestColorCount(*context))
         ChooseCountEntry(dialog, context, count);
+    else
+        MySetPopUpMenuValue(dialog, kRGBCountPopUpItem, kNoEntry);
 }
 
 void ShowUsualCount(DialogPtr dialog, const GIF89RGBExport& context) {

@@ -13,7 +13,8 @@ std::int32_t LargestColorCount(const GIF89RGBExport& context);
 
 /// Writes a count into the text, or with kTypedCount takes the one that is typed there, and chooses
 /// its entry in the pop-up. A possible count that has none gets the entry for typed counts, which
-/// is inserted at the top when it is needed first.
+/// is inserted at the top when it is needed first. While the text holds no possible count, no entry
+/// is chosen.
 void SetColorDepthText(DialogPtr dialog, GIF89RGBExport* context, std::int32_t count);
 
 /// Shows the count that the dialog opens with when the palette does not fix one.
