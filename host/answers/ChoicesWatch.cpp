@@ -3,6 +3,7 @@
 #include "ControlManager.h"
 #include "FileManager.h"
 #include "ModuleResources.h"
+#include "PaletteFile.h"
 #include "PaletteNames.h"
 #include "SourceCalls.h"
 
@@ -66,9 +67,15 @@ void ChoicesWatch::PutFile(ConstStr255Param prompt, ConstStr255Param defaultName
 
 void ChoicesWatch::GetFile(FileFilterProc filter, StandardFileReply* reply) {
     if (!files) return;
-    files->GetFile(filter, reply);
     std::string path;
-    if (reply->sfGood && FSSpecToPath(&reply->sfFile, &path) == noErr) pickedFiles.push_back(path);
+    for (;;) {
+        files->GetFile(filter, reply);
+        if (!reply->sfGood || FSSpecToPath(&reply->sfFile, &path) != noErr) return;
+        if (!HoldsNoColors(path)) break;
+        *reply = StandardFileReply();
+        Alert(AlertKind::caution, "The palette file " + path + " holds no colours.");
+    }
+    pickedFiles.push_back(path);
 }
 
 ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {

@@ -2,6 +2,7 @@
 
 #include "ControlManager.h"
 #include "ModuleResources.h"
+#include "PaletteFile.h"
 #include "PaletteNames.h"
 
 #include <algorithm>
@@ -266,6 +267,8 @@ void Operator::PlanPalette(DialogPtr dialog) {
         if (choices.colors && !IsEnabled(dialog, kRGBCountItem))
             acts.push_back(ChooseEntry(kRGBPalettePopUpItem, kAdaptiveEntry));
     } else if (named == std::end(kPaletteNames)) {
+        if (HoldsNoColors(choices.palette))
+            throw Problem("the palette file " + choices.palette + " holds no colours");
         acts.push_back(PressItem(kRGBLoadItem));
         acts.push_back(PickFile(choices.palette));
     } else {

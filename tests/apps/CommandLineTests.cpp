@@ -244,6 +244,8 @@ TEST_F(CommandLine, RefusesWhatMakesNoSenseInOneSentence) {
     folder.Write("rgb.ppm", kPicture);
     folder.Write("noise.ppm", NoisePicture(40));
     folder.Write("bad.pal", "RIFF, or what else");
+    folder.Write("none.zco", {'\0', '\1', '\0', '\0'});
+    folder.Write("none.pal", "RIFF....PAL data......" + std::string(2, '\0'));
     const std::tuple<Names, int, const char*> cases[] = {
         {{}, 2, "no input given"},
         {{"-o"}, 2, "option -o needs a value"},
@@ -283,6 +285,8 @@ TEST_F(CommandLine, RefusesWhatMakesNoSenseInOneSentence) {
         {{"--channel", "cut=absent", "grey.pgm"}, 1, "gif89: absent: cannot be opened"},
         {{"-p", "absent.pal", "rgb.ppm"}, 1, "absent.pal cannot be opened"},
         {{"-p", "grey.pgm", "rgb.ppm"}, 1, "should end in .zco, .zct or .pal"},
+        {{"-p", "none.zco", "rgb.ppm"}, 1, "none.zco holds no colours"},
+        {{"-p", "none.pal", "rgb.ppm"}, 1, "none.pal holds no colours"},
         {{"-p", "bad.pal", "rgb.ppm"}, 1, "palette"}};
     const Names before = folder.Names();
     for (const auto& [arguments, code, reason] : cases) {

@@ -88,6 +88,7 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForRGBPictures) {
     for (int i = 0; i < 768; ++i) table += static_cast<char>(i * 7 + i / 5);
     const std::string file = folder.Write("some.zct", table);
     const std::string none = folder.Write("none.zct", "");
+    const std::string empty = folder.Write("empty.zco", {'\0', '\1', '\0', '\0'});
     const Act adaptive = ChooseEntry(kRGBPalettePopUpItem, kAdaptiveEntry),
               fixed = ChooseEntry(kRGBPalettePopUpItem, kFixedEntry);
     const std::pair<const char*, std::vector<Act>> cases[] = {
@@ -99,6 +100,8 @@ TEST(ChoicesWatch, RepeatsWhatWasChosenForRGBPictures) {
         {"file", {PressItem(kRGBLoadItem), PickFile(file)}},
         {"file kept after one that is none",
          {PressItem(kRGBLoadItem), PickFile(file), PressItem(kRGBLoadItem), PickFile(none)}},
+        {"file after one without colours",
+         {PressItem(kRGBLoadItem), PickFile(empty), PickFile(file)}},
         {"file left again", {PressItem(kRGBLoadItem), PickFile(file), fixed}},
         {"matte", {PressItem(kRGBColorBoxItem), PickColor(kTeal)}},
         {"matte refused", {PressItem(kRGBColorBoxItem), CancelColor()}},

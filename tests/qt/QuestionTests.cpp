@@ -72,15 +72,23 @@ class Questions : public testing::Test {
 
 TEST_F(Questions, OpenOffersFoldersAndWhatTheFilterLeaves) {
     QStringList shown;
+    QString reason;
     Answers answers({GoTo(folder.Path()),
                      [&](QWidget* dialog) {
                          shown = Shown(dialog);
                          return shown.contains(QStringLiteral("one.pal"));
                      },
+                     Pick(folder.Path("two.txt")),
+                     [&](QWidget* dialog) {
+                         const auto* box = qobject_cast<QMessageBox*>(dialog);
+                         if (box) reason = box->text();
+                         return box && AcceptLater(dialog);
+                     },
                      Pick(folder.Path("one.pal"))});
     StandardFileReply reply;
     StandardGetFile(HideText, -1, nullptr, &reply);
     EXPECT_EQ(shown, (QStringList{"inner", "one.pal"})) << shown.join(" ").toStdString();
+    EXPECT_EQ(reason, "\"two.txt\" is no file of the kind that is asked for here.");
     EXPECT_TRUE(reply.sfGood);
     EXPECT_EQ(reply.sfType, FourCC("PAL "));
     EXPECT_EQ(PathOf(reply), std::filesystem::canonical(folder.Path()) / "one.pal");

@@ -67,17 +67,38 @@ bool Run(QFileDialog& dialog, QString* folder, QString* path) {
     return true;
 }
 
+void Warn(const QString& sentence) {
+    QMessageBox box(QMessageBox::Warning, QString(), sentence, QMessageBox::Ok,
+                    QApplication::activeWindow());
+    box.setTextFormat(Qt::PlainText); // it names a file
+    box.exec();
+}
+
 // Fills the reply, or tells the user why the file cannot be had.
 bool Accept(const QString& path, StandardFileReply* reply) {
     OSErr error = noErr;
     const FSSpec spec = SpecOf(path, &error);
-    if (error == noErr) {
-        reply->sfFile = spec;
-        reply->sfGood = 1;
+    if (error != noErr) {
+        Warn(QStringLiteral("No file can be called \"%1\" there.").arg(path));
+        return false;
+    }
+    reply->sfFile = spec;
+    reply->sfGood = 1;
+    return true;
+}
+
+// The same for a file to be opened, which the filter must leave: names can be typed, too.
+bool AcceptOffered(FileFilterProc filter, const QString& path, StandardFileReply* reply) {
+    if (!Accept(path, reply)) return false;
+    Str63 name;
+    CInfoPBRec info;
+    if (Describe(reply->sfFile, name, &info) == noErr && (!filter || !filter(&info))) {
+        reply->sfType = info.fdType;
         return true;
     }
-    QMessageBox::warning(QApplication::activeWindow(), QString(),
-                         QStringLiteral("No file can be called \"%1\" there.").arg(path));
+    *reply = StandardFileReply();
+    Warn(QStringLiteral("\"%1\" is no file of the kind that is asked for here.")
+             .arg(QFileInfo(path).fileName()));
     return false;
 }
 
@@ -96,12 +117,11 @@ void FileDialogs::PutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
 }
 
 void FileDialogs::GetFile(FileFilterProc filter, StandardFileReply* reply) {
-    QFileDialog dialog(QApplication::activeWindow(), QStringLiteral("Open"));
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    if (filter) dialog.setProxyModel(new FilteredFiles(filter, &dialog));
     QString path;
-    if (!Run(dialog, &folder, &path) || !Accept(path, reply)) return;
-    Str63 name;
-    CInfoPBRec info;
-    if (Describe(reply->sfFile, name, &info) == noErr) reply->sfType = info.fdType;
+    do {
+        QFileDialog dialog(QApplication::activeWindow(), QStringLiteral("Open"));
+        dialog.setFileMode(QFileDialog::ExistingFile);
+        if (filter) dialog.setProxyModel(new FilteredFiles(filter, &dialog));
+        if (!Run(dialog, &folder, &path)) return;
+    } while (!AcceptOffered(filter, path, reply));
 }
