@@ -82,10 +82,10 @@ void ExpectPixels(const PixelSurface& surface, const Rect& area, const char* nam
 TEST(IndexedPreview, ShowsThePictureAsItWillBeWritten) {
     constexpr int kColors = 40;
     const Point middle = InPreview(150, 200);
-    const Steps in = {PressItem(kIndexedZoomItem), PressAt(middle), PressAt(middle)};
-    const Steps out = Holding({kKeyOption}, {PressItem(kIndexedZoomItem), PressAt(middle)});
-    const Steps drag = {PressItem(kIndexedHandItem),
-                        Drag({middle, InPreview(110, 260), InPreview(180, 170)})};
+    const Act zoom = PressItem(kIndexedZoomItem), hand = PressItem(kIndexedHandItem);
+    const Steps in = {zoom, PressAt(middle), PressAt(middle)};
+    const Steps out = Holding({kKeyOption}, {zoom, PressAt(middle)});
+    const Steps drag = {hand, Drag({middle, InPreview(110, 260), InPreview(180, 170)})};
     const Act toEdge = Drag({middle, {-900, -900}});
     const Act mark3 = PressAt(Cell(kMarked)), channel = ChooseEntry(kIndexedChannelItem, 2);
     const Act noChannel = ChooseEntry(kIndexedChannelItem, 1);
@@ -107,7 +107,9 @@ TEST(IndexedPreview, ShowsThePictureAsItWillBeWritten) {
         {"unmarked again", "1:1", 31, 45, Steps{mark3} + unmark, {}, kWiped},
         {"small enlarged", "3:1", 20, 61, Steps{mark3} + in, {{kMarked}}, kFramed},
         {"dragged", "3:1", 500, 700, in + drag, {}},
-        {"dragged to the edge", "1:1", 500, 700, {PressItem(kIndexedHandItem), toEdge}, {}},
+        {"dragged to the edge", "1:1", 500, 700, {hand, toEdge}, {}},
+        {"actual pixels again", "1:1", 500, 700, in + Steps{Idle(60), zoom, zoom}, {}},
+        {"fitted", "1:2", 500, 700, in + Steps{Idle(60), hand, hand}, {}},
         {"reduced",
          "1:2",
          603,

@@ -97,6 +97,7 @@ TEST(RGBOptions, EveryPaletteIsWrittenAsTheCoreWritesIt) {
         {"adaptive, not exact", kFew, Steps{adaptive} + Count("6"), false, nullptr, 0, 6},
         {"fixed", kMany, {fixed}, false, &cube, 256},
         {"fixed, not exact", kFew, {fixed}, false, &cube, 256},
+        {"fixed to as many as there can be", kMany, {fixed, fit}, false, &cube, 256, 0, true},
         {"fixed to 16", kMany, Steps{fixed, fit} + Count("16"), false, &cube, 256, 16, true},
         {"file", kMany, many, false, &files.many, 256},
         {"file of 40, cut", kMany, some + Count("16"), false, &files.some, 40, 16},
@@ -217,6 +218,10 @@ TEST(RGBOptions, ADisabledCountTakesNeitherPressesNorKeys) {
                        ExpectCount("5"), TypeText("\r")}),
               noErr);
     EXPECT_EQ(run.context.numColors, 5);
+    const ScriptedUser user(Holding({kKeyCommand}, {TypeText(".")}) +
+                            Steps{PressKey(kKeyEnter), PressKey(kKeyEscape)});
+    for (const short code : {short{userCanceledErr}, short{noErr}, short{userCanceledErr}})
+        EXPECT_EQ(GetRGB24Parameters(run.context, &run.exact, &run.supplied), code);
 }
 
 TEST(RGBOptions, AFileThatDoesNotLoadIsNamedAndChangesNothing) {
@@ -341,6 +346,9 @@ TEST(RGBOptions, TheColorBoxAsksTheHostOrTheToolbox) {
         {"host", true, {}, 0x00807F},
         {"toolbox", false, {PickColor({0xFFFF, 0, 0x80FF})}, 0xFF0080},
         {"toolbox, cancelled", false, {CancelColor()}, 0xC0C0C0},
+        {"toolbox, then reset", false,
+         Steps{PickColor({0xFFFF, 0, 0x80FF})} + Holding({kKeyOption}, {PressItem(kCancelItem)}),
+         0xC0C0C0},
     };
     for (const auto& c : cases) {
         RGBContext run(kRows, kColumns, 4, Pixels(kMany, 4));

@@ -35,7 +35,10 @@ TEST(ZoomText, PadsTheScaleOfSingleDigits) {
         const char* want;
     } cases[] = {{9, 9, " 9|9||"}, {10, 1, "10|1||"}, {1, 10, "1|10||"}};
     for (const auto& c : cases) {
+        bool& isInvalid = dialog->Item(kIndexedZoomTextItem)->invalid;
+        isInvalid = false;
         SetZoomFactor(dialog, c.enlarge, c.shrink, kIndexedZoomTextItem);
+        EXPECT_TRUE(isInvalid) << "it is drawn again";
         EXPECT_EQ(SubstituteParamText("^0|^1|^2|^3"), c.want);
     }
     DisposeDialog(dialog);
