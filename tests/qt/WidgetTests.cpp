@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTest>
 
 namespace {
 
@@ -65,6 +66,8 @@ TEST_F(Widgets, ShowTitlesValuesTextsAndMenus) {
     SetControlValue(ControlOf(kTestColours), 6);
     const auto* popUp = As<QComboBox>(kTestColours);
     EXPECT_EQ(popUp->currentText(), "Thirty-two");
+    SetControlValue(ControlOf(kTestColours), 0);
+    EXPECT_EQ(popUp->currentIndex(), -1);
     QStringList entries;
     for (int i = 0; i < popUp->count(); ++i) {
         const bool enabled = popUp->model()->flags(popUp->model()->index(i, 0)) & Qt::ItemIsEnabled;
@@ -122,7 +125,7 @@ TEST_F(Widgets, AreUsedWithKeysThatTheModuleDoesNotSee) {
     EXPECT_EQ(seen, std::vector<std::int16_t>{keyDown});
 }
 
-TEST_F(Widgets, LeaveReturnAndEscapeToTheDialog) {
+TEST_F(Widgets, LeaveReturnAndEscapeToTheDialogUnlessTheyAreButtonsOrLists) {
     Show();
     const struct {
         int key;
@@ -132,21 +135,48 @@ TEST_F(Widgets, LeaveReturnAndEscapeToTheDialog) {
     for (const short focused : {kTestCancel, kTestAutomatic, kTestColours, kTestNumber})
         for (const auto& c : cases) {
             WidgetOf(focused)->setFocus();
-            EXPECT_EQ(HitAfter([&] { Stroke(c.key); }), c.hit)
+            const short want = focused == kTestCancel ? focused : c.hit;
+            EXPECT_EQ(HitAfter([&] { Stroke(c.key); }), want)
                 << "item " << focused << ", key " << c.key;
         }
     WidgetOf(kTestNumber)->setFocus();
     hands->Key(Qt::Key_Control, {}, true);
     EXPECT_EQ(HitAfter([&] { Stroke(Qt::Key_Period, QStringLiteral(".")); }), kTestCancel);
     hands->Key(Qt::Key_Control, {}, false);
+    // Some displays send the keys of an open list to the dialog's window.
+    const std::pair<Qt::Key, short> ends[] = {{Qt::Key_Return, kTestColours}, {Qt::Key_Escape, -1}};
+    for (const auto& [key, hit] : ends) {
+        Press(MiddleOf(kTestColours));
+        Settle();
+        ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+        const auto stroke = [&, key = key] { QTest::keyClick(Window()->windowHandle(), key); };
+        EXPECT_EQ(HitAfter(stroke), hit) << "key " << key;
+        EXPECT_EQ(HitAfter([] {}), -1) << "key " << key;
+        EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    }
 }
 
 TEST_F(Widgets, TakeClosingTheWindowForCancel) {
     Show();
+    const auto optionIsDown = [] {
+        KeyMap keys;
+        GetKeys(keys);
+        return (keys[kKeyOption >> 3] >> (kKeyOption & 7) & 1) != 0;
+    };
+    hands->Key(Qt::Key_Alt, {}, true);
+    Settle();
+    EXPECT_TRUE(optionIsDown());
     EXPECT_EQ(Window()->windowTitle(), "Test dialog");
     QDialog* window = Window();
     EXPECT_EQ(HitAfter([&] { window->close(); }), kTestCancel);
     EXPECT_TRUE(window->isVisible()) << "the module closes the dialog";
+    EXPECT_FALSE(optionIsDown()) << "it was held to close, and not to reset";
+    hands->Key(Qt::Key_Alt, {}, false);
+    Settle();
+    hands->Key(Qt::Key_Alt, {}, true);
+    Settle();
+    EXPECT_TRUE(optionIsDown());
+    hands->Key(Qt::Key_Alt, {}, false);
 }
 
 TEST_F(Widgets, AndDrawnItemsAreListedByRoleAndName) {

@@ -18,8 +18,9 @@ void ShowWindow(WindowPtr window);
 void SetWRefCon(WindowPtr window, std::intptr_t value);
 std::intptr_t GetWRefCon(WindowPtr window);
 
-void SetDialogDefaultItem(DialogPtr dialog, short item); ///< Return and Enter press it
-void SetDialogCancelItem(DialogPtr dialog, short item);  ///< Escape, Command-period, closing
+/// Return and Enter press it, unless the user gave the keys to another button.
+void SetDialogDefaultItem(DialogPtr dialog, short item);
+void SetDialogCancelItem(DialogPtr dialog, short item); ///< Escape, Command-period, closing
 /// The cursor is the arrow, over edit texts the bar, wherever the filter chooses none.
 void SetDialogTracksCursor(DialogPtr dialog, Boolean tracks);
 

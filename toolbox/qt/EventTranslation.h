@@ -25,5 +25,6 @@ bool IsModifierKey(int key);
 
 /// keyDown, or autoKey for repetitions, with code and character; time and position are left open.
 EventRecord ToKeyEvent(const QKeyEvent& event);
-/// Return, Enter, Escape and Command-period press the default or cancel item, whoever has the keys.
+/// Return, Enter, Escape and Command-period press the default or cancel item, unless a button has
+/// the keys and takes Return for itself.
 bool EndsDialog(const EventRecord& keyEvent);

@@ -94,7 +94,7 @@ void ShowRect(const DialogItem& item, QWidget* widget) {
 
 QWidget* MakeButton(DialogPtr dialog, short number, QWidget* parent, Postings& postings) {
     auto* button = new QPushButton(parent);
-    button->setAutoDefault(false); // Return always means the default item
+    button->setAutoDefault(true); // Return means the button that has the keys, and is seen to
     QObject::connect(button, &QPushButton::clicked, button,
                      [=, &postings] { postings.Hit(dialog, number); });
     return button;
@@ -212,6 +212,8 @@ bool IsNativeControl(const QWidget* widget) {
 }
 
 bool OperatesControl(const QWidget* widget, int key) {
+    const bool isReturn = key == Qt::Key_Return || key == Qt::Key_Enter;
+    if (isReturn) return qobject_cast<const QPushButton*>(widget) != nullptr;
     if (qobject_cast<const QAbstractButton*>(widget)) return key == Qt::Key_Space;
     if (!qobject_cast<const QComboBox*>(widget)) return false;
     constexpr int kPopUpKeys[] = {Qt::Key_Space, Qt::Key_Up,     Qt::Key_Down,     Qt::Key_Home,

@@ -104,7 +104,9 @@ void QtDisplay::Pump(int milliseconds) {
             QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     }
     // Asking may cost a trip to the display's server: once a pump is enough.
-    modifiers = QGuiApplication::queryKeyboardModifiers();
+    const Qt::KeyboardModifiers held = QGuiApplication::queryKeyboardModifiers();
+    closingModifiers &= held;
+    modifiers = held & ~closingModifiers;
     if (DialogWindow* window = Front()) window->UpdateOrigin();
 }
 
@@ -165,11 +167,20 @@ bool QtDisplay::eventFilter(QObject* receiver, QEvent* event) {
             return FilterMouse(*window, *static_cast<QWidget*>(receiver),
                                *static_cast<QMouseEvent*>(event));
         return false;
-    case QEvent::KeyPress:
+    case QEvent::ShortcutOverride: // comes, even twice, before each press of a key
+        if (QApplication::activePopupWidget()) listKey = static_cast<QKeyEvent*>(event)->key();
+        return false;
     case QEvent::KeyRelease:
+        listKey.reset();
+        [[fallthrough]];
+    case QEvent::KeyPress:
         if (DialogWindow* window = DialogWindowOf(receiver))
             return FilterKey(*window, *static_cast<QWidget*>(receiver),
                              *static_cast<QKeyEvent*>(event));
+        return false;
+    case QEvent::Close:
+        if (receiver == DialogWindowOf(receiver))
+            closingModifiers = QGuiApplication::queryKeyboardModifiers();
         return false;
     case QEvent::WindowDeactivate:
         if (receiver == DialogWindowOf(receiver)) ForgetInput();
@@ -188,7 +199,7 @@ bool QtDisplay::FilterMouse(DialogWindow& window, QWidget& receiver, const QMous
     if (event.button() != Qt::LeftButton) return false; // moves, too
 
     buttonDown = event.type() != QEvent::MouseButtonRelease;
-    modifiers = event.modifiers();
+    modifiers = event.modifiers() & ~closingModifiers;
     EventRecord record;
     record.what = buttonDown ? mouseDown : mouseUp;
     record.modifiers = ToModifiers(event.modifiers());
@@ -214,21 +225,23 @@ bool QtDisplay::OfferPress(DialogWindow& window, const EventRecord& event) {
 }
 
 bool QtDisplay::FilterKey(DialogWindow& window, QWidget& receiver, const QKeyEvent& event) {
+    const bool down = event.type() == QEvent::KeyPress;
+    // A list may have closed already over a key that then arrives here.
+    if (down && listKey == event.key()) return true;
     // Keys travel up to the window; only the first stop counts.
     if (&receiver != QApplication::focusWidget()) return false;
-    const bool down = event.type() == QEvent::KeyPress;
     const short code = ToKeyCode(event.key());
     if (code >= 0 && !event.isAutoRepeat()) SetKey(keysDown, code, down);
     if (!down || IsModifierKey(event.key())) return false;
     if (event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab) return false;
 
     const EventRecord record = Complete(ToKeyEvent(event));
-    if (EndsDialog(record) || !IsNativeControl(&receiver)) {
-        const bool repeatedEnd = EndsDialog(record) && event.isAutoRepeat();
-        if (!repeatedEnd) postings.Event(record);
-        return true;
-    }
-    return !OperatesControl(&receiver, event.key()) && postings.Offer(window.Dialog(), record);
+    if (EndsDialog(record) && event.isAutoRepeat()) return true;
+    if (OperatesControl(&receiver, event.key())) return false;
+    if (!EndsDialog(record) && IsNativeControl(&receiver))
+        return postings.Offer(window.Dialog(), record);
+    postings.Event(record);
+    return true;
 }
 
 // Questions

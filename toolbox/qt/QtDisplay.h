@@ -9,6 +9,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 
 class QKeyEvent;
 class QMouseEvent;
@@ -58,8 +59,12 @@ class QtDisplay : public QObject, public EventSource {
     // Believed while a dialog is the active window
     QPoint mouse;
     bool buttonDown = false;
-    bool offering = false;    ///< the module is looking at a press on a widget
-    bool modulePress = false; ///< the press that is under way is the module's, not a widget's
+    bool offering = false;      ///< the module is looking at a press on a widget
+    bool modulePress = false;   ///< the press that is under way is the module's, not a widget's
+    std::optional<int> listKey; ///< pressed while a list was open, and not let go yet
     KeyMap keysDown = {};
     Qt::KeyboardModifiers modifiers; ///< as asked at the last pump
+    /// Held when a window was closed, and since: they said how to close it, as in Alt+F4, and not
+    /// what is meant in a dialog.
+    Qt::KeyboardModifiers closingModifiers;
 };
