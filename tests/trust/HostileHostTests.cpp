@@ -1,5 +1,6 @@
 // The loaded module under hosts that keep to nothing: it may refuse and it may write what was asked
 // for, but it ends, gives everything back, and does not read or write past what it was given.
+#include "DialogRecord.h"
 #include "ExportWays.h"
 #include "GIF89Export.h"
 #include "GiflibDecode.h"
@@ -283,7 +284,7 @@ TEST_F(HostileHost, MayDoAnythingInsideItsProcedures) {
          noErr, false},
         {"about inside",
          [](auto& run) {
-             run.acts.push_front(PressItem(kOKButton));
+             run.acts.push_front(PressItem(kOKItem));
              EXPECT_EQ(run.CallAgain(kSelectorAbout), kUntouched);
          },
          noErr},
