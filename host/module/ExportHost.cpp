@@ -117,16 +117,20 @@ void ExportHost::FillRecord() {
     record.advanceProc.Set(advanceKey);
 }
 
-// What the module takes for itself (an index a pixel, at least 128 KiB, twelve bytes a column and
-// 64 KiB of tables) and, beside it, one row more than the picture at the plane count that the
-// module reckons with.
+// What the module takes for itself and, beside it, one band. That is an index a pixel and 64 KiB of
+// tables for an indexed picture, whose planes it asks for whole, whatever is left. For another one
+// it is at least 128 KiB of indices and twelve bytes a column more, and the band is one row more
+// than the picture at the plane count that the module reckons with.
 std::int32_t ExportHost::BudgetForOneBand() const {
     const std::int64_t rows = picture.rows, columns = picture.columns;
-    const std::int64_t own =
-        std::max<std::int64_t>(rows * columns, 131072) + columns * 12 + 24 + 65536;
-    const std::int64_t band = job.bandBudget != ExportJob::kWholeImage
-                                  ? job.bandBudget
-                                  : (rows + 1) * columns * std::max(1, PlaneCount() - 1);
+    const bool indexed = picture.kind == Picture::Kind::indexed;
+    const std::int64_t buffers =
+        indexed ? rows * columns
+                : std::max<std::int64_t>(rows * columns, 131072) + columns * 12 + 24;
+    const std::int64_t own = buffers + 65536;
+    std::int64_t band = job.bandBudget;
+    if (band == ExportJob::kWholeImage)
+        band = indexed ? columns : (rows + 1) * columns * (PlaneCount() - 1);
     if (own + band > std::numeric_limits<std::int32_t>::max())
         throw Problem("a picture of " + std::to_string(columns) + " x " + std::to_string(rows) +
                       " pixels needs more than the 2 GiB that one export may use");

@@ -40,6 +40,10 @@ Picture MakePicture(Picture::Kind kind, long long rows, long long columns) {
     picture.kind = kind;
     picture.rows = static_cast<int>(rows);
     picture.columns = static_cast<int>(columns);
+    if (picture.PixelBytes() > kMostPixelBytes)
+        throw Problem("is " + SidesText(rows, columns) + " of " +
+                      std::to_string(picture.BytesPerPixel()) +
+                      " bytes, more than the 2 GiB that one export may use");
     try {
         picture.pixels = std::make_unique_for_overwrite<std::uint8_t[]>(picture.PixelBytes());
     } catch (const std::bad_alloc&) {
@@ -47,6 +51,10 @@ Picture MakePicture(Picture::Kind kind, long long rows, long long columns) {
                       std::to_string(picture.PixelBytes() >> 20) + " megabytes");
     }
     return picture;
+}
+
+void NoteDamage(InputNotes& notes, const std::string& what) {
+    notes.warnings.push_back("all pixels were read, but behind them the file is damaged: " + what);
 }
 
 Picture CopyPicture(const Picture& picture) {

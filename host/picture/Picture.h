@@ -3,6 +3,7 @@
 
 #include "ColorTable.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,6 +13,9 @@ namespace gif89 {
 
 /// The largest side a picture may have; the module counts rows and columns in 16 bits.
 constexpr int kLargestSide = 32767;
+
+/// What the pixels of a picture may take: an export counts its memory in 31 bits and needs no less.
+constexpr std::size_t kMostPixelBytes = 0x7FFFFFFF;
 
 /// A further plane of an indexed picture: rows x columns bytes, no padding.
 struct Channel {
@@ -69,10 +73,15 @@ struct Picture {
 constexpr char kTransparencyChannel[] = "Transparency";
 
 /// An empty picture of that shape, pixels undefined. Throws Problem when a side is not
-/// 1..kLargestSide, before any memory is asked for, and when there is not enough memory. The
-/// pixels are not touched: until a reader stores them they cost addresses only, so a header that
-/// promises more than its file holds is cheap.
+/// 1..kLargestSide or the pixels would take more than kMostPixelBytes, before any memory is asked
+/// for, and when there is not enough memory. The pixels are not touched: until a reader stores them
+/// they cost addresses only, so a header that promises more than its file holds is cheap.
 Picture MakePicture(Picture::Kind kind, long long rows, long long columns);
+
+/// Notes damage that lies behind the pixels of the first picture, all of which were read.
+///
+/// @param what the end of a sentence
+void NoteDamage(InputNotes& notes, const std::string& what);
 
 /// The picture with pixels and channels of its own. Throws Problem without memory.
 Picture CopyPicture(const Picture& picture);

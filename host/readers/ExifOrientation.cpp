@@ -1,7 +1,6 @@
 #include "ExifOrientation.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <vector>
 
@@ -10,6 +9,10 @@
 namespace gif89 {
 
 namespace {
+
+// What a marker of a JPEG file holds. libexif copies every field, and all of them may lie in the
+// same bytes of a block.
+constexpr std::size_t kMostBytes = 65533;
 
 constexpr std::uint8_t kIntroduction[] = {'E', 'x', 'i', 'f', 0, 0};
 
@@ -29,8 +32,8 @@ std::vector<std::uint8_t> WithIntroduction(std::span<const std::uint8_t> exif) {
 } // namespace
 
 int ExifOrientation(std::span<const std::uint8_t> exif) {
-    const std::vector<std::uint8_t> block = WithIntroduction(exif);
-    if (block.size() > std::numeric_limits<unsigned>::max()) return 1;
+    const std::vector<std::uint8_t> block =
+        WithIntroduction(exif.first(std::min(exif.size(), kMostBytes)));
     const std::unique_ptr<ExifData, ExifRelease> data(
         exif_data_new_from_data(block.data(), static_cast<unsigned>(block.size())));
     if (!data) return 1;

@@ -1,7 +1,6 @@
 #include "InputFile.h"
 
 #include "FolderTable.h"
-#include "Problem.h"
 #include "Streams.h"
 
 #include <algorithm>
@@ -19,8 +18,8 @@ namespace {
 
 constexpr std::size_t kBufferBytes = 65536;
 
-Problem SystemProblem(const char* what) {
-    return Problem(std::string(what) + ": " + SystemReason());
+InputProblem SystemProblem(const char* what) {
+    return InputProblem(std::string(what) + ": " + SystemReason());
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // A file or standard input as a stream of bytes, read once from front to back.
 #pragma once
 
+#include "Problem.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -9,9 +11,15 @@
 
 namespace gif89 {
 
+/// The system's own reason why a file cannot be read, as opposed to what stands in it.
+class InputProblem : public Problem {
+  public:
+    using Problem::Problem;
+};
+
 /// Bytes in order, buffered, without seeking, so that a pipe does as well as a file. Every member
-/// that reads throws Problem with the system's reason when the system reports an error; an error
-/// is never taken for the end of the file.
+/// that reads throws InputProblem with the system's reason when the system reports an error; an
+/// error is never taken for the end of the file.
 class InputFile {
   public:
     /// How many bytes Peek shows.

@@ -1,5 +1,6 @@
 #include "ReadBmp.h"
 
+#include "MetadataAllowance.h"
 #include "Problem.h"
 
 #include <algorithm>
@@ -114,6 +115,7 @@ std::span<const std::uint8_t> FindProfile(const Bytes& file, const Header& heade
     const std::size_t offset = kInfo + ReadLE(file, kInfo + 112, 4); // bV5ProfileData
     const std::size_t size = ReadLE(file, kInfo + 116, 4);           // bV5ProfileSize
     if (offset + size > file.size()) throw EndProblem();
+    MetadataAllowance().Take(size);
     return std::span(file).subspan(offset, size);
 }
 
@@ -194,7 +196,7 @@ std::uint8_t ColorReader::Level(std::uint32_t word, const Mask& mask) {
 /// Unpacks runs into a picture's indices.
 class RunReader {
   public:
-    RunReader(const Bytes& bytes, const Header& fileHeader, const Picture& target)
+    RunReader(const Bytes& bytes, const Header& fileHeader, Picture& target)
         : file(bytes), header(fileHeader), picture(target), next(header.firstPixel) {}
 
     void Read() {
@@ -222,13 +224,19 @@ class RunReader {
 
     const Bytes& file;
     const Header& header;
-    const Picture& picture;
+    Picture& picture;
     std::size_t next;        // byte in the file
     int row = 0, column = 0; // of the next pixel, in the order of the file
 };
 
 // A count and what to repeat, or 0 and a code. False at the end of the picture.
 bool RunReader::ReadRun() {
+    const bool isWhole =
+        row >= picture.rows || (row == picture.rows - 1 && column == picture.columns);
+    if (isWhole && next == file.size()) {
+        NoteDamage(picture.notes, "its end is missing");
+        return false;
+    }
     const int count = Byte();
     const int value = Byte();
     if (count == 0) return ReadEscape(value);

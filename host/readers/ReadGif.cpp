@@ -2,6 +2,7 @@
 
 #include "CommentText.h"
 #include "Frame.h"
+#include "MetadataAllowance.h"
 #include "Problem.h"
 
 #include <algorithm>
@@ -16,9 +17,16 @@ namespace gif89 {
 
 namespace {
 
-Problem DamageProblem(const std::string& what) {
-    return Problem("is a damaged GIF picture: " + what);
-}
+/// Damage of the file, which may lie behind the first picture.
+class DamageProblem : public Problem {
+  public:
+    explicit DamageProblem(const std::string& theDamage)
+        : Problem("is a damaged GIF picture: " + theDamage), damage(theDamage) {}
+    const std::string& Damage() const { return damage; }
+
+  private:
+    std::string damage;
+};
 
 /// One reading.
 class GifReader {
@@ -36,6 +44,7 @@ class GifReader {
     void Check(int status) const;
     [[noreturn]] void Fail(int error) const;
 
+    void ReadRecords();
     void ReadExtension();
     void ReadControl(std::span<const std::uint8_t> block);
     void ReadFirstPicture();
@@ -55,7 +64,9 @@ class GifReader {
     int transparentIndex = -1;
     int background = -1; // index for pixels around the frame, if the picture's table has one
     int pictures = 0;
+    bool isFirstRead = false;
     Picture picture;
+    MetadataAllowance allowance;
     std::string comment;
 };
 
@@ -69,9 +80,16 @@ int GifReader::OnRead(GifFileType* gif, GifByteType* bytes, int count) {
     return static_cast<GifReader*>(gif->UserData)->Fetch(bytes, static_cast<std::size_t>(count));
 }
 
+// Where the file ends within the first picture, giflib is told that no block follows. It complains
+// where it still needs one.
 int GifReader::Fetch(std::uint8_t* bytes, std::size_t count) noexcept {
     try {
-        return static_cast<int>(input.Read(bytes, count));
+        const std::size_t got = input.Read(bytes, count);
+        if (got == 0 && count == 1 && pictures == 1 && !isFirstRead) {
+            *bytes = 0;
+            return 1;
+        }
+        return static_cast<int>(got);
     } catch (...) {
         inputProblem = std::current_exception();
         return 0;
@@ -88,21 +106,19 @@ void GifReader::Fail(int error) const {
     // What the library reports of a read that brings less than asked for.
     constexpr int kEarlyEnds[] = {D_GIF_ERR_READ_FAILED, D_GIF_ERR_NO_SCRN_DSCR};
     if (std::find(std::begin(kEarlyEnds), std::end(kEarlyEnds), error) != std::end(kEarlyEnds))
-        throw DamageProblem("the file ends before the picture does");
+        throw DamageProblem(isFirstRead ? "its end is missing"
+                                        : "the file ends before the picture does");
+    if (error == D_GIF_ERR_NOT_ENOUGH_MEM) throw std::bad_alloc();
     const char* const text = GifErrorString(error);
     throw DamageProblem(text ? text : "its pixels are not stored as a GIF's");
 }
 
 Picture GifReader::Read() {
-    for (GifRecordType record = UNDEFINED_RECORD_TYPE; record != TERMINATE_RECORD_TYPE;) {
-        Check(DGifGetRecordType(gif, &record));
-        if (record == EXTENSION_RECORD_TYPE) ReadExtension();
-        if (record != IMAGE_DESC_RECORD_TYPE) continue;
-        Check(DGifGetImageHeader(gif));
-        if (++pictures == 1)
-            ReadFirstPicture();
-        else
-            SkipPicture();
+    try {
+        ReadRecords();
+    } catch (const DamageProblem& problem) {
+        if (!isFirstRead) throw;
+        NoteDamage(picture.notes, problem.Damage());
     }
     if (pictures == 0) throw DamageProblem("there is no picture in it");
     Finish();
@@ -114,6 +130,19 @@ Picture GifReader::Read() {
     return std::move(picture);
 }
 
+void GifReader::ReadRecords() {
+    for (GifRecordType record = UNDEFINED_RECORD_TYPE; record != TERMINATE_RECORD_TYPE;) {
+        Check(DGifGetRecordType(gif, &record));
+        if (record == EXTENSION_RECORD_TYPE) ReadExtension();
+        if (record != IMAGE_DESC_RECORD_TYPE) continue;
+        Check(DGifGetImageHeader(gif));
+        if (++pictures == 1)
+            ReadFirstPicture();
+        else
+            SkipPicture();
+    }
+}
+
 void GifReader::ReadExtension() {
     int label = 0;
     GifByteType* block = nullptr; // its length, then its bytes
@@ -123,7 +152,10 @@ void GifReader::ReadExtension() {
     const bool isComment = label == COMMENT_EXT_FUNC_CODE && comment.empty();
     std::string text;
     while (block) {
-        if (isComment) text.append(block + 1, block + 1 + block[0]);
+        if (isComment) {
+            allowance.Take(block[0]);
+            text.append(block + 1, block + 1 + block[0]);
+        }
         Check(DGifGetExtensionNext(gif, &block));
     }
     if (isComment) comment = CommentText(text);
@@ -146,6 +178,7 @@ void GifReader::ReadFirstPicture() {
     SetTable();
     ReadRows();
     CheckIndices();
+    isFirstRead = true;
 }
 
 void GifReader::SetTable() {
@@ -192,8 +225,8 @@ void GifReader::CheckIndices() {
         picture.colors = transparentIndex + 1;
 }
 
-// Only when the whole file is found sound, so that a small damaged one does not cost the memory of
-// a large screen.
+// Only when the first picture is found sound, so that a small damaged one does not cost the memory
+// of a large screen.
 void GifReader::Finish() {
     const int filler = transparentIndex >= 0 ? transparentIndex : std::max(background, 0);
     FillAround(Indices(), frame, static_cast<std::uint8_t>(filler));

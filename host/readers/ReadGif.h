@@ -15,8 +15,9 @@ namespace gif89 {
 /// transparent. The comment is the first one with a text, wherever it stands.
 ///
 /// The further pictures are counted in notes.pictures but not decoded. Throws Problem for input
-/// that is cut short, anywhere up to its trailer, or damaged; bytes after the end are ignored.
-/// Source: Graphics Interchange Format, version 89a.
+/// that is cut short or damaged within the first picture; what is wrong behind it, a missing
+/// trailer or a later picture, is a warning in the notes. Bytes after the end are ignored. Source:
+/// Graphics Interchange Format, version 89a.
 Picture ReadGif(InputFile& input);
 
 } // namespace gif89

@@ -3,6 +3,7 @@
 #include "ColorProfile.h"
 #include "CommentText.h"
 #include "ExifOrientation.h"
+#include "MetadataAllowance.h"
 #include "Problem.h"
 
 #include <algorithm>
@@ -27,9 +28,14 @@ namespace {
 // A progressive picture of a few kilobytes can ask for thousands of walks over a huge picture.
 constexpr int kMostScans = 500;
 
+// What the library may hold of a picture that comes in several scans before its first row.
+constexpr std::uint64_t kMostCoefficientBytes = std::uint64_t{1} << 31;
+
 // Complaints that leave the pixels as they were meant. Cameras are fond of padding.
 constexpr int kHarmlessWarnings[] = {JWRN_ADOBE_XFORM, JWRN_JFIF_MAJOR, JWRN_EXTRANEOUS_DATA,
                                      JWRN_TOO_MUCH_DATA, JWRN_BOGUS_ICC};
+
+constexpr char kEndsEarly[] = "the file ends before the picture does";
 
 // Markers beside those that make up the picture.
 constexpr int kExifMarker = JPEG_APP0 + 1, kProfileMarker = JPEG_APP0 + 2;
@@ -55,12 +61,17 @@ class JpegReader {
     static boolean OnEmpty(j_decompress_ptr decoder);
     static void OnSkip(j_decompress_ptr decoder, long count);
     bool Fetch() noexcept;
+    static void* OnAllocate(j_common_ptr common, int pool, std::size_t size);
+    bool Allow(std::size_t bytes) noexcept;
 
     void Create();
     void ReadHeader();
+    void CheckCoefficients();
     void MakeTarget();
     void TakeProfile();
     void ReadRows();
+    bool AreScansComplete();
+    void ReadEnd();
     int Orientation() const;
     std::string Comment() const;
 
@@ -71,7 +82,12 @@ class JpegReader {
     jpeg_progress_mgr progress = {};
     std::jmp_buf jump = {};
     char reason[JMSG_LENGTH_MAX] = "";
-    std::exception_ptr inputProblem; // thrown by the file, carried around libjpeg
+    bool outOfMemory = false;
+    std::exception_ptr problem; // thrown by what libjpeg called, carried around it
+    MetadataAllowance allowance;
+    void* (*allocate)(j_common_ptr, int, std::size_t) = nullptr; // the library's own
+    bool inPixels = false;
+    bool endMissing = false;
 
     Picture picture;
     std::vector<std::uint8_t> inks; // one row of cyan, magenta, yellow, black
@@ -88,8 +104,8 @@ template <typename Step> void JpegReader::Guard(Step step) {
 }
 
 void JpegReader::Fail() const {
-    if (inputProblem) std::rethrow_exception(inputProblem);
-    if (std::string_view(reason).starts_with("Insufficient memory")) throw std::bad_alloc();
+    if (problem) std::rethrow_exception(problem);
+    if (outOfMemory) throw std::bad_alloc();
     throw Problem("is a damaged JPEG picture: " + std::string(reason));
 }
 
@@ -100,6 +116,7 @@ void JpegReader::Jump(const char* why) {
 
 void JpegReader::OnError(j_common_ptr common) {
     JpegReader& reader = ReaderOf(common);
+    reader.outOfMemory = common->err->msg_code == JERR_OUT_OF_MEMORY;
     reader.errors.format_message(common, reader.reason);
     std::longjmp(reader.jump, 1);
 }
@@ -119,9 +136,16 @@ void JpegReader::OnProgress(j_common_ptr common) {
     if (reader.decoder.input_scan_number > kMostScans) reader.Jump("it has more than 500 scans");
 }
 
+// The library fetches more bits than it needs, so a file without its end marker is given one: where
+// bits are missing in fact it complains.
 boolean JpegReader::OnEmpty(j_decompress_ptr decoder) {
+    static constexpr JOCTET kEnd[] = {0xFF, JPEG_EOI};
     JpegReader& reader = ReaderOf(reinterpret_cast<j_common_ptr>(decoder));
-    if (!reader.Fetch()) reader.Jump("the file ends before the picture does");
+    if (reader.Fetch()) return TRUE;
+    if (reader.problem || !reader.inPixels) reader.Jump(kEndsEarly);
+    reader.endMissing = true;
+    reader.source.next_input_byte = kEnd;
+    reader.source.bytes_in_buffer = sizeof kEnd;
     return TRUE;
 }
 
@@ -143,7 +167,24 @@ bool JpegReader::Fetch() noexcept {
         source.bytes_in_buffer = bytes.size();
         return !bytes.empty();
     } catch (...) {
-        inputProblem = std::current_exception();
+        problem = std::current_exception();
+        return false;
+    }
+}
+
+// The library has smaller blocks and those for samples made elsewhere; these are for saved markers.
+void* JpegReader::OnAllocate(j_common_ptr common, int pool, std::size_t size) {
+    JpegReader& reader = ReaderOf(common);
+    if (!reader.Allow(size)) reader.Jump("");
+    return reader.allocate(common, pool, size);
+}
+
+bool JpegReader::Allow(std::size_t bytes) noexcept {
+    try {
+        allowance.Take(bytes);
+        return true;
+    } catch (...) {
+        problem = std::current_exception();
         return false;
     }
 }
@@ -155,7 +196,7 @@ Picture JpegReader::Read() {
     ReadRows();
     picture.notes.orientation = Orientation();
     picture.comment = Comment(); // both are forgotten by the next step
-    Guard([this] { jpeg_finish_decompress(&decoder); });
+    ReadEnd();
     return std::move(picture);
 }
 
@@ -165,6 +206,7 @@ void JpegReader::Create() {
     errors.error_exit = OnError;
     errors.emit_message = OnMessage;
     Guard([this] { jpeg_create_decompress(&decoder); });
+    allocate = std::exchange(decoder.mem->alloc_large, OnAllocate);
 
     source.init_source = [](j_decompress_ptr) {};
     source.fill_input_buffer = OnEmpty;
@@ -202,10 +244,26 @@ void JpegReader::ReadHeader() {
     decoder.do_fancy_upsampling = TRUE;
 }
 
+// A picture in several scans is kept whole as coefficients, of two bytes each, until the last one.
+void JpegReader::CheckCoefficients() {
+    if (jpeg_has_multiple_scans(&decoder) == 0) return;
+    std::uint64_t bytes = 0;
+    for (int n = 0; n < decoder.num_components; ++n)
+        bytes += std::uint64_t{decoder.comp_info[n].width_in_blocks} *
+                 decoder.comp_info[n].height_in_blocks * sizeof(JBLOCK);
+    if (bytes > kMostCoefficientBytes)
+        throw Problem("is a JPEG picture of " + std::to_string(decoder.image_width) + " x " +
+                      std::to_string(decoder.image_height) +
+                      " pixels in several scans; these take " + std::to_string(bytes >> 20) +
+                      " megabytes at a time, not at most " +
+                      std::to_string(kMostCoefficientBytes >> 20));
+}
+
 void JpegReader::MakeTarget() {
     const bool grey = decoder.out_color_space == JCS_GRAYSCALE;
     picture = MakePicture(grey ? Picture::Kind::indexed : Picture::Kind::rgb, decoder.image_height,
                           decoder.image_width);
+    CheckCoefficients();
     picture.notes.format = "JPEG";
     picture.notes.bits = decoder.data_precision;
     TakeProfile();
@@ -226,6 +284,7 @@ void JpegReader::TakeProfile() {
 }
 
 void JpegReader::ReadRows() {
+    inPixels = true;
     Guard([this] {
         jpeg_start_decompress(&decoder);
         while (decoder.output_scanline < decoder.output_height) {
@@ -236,6 +295,30 @@ void JpegReader::ReadRows() {
             if (!inks.empty()) inkConverter->ConvertRow(row, decoder.image_width, place);
         }
     });
+}
+
+// A progressive file that ends between two scans would give a coarser picture, and not a word of
+// it. Where arithmetic codes end, zeros go on that are not stored, so that nothing is ever missing.
+bool JpegReader::AreScansComplete() {
+    if (decoder.arith_code != 0) return false;
+    if (jpeg_has_multiple_scans(&decoder) == 0) return true;
+    if (!decoder.coef_bits) return false;
+    for (int n = 0; n < decoder.num_components; ++n)
+        for (const int missingBits : decoder.coef_bits[n])
+            if (missingBits != 0) return false;
+    return true;
+}
+
+void JpegReader::ReadEnd() {
+    if (endMissing && !AreScansComplete())
+        throw Problem("is a damaged JPEG picture: " + std::string(kEndsEarly));
+    if (setjmp(jump) == 0)
+        jpeg_finish_decompress(&decoder);
+    else if (problem || outOfMemory)
+        Fail();
+    else if (!endMissing)
+        NoteDamage(picture.notes, reason);
+    if (endMissing) NoteDamage(picture.notes, "its end is missing");
 }
 
 int JpegReader::Orientation() const {

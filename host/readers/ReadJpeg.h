@@ -13,7 +13,9 @@ namespace gif89 {
 /// EXIF orientation are left to the caller, in the notes. The slow integer transform and
 /// smooth upsampling are asked for by name, so that a picture always gives the same pixels. The
 /// comment is that of the first comment marker with a text. Throws Problem for input that is cut
-/// short or whose pixels are damaged; bytes after the end are ignored. Source: ITU-T T.81.
+/// short or whose pixels are damaged, and for pictures in several scans that take more than 2 GiB
+/// to put together; a missing end is a warning in the notes. Bytes after the end are ignored.
+/// Source: ITU-T T.81.
 Picture ReadJpeg(InputFile& input);
 
 } // namespace gif89

@@ -2,7 +2,9 @@
 
 #include "CommentText.h"
 #include "ExifOrientation.h"
+#include "MetadataAllowance.h"
 #include "Problem.h"
+#include "StatedColors.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -11,17 +13,19 @@
 #include <cstring>
 #include <exception>
 #include <new>
+#include <optional>
 #include <png.h>
 #include <span>
+#include <string_view>
 #include <utility>
 
 namespace gif89 {
 
 namespace {
 
-// For texts and the like, and more than any row takes. libpng's own limit for chunks only warns,
-// and then the length alone makes it ask for, and clear, up to 2 gigabytes.
-constexpr png_alloc_size_t kLargestBlock = 8'000'000;
+// Chunks that libpng 1.6 knows nothing of: the animation, and colours by number.
+constexpr png_byte kFurtherChunks[] = "acTL\0fcTL\0cICP";
+constexpr int kFurtherChunkCount = 3;
 
 /// Which pixels of the picture one pass brings.
 struct Grid {
@@ -47,6 +51,10 @@ constexpr ColorForm kColorForms[] = {
     {PNG_COLOR_TYPE_RGB, rgb, 3, {0, 1, 2, -1}, rgbAlpha},
     {PNG_COLOR_TYPE_RGB_ALPHA, rgbAlpha, 4, {0, 1, 2, 3}, rgbAlpha}};
 
+bool IsNamed(const png_unknown_chunk& chunk, std::string_view name) {
+    return name == reinterpret_cast<const char*>(chunk.name);
+}
+
 std::uint8_t ReduceTo8Bits(unsigned sample) {
     return static_cast<std::uint8_t>((sample * 255 + 32767) / 65535);
 }
@@ -67,8 +75,9 @@ class PngReader {
     [[noreturn]] void Fail() const;
     [[noreturn]] static void OnError(png_structp png, png_const_charp message);
     static void OnWarning(png_structp png, png_const_charp message);
-    static png_voidp OnAllocate(png_structp, png_alloc_size_t size);
+    static png_voidp OnAllocate(png_structp png, png_alloc_size_t size);
     static void OnFree(png_structp, png_voidp block) { std::free(block); }
+    void* Allocate(std::size_t size) noexcept;
     static void OnRead(png_structp png, png_bytep bytes, std::size_t count);
     bool Fetch(std::uint8_t* bytes, std::size_t count) noexcept;
 
@@ -78,9 +87,14 @@ class PngReader {
     void SetTransparency();
     void ReadRows();
     void PlaceRow(int row, const Grid& grid);
+    void ReadEnd();
     void CheckIndices() const;
     void FinishTransparency();
+    std::span<const png_unknown_chunk> FurtherChunks() const;
+    void CountPictures();
     void TakeProfile();
+    std::optional<double> Gamma() const;
+    std::optional<Chromaticities> Points() const;
     int Orientation() const;
     std::string Comment() const;
 
@@ -88,12 +102,15 @@ class PngReader {
     png_structp png = nullptr;
     png_infop info = nullptr;
     char reason[200] = "";
-    std::exception_ptr inputProblem; // thrown by the file, carried around libpng
+    bool atEnd = false;         // the file ended where libpng wanted more
+    std::exception_ptr problem; // thrown by what libpng called, carried around it
+    // libpng asks for little else, and for the rest of it once.
+    MetadataAllowance allowance;
 
     png_uint_32 columns = 0, rows = 0;
     int depth = 0, colorType = 0;
     bool interlaced = false;
-    bool profileDoubted = false;
+    bool colorsDoubted = false; // what the file says of its colours is damaged
     const ColorForm* form = nullptr;
     bool keyed = false;          // pixels of color `key` are transparent
     unsigned key[3] = {};        // at full depth
@@ -103,11 +120,12 @@ class PngReader {
 };
 
 PngReader::PngReader(InputFile& file) : input(file) {
-    png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning, nullptr,
+    png = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning, this,
                                    OnAllocate, OnFree);
     if (png) info = png_create_info_struct(png);
     if (!info) {
         png_destroy_read_struct(&png, nullptr, nullptr);
+        if (problem) std::rethrow_exception(problem);
         throw Problem("cannot be read: libpng does not start");
     }
     std::memset(opacityOf, 255, sizeof opacityOf);
@@ -119,8 +137,7 @@ template <typename Step> void PngReader::Guard(Step step) {
 }
 
 void PngReader::Fail() const {
-    if (inputProblem) std::rethrow_exception(inputProblem);
-    if (std::strcmp(reason, "Out of memory") == 0) throw std::bad_alloc();
+    if (problem) std::rethrow_exception(problem);
     throw Problem("is a damaged PNG picture: " + std::string(reason));
 }
 
@@ -131,14 +148,31 @@ void PngReader::OnError(png_structp png, png_const_charp message) {
 }
 
 // Warnings open with the name of the chunk. The library drops a damaged profile, and one that is
-// not for the picture's color type.
+// not for the picture's color type. It would do without a text that there is no memory for, and
+// unpack the next one in vain.
 void PngReader::OnWarning(png_structp png, png_const_charp message) {
     auto* reader = static_cast<PngReader*>(png_get_error_ptr(png));
-    if (std::strncmp(message, "iCCP:", 5) == 0) reader->profileDoubted = true;
+    if (reader->problem) png_longjmp(png, 1);
+    const std::string_view chunk(message, std::min<std::size_t>(std::strlen(message), 5));
+    if (chunk == "iCCP:" || chunk == "gAMA:" || chunk == "cHRM:") reader->colorsDoubted = true;
 }
 
-png_voidp PngReader::OnAllocate(png_structp, png_alloc_size_t size) {
-    return size <= kLargestBlock ? std::malloc(size) : nullptr;
+png_voidp PngReader::OnAllocate(png_structp png, png_alloc_size_t size) {
+    return static_cast<PngReader*>(png_get_mem_ptr(png))->Allocate(size);
+}
+
+// The length of a chunk alone can make libpng ask for, and clear, 2 gigabytes; its own limit only
+// warns.
+void* PngReader::Allocate(std::size_t size) noexcept {
+    try {
+        allowance.Take(size);
+        void* const block = std::malloc(size);
+        if (!block) throw std::bad_alloc();
+        return block;
+    } catch (...) {
+        problem = std::current_exception();
+        return nullptr;
+    }
 }
 
 void PngReader::OnRead(png_structp png, png_bytep bytes, std::size_t count) {
@@ -148,9 +182,10 @@ void PngReader::OnRead(png_structp png, png_bytep bytes, std::size_t count) {
 
 bool PngReader::Fetch(std::uint8_t* bytes, std::size_t count) noexcept {
     try {
-        return input.Read(bytes, count) == count;
+        atEnd = input.Read(bytes, count) < count;
+        return !atEnd;
     } catch (...) {
-        inputProblem = std::current_exception();
+        problem = std::current_exception();
         return false;
     }
 }
@@ -158,12 +193,13 @@ bool PngReader::Fetch(std::uint8_t* bytes, std::size_t count) noexcept {
 Picture PngReader::Read() {
     ReadHeader();
     MakeTarget();
+    CountPictures();
+    TakeProfile();
     ReadRows();
-    Guard([this] { png_read_end(png, info); });
+    ReadEnd();
     CheckIndices();
     FinishTransparency();
     DropOpaqueAlpha(picture);
-    TakeProfile();
     picture.notes.orientation = Orientation();
     picture.comment = Comment();
     return std::move(picture);
@@ -175,10 +211,14 @@ void PngReader::ReadHeader() {
         // Sides are left to MakePicture, which says more than libpng would. Nothing before it
         // asks for memory by the size of the picture.
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-        png_set_chunk_malloc_max(png, kLargestBlock); // unpacked
+        png_set_chunk_malloc_max(png, MetadataAllowance::kMegabytes << 20); // unpacked
         // By default a damaged tRNS is skipped, and the picture loses its transparency unseen.
         png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, kFurtherChunks,
+                                    kFurtherChunkCount);
         png_read_info(png, info);
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, kFurtherChunks,
+                                    kFurtherChunkCount);
         int interlaceType = 0;
         png_get_IHDR(png, info, &columns, &rows, &depth, &colorType, &interlaceType, nullptr,
                      nullptr);
@@ -286,6 +326,18 @@ void PngReader::PlaceRow(int row, const Grid& grid) {
     }
 }
 
+// Behind the pixels are texts at most, and the further pictures of an animation. A wrong sum of the
+// pixels' own chunk is found here as well.
+void PngReader::ReadEnd() {
+    if (setjmp(png_jmpbuf(png)) == 0)
+        png_read_end(png, info);
+    else if (problem || (!atEnd && std::strncmp(reason, "IDAT", 4) == 0))
+        Fail();
+    else
+        NoteDamage(picture.notes, atEnd ? "its end is missing" : reason);
+    if (problem) Fail(); // libpng does without some texts in silence
+}
+
 void PngReader::CheckIndices() const {
     if (picture.kind != indexed) return;
     const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
@@ -306,9 +358,34 @@ void PngReader::FinishTransparency() {
         picture.channels.clear();
 }
 
+// Those before the pixels; later ones are not kept.
+std::span<const png_unknown_chunk> PngReader::FurtherChunks() const {
+    png_unknown_chunkp first = nullptr;
+    const int count = png_get_unknown_chunks(png, info, &first);
+    return {first, static_cast<std::size_t>(count)};
+}
+
+// The picture itself is a frame of the animation when a frame control comes before it.
+void PngReader::CountPictures() {
+    unsigned frames = 0;
+    bool isFrame = false;
+    for (const png_unknown_chunk& chunk : FurtherChunks()) {
+        if (IsNamed(chunk, "acTL") && chunk.size == 8) frames = png_get_uint_32(chunk.data);
+        if (IsNamed(chunk, "fcTL")) isFrame = true;
+    }
+    const unsigned others = std::min<unsigned>(frames, PNG_UINT_31_MAX - 1) - (isFrame ? 1 : 0);
+    if (frames > 0) picture.notes.pictures = static_cast<int>(others + 1);
+}
+
+// Whatever comes first in this order says what the colors are.
 void PngReader::TakeProfile() {
     using enum InputNotes::ProfileUse;
     InputNotes& notes = picture.notes;
+    const bool hasColor = (colorType & PNG_COLOR_MASK_COLOR) != 0;
+    const SampleKind samples = hasColor ? SampleKind::color : SampleKind::grey;
+    for (const png_unknown_chunk& chunk : FurtherChunks())
+        if (IsNamed(chunk, "cICP"))
+            return StateCodePoints(notes, {chunk.data, chunk.size}, samples);
     png_charp name = nullptr; // chosen by the writing program; the profile has one of its own
     png_bytep bytes = nullptr;
     png_uint_32 count = 0;
@@ -318,9 +395,24 @@ void PngReader::TakeProfile() {
     } else if (png_get_sRGB(png, info, &intent) != 0) {
         notes.profileUse = same;
         notes.profileName = "sRGB";
-    } else if (profileDoubted) {
+    } else if (colorsDoubted) {
         notes.profileUse = unusable;
+    } else {
+        StateGamma(notes, Gamma(), Points(), samples);
     }
+}
+
+std::optional<double> PngReader::Gamma() const {
+    double gamma = 0;
+    if (png_get_gAMA(png, info, &gamma) == 0) return {};
+    return gamma;
+}
+
+std::optional<Chromaticities> PngReader::Points() const {
+    Chromaticities p = {};
+    if (png_get_cHRM(png, info, &p[0], &p[1], &p[2], &p[3], &p[4], &p[5], &p[6], &p[7]) == 0)
+        return {};
+    return p;
 }
 
 int PngReader::Orientation() const {

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace gif89 {
@@ -237,6 +238,40 @@ class PixelReader {
     bool rounded = false;
 };
 
+bool IsPnmNext(InputFile& input) {
+    const std::span<const std::uint8_t> start = input.Peek();
+    return start.size() > 2 && start[0] == 'P' && start[1] >= '5' && start[1] <= '7' &&
+           (IsSpace(start[2]) || start[2] == '#');
+}
+
+void SkipBytes(InputFile& input, const char* format, std::uint64_t count) {
+    while (count > 0) {
+        std::uint8_t skipped[65536];
+        const std::size_t some = std::min<std::uint64_t>(count, sizeof skipped);
+        if (input.Read(skipped, some) < some)
+            throw HeaderProblem(format, "its pixels end too early");
+        count -= some;
+    }
+}
+
+// Streams of several pictures are legal. What is no picture any more is not looked at.
+void CountFurther(InputFile& input, InputNotes& notes) {
+    try {
+        while (IsPnmNext(input)) {
+            ++notes.pictures;
+            const Header header = ReadHeader(input);
+            const std::uint64_t rowBytes = static_cast<std::uint64_t>(header.columns) *
+                                           static_cast<std::uint64_t>(header.depth) *
+                                           (header.maximum > 255 ? 2 : 1);
+            SkipBytes(input, header.format, rowBytes * static_cast<std::uint64_t>(header.rows));
+        }
+    } catch (const InputProblem&) {
+        throw;
+    } catch (const Problem& problem) {
+        NoteDamage(notes, std::string("a further picture ") + problem.what());
+    }
+}
+
 } // namespace
 
 Picture ReadPnm(InputFile& input) {
@@ -244,6 +279,7 @@ Picture ReadPnm(InputFile& input) {
     Picture picture = MakeTarget(header);
     PixelReader(input, header).Read(picture);
     DropOpaqueAlpha(picture);
+    CountFurther(input, picture.notes);
     return picture;
 }
 

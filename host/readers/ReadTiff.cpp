@@ -1,6 +1,7 @@
 #include "ReadTiff.h"
 
 #include "CommentText.h"
+#include "MetadataAllowance.h"
 #include "Problem.h"
 #include "TiffFile.h"
 #include "TiffSamples.h"
@@ -61,6 +62,10 @@ void FindAlpha(const TiffFile& file, TiffLayout& layout) {
             kinds[n] == EXTRASAMPLE_ASSOCALPHA && layout.photometric != PHOTOMETRIC_PALETTE;
         return;
     }
+    // Many writers leave out what a fourth sample beside RGB is.
+    layout.guessed = layout.form->colorants == 3 && layout.samples > 3 &&
+                     (count == 0 || kinds[0] == EXTRASAMPLE_UNSPECIFIED);
+    if (layout.guessed) layout.alpha = 3;
 }
 
 TiffLayout ReadLayout(const TiffFile& file) {
@@ -111,7 +116,6 @@ InputNotes TakeNotes(const TiffFile& file, const TiffLayout& layout) {
     InputNotes notes;
     notes.format = "TIFF";
     notes.bits = layout.bits;
-    notes.pictures = static_cast<int>(TIFFNumberOfDirectories(file.Get()));
     notes.orientation = file.Field(TIFFTAG_ORIENTATION, std::uint16_t{ORIENTATION_TOPLEFT});
     std::uint32_t size = 0;
     const void* bytes = nullptr;
@@ -191,10 +195,10 @@ void Unpack(const std::uint8_t* bytes, int bits, int count, std::uint16_t* sampl
 /// Reads the rows or tiles of a picture whose samples we place ourselves.
 class SampleReader {
   public:
-    SampleReader(std::span<const std::uint8_t> bytes, const TiffFile& opened,
-                 const TiffLayout& fileLayout, Picture& picture)
-        : content(bytes), file(opened), layout(fileLayout), placer(picture, layout),
-          planes(layout.separate ? layout.samples : 1),
+    SampleReader(std::span<const std::uint8_t> bytes, MetadataAllowance& left,
+                 const TiffFile& opened, const TiffLayout& fileLayout, Picture& picture)
+        : content(bytes), allowance(left), file(opened), layout(fileLayout),
+          placer(picture, layout), planes(layout.separate ? layout.samples : 1),
           samplesOfPlane(layout.separate ? 1 : layout.samples) {}
 
     void Read() {
@@ -212,6 +216,7 @@ class SampleReader {
                       std::uint32_t count);
 
     std::span<const std::uint8_t> content;
+    MetadataAllowance& allowance;
     const TiffFile& file;
     const TiffLayout& layout;
     TiffSamplePlacer placer;
@@ -226,7 +231,7 @@ void SampleReader::ReadRows() {
     std::deque<TiffFile> others;
     std::vector<const TiffFile*> files = {&file};
     while (files.size() < static_cast<std::size_t>(planes))
-        files.push_back(&others.emplace_back(content));
+        files.push_back(&others.emplace_back(content, allowance));
     const std::uint64_t rowBytes = TIFFScanlineSize64(file.Get());
     MakeBuffers(rowBytes, rowBytes, layout.columns);
     for (std::uint32_t row = 0; row < layout.rows; ++row) {
@@ -313,22 +318,41 @@ Picture ReadThroughLibrary(const TiffFile& file, const TiffLayout& layout) {
     return picture;
 }
 
+// A sample that is 0 everywhere, and of which the file does not say what it is, was more likely
+// left unused than meant to hide the whole picture.
+void DropUnusedSample(Picture& picture) {
+    std::uint8_t* const pixels = picture.pixels.get();
+    for (std::size_t at = 3; at < picture.PixelBytes(); at += 4)
+        if (pixels[at] != 0) return;
+    for (std::size_t at = 3; at < picture.PixelBytes(); at += 4) pixels[at] = 255;
+    ++picture.notes.droppedSamples;
+}
+
+void CountPictures(TiffFile& file, InputNotes& notes) {
+    notes.pictures = static_cast<int>(TIFFNumberOfDirectories(file.Get()));
+    const std::string complaint = file.TakeComplaint();
+    if (!complaint.empty()) NoteDamage(notes, complaint);
+}
+
 } // namespace
 
 Picture ReadTiff(InputFile& input) {
     const std::vector<std::uint8_t> content = input.ReadRest();
-    const TiffFile file(content);
+    MetadataAllowance allowance;
+    TiffFile file(content, allowance);
     const TiffLayout layout = ReadLayout(file);
     CheckLayout(file, layout);
     Picture picture;
     if (layout.form) {
         picture = MakeTarget(file, layout);
-        SampleReader(content, file, layout, picture).Read();
+        SampleReader(content, allowance, file, layout, picture).Read();
     } else {
         picture = ReadThroughLibrary(file, layout);
     }
     file.Check();
+    if (layout.guessed) DropUnusedSample(picture);
     DropOpaqueAlpha(picture);
+    CountPictures(file, picture.notes);
     picture.comment = TakeComment(file);
     return picture;
 }

@@ -19,12 +19,15 @@ namespace gif89 {
 ///   multiplication.
 /// - YCbCr becomes RGB of 8 bits as libtiff converts it.
 ///
-/// The first extra sample that is declared as opacity becomes that. Where colours are stored
+/// The first extra sample that is declared as opacity becomes that; without one the fourth of RGB
+/// does if the file does not say what it is, unless it is 0 everywhere. Where colours are stored
 /// multiplied by it they are divided again, rounded. Other extra samples become channels "Alpha 1",
-/// "Alpha 2", ... of palette and grey pictures and are dropped from others.
+/// "Alpha 2", ... of palette and grey pictures and are dropped from others, which
+/// notes.droppedSamples counts.
 ///
 /// The comment is the image description. Throws Problem for input that is cut short or damaged, and
-/// for kinds of samples that are not among these. Source: TIFF 6.0.
+/// for kinds of samples that are not among these; damage of the further directories is a warning in
+/// the notes. Source: TIFF 6.0.
 Picture ReadTiff(InputFile& input);
 
 } // namespace gif89

@@ -2,9 +2,14 @@
 
 #include "ExifOrientation.h"
 #include "Frame.h"
+#include "MetadataAllowance.h"
 #include "Problem.h"
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
+#include <new>
+#include <span>
 #include <webp/decode.h>
 #include <webp/demux.h>
 
@@ -28,7 +33,7 @@ void CheckStatus(VP8StatusCode status) {
     case VP8_STATUS_OK:
         return;
     case VP8_STATUS_OUT_OF_MEMORY:
-        throw Problem("cannot be read: there is not enough memory to decode it");
+        throw std::bad_alloc();
     case VP8_STATUS_SUSPENDED:
     case VP8_STATUS_NOT_ENOUGH_DATA:
         throw DamageProblem("its pixels end too early");
@@ -39,30 +44,75 @@ void CheckStatus(VP8StatusCode status) {
     }
 }
 
-Demuxer OpenFile(const Bytes& file) {
+/// What the demuxer found, and what kept it from the end of the file, if anything.
+struct Opened {
+    Demuxer demuxer;
+    const char* damage = nullptr;
+};
+
+Opened Open(std::span<const std::uint8_t> file) {
     const WebPData data = {file.data(), file.size()};
     WebPDemuxState state = WEBP_DEMUX_PARSE_ERROR;
-    Demuxer demuxer(WebPDemuxPartial(&data, &state));
-    if (demuxer && state == WEBP_DEMUX_DONE) return demuxer;
-    throw DamageProblem(state == WEBP_DEMUX_PARSE_ERROR ? "its chunks make no picture"
-                                                        : "the file ends before the picture does");
+    Opened opened = {Demuxer(WebPDemuxPartial(&data, &state)), nullptr};
+    if (state != WEBP_DEMUX_DONE) opened.damage = "the file ends before the picture does";
+    if (state == WEBP_DEMUX_PARSE_ERROR) opened.damage = "its chunks make no picture";
+    return opened;
 }
 
-Bytes TakeChunk(const WebPDemuxer* demuxer, const char* name) {
+// The bytes up to the end of the first chunk with pixels; none without one.
+std::span<const std::uint8_t> UpToFirstPicture(std::span<const std::uint8_t> file) {
+    constexpr std::size_t kFirstChunk = 12, kHead = 8;
+    for (std::size_t at = kFirstChunk; at + kHead <= file.size();) {
+        const std::uint8_t* const head = file.data() + at;
+        const std::size_t size = std::size_t{head[7]} << 24 | std::size_t{head[6]} << 16 |
+                                 std::size_t{head[5]} << 8 | head[4];
+        at += kHead + size + size % 2;
+        if (at > file.size()) break;
+        for (const char* const name : {"ANMF", "VP8 ", "VP8L"})
+            if (std::memcmp(head, name, 4) == 0) return file.first(at);
+    }
+    return {};
+}
+
+bool HasFirstPicture(const WebPDemuxer* demuxer) {
+    WebPIterator found;
+    const bool isWhole = WebPDemuxGetFrame(demuxer, 1, &found) != 0 && found.complete != 0;
+    WebPDemuxReleaseIterator(&found);
+    return isWhole;
+}
+
+Opened OpenFile(const Bytes& file) {
+    Opened whole = Open(file);
+    if (!whole.damage || (whole.demuxer && HasFirstPicture(whole.demuxer.get()))) return whole;
+    Opened first = Open(UpToFirstPicture(file));
+    if (!first.demuxer || !HasFirstPicture(first.demuxer.get())) throw DamageProblem(whole.damage);
+    return first;
+}
+
+Bytes TakeChunk(const WebPDemuxer* demuxer, const char* name, MetadataAllowance& allowance) {
     WebPChunkIterator found;
     Bytes bytes;
-    if (WebPDemuxGetChunk(demuxer, name, 1, &found) != 0)
+    if (WebPDemuxGetChunk(demuxer, name, 1, &found) != 0) {
+        allowance.Take(found.chunk.size);
         bytes.assign(found.chunk.bytes, found.chunk.bytes + found.chunk.size);
+    }
     WebPDemuxReleaseChunkIterator(&found);
     return bytes;
 }
 
-InputNotes TakeNotes(const WebPDemuxer* demuxer) {
+InputNotes TakeNotes(const Opened& file) {
+    const WebPDemuxer* const demuxer = file.demuxer.get();
+    MetadataAllowance allowance;
     InputNotes notes;
     notes.format = "WebP";
     notes.pictures = static_cast<int>(WebPDemuxGetI(demuxer, WEBP_FF_FRAME_COUNT));
-    notes.profile = TakeChunk(demuxer, "ICCP");
-    notes.orientation = ExifOrientation(TakeChunk(demuxer, "EXIF"));
+    notes.profile = TakeChunk(demuxer, "ICCP", allowance);
+    notes.orientation = ExifOrientation(TakeChunk(demuxer, "EXIF", allowance));
+    if (!file.damage) return notes;
+    NoteDamage(notes, "its chunks are cut short or out of order");
+    // The demuxer does not count what was cut.
+    if ((WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) != 0)
+        notes.pictures = std::max(notes.pictures, 2);
     return notes;
 }
 
@@ -109,7 +159,8 @@ void DecodeFirst(const FirstPicture& first, const WebPBitstreamFeatures& feature
 
 Picture ReadWebp(InputFile& input) {
     const Bytes file = input.ReadRest();
-    const Demuxer demuxer = OpenFile(file);
+    const Opened opened = OpenFile(file);
+    const Demuxer& demuxer = opened.demuxer;
     const auto rows = static_cast<int>(WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT));
     const auto columns = static_cast<int>(WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_WIDTH));
     const FirstPicture first = FindFirst(demuxer.get());
@@ -121,7 +172,7 @@ Picture ReadWebp(InputFile& input) {
     const bool opaque = first.frame.Covers(rows, columns) && features.has_alpha == 0;
     Picture picture =
         MakePicture(opaque ? Picture::Kind::rgb : Picture::Kind::rgbAlpha, rows, columns);
-    picture.notes = TakeNotes(demuxer.get());
+    picture.notes = TakeNotes(opened);
     DecodeFirst(first, features, picture);
     FillAround(PixelsOf(picture), first.frame, 0);
     DropOpaqueAlpha(picture);

@@ -3,6 +3,7 @@
 #include "Problem.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -27,11 +28,48 @@ bool TellsOfDamage(std::string_view module, std::string_view text) {
     return module.starts_with("Fax") || text.starts_with("IO error");
 }
 
+/// A number in the file's byte order; 0 where the file has ended.
+std::uint64_t NumberAt(std::span<const std::uint8_t> file, std::uint64_t at, unsigned bytes) {
+    if (at > file.size() || bytes > file.size() - at) return 0;
+    const bool highFirst = file[0] == 'M';
+    std::uint64_t number = 0;
+    for (unsigned n = 0; n < bytes; ++n)
+        number = number << 8 | file[at + (highFirst ? n : bytes - 1 - n)];
+    return number;
+}
+
+bool TellsWherePixelsAre(std::uint64_t tag) {
+    constexpr std::uint64_t kTags[] = {TIFFTAG_STRIPOFFSETS, TIFFTAG_STRIPBYTECOUNTS,
+                                       TIFFTAG_TILEOFFSETS, TIFFTAG_TILEBYTECOUNTS};
+    return std::find(std::begin(kTags), std::end(kTags), tag) != std::end(kTags);
+}
+
+// The library copies the fields of the first directory, known or not, and they may all lie in the
+// same bytes of the file.
+void TakeFields(std::span<const std::uint8_t> file, MetadataAllowance& allowance) {
+    const bool isBig = NumberAt(file, 2, 2) == 43; // with addresses of 64 bits
+    const unsigned addressBytes = isBig ? 8 : 4, countBytes = isBig ? 8 : 2;
+    const std::uint64_t directory = NumberAt(file, isBig ? 8 : 4, addressBytes);
+    std::uint64_t left = NumberAt(file, directory, countBytes);
+    for (std::uint64_t at = directory + countBytes; left > 0 && at < file.size();
+         --left, at += 4 + 2 * addressBytes) {
+        const std::uint64_t count = NumberAt(file, at + 4, addressBytes);
+        if (count > file.size() || TellsWherePixelsAre(NumberAt(file, at, 2))) continue;
+        const std::uint64_t type = NumberAt(file, at + 2, 2);
+        if (type > TIFF_IFD8) continue;
+        allowance.Take(count *
+                       static_cast<unsigned>(TIFFDataWidth(static_cast<TIFFDataType>(type))));
+    }
+}
+
 } // namespace
 
-TiffFile::TiffFile(std::span<const std::uint8_t> bytes) : content(bytes) {
+TiffFile::TiffFile(std::span<const std::uint8_t> bytes, MetadataAllowance& allowance)
+    : content(bytes) {
+    TakeFields(bytes, allowance);
     TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
     if (!options) throw std::bad_alloc();
+    errno = 0; // what it was left at by others is not the library's
     Open(options);
     TIFFOpenOptionsFree(options);
     if (!tiff) Check(false);
@@ -51,12 +89,27 @@ void TiffFile::Open(TIFFOpenOptions* options) {
 }
 
 void TiffFile::FailCheck() const {
-    std::string_view reason = *complaint ? complaint : "its pixels cannot be decoded";
-    if (reason.starts_with(kNameInComplaints)) reason.remove_prefix(kNameInComplaints.size());
-    throw Problem("is a damaged TIFF picture: " + std::string(reason));
+    if (outOfMemory) throw std::bad_alloc();
+    const std::string reason = *complaint ? Complaint() : "its pixels cannot be decoded";
+    throw Problem("is a damaged TIFF picture: " + reason);
 }
 
+std::string TiffFile::Complaint() const {
+    std::string_view reason = complaint;
+    if (reason.starts_with(kNameInComplaints)) reason.remove_prefix(kNameInComplaints.size());
+    return std::string(reason);
+}
+
+std::string TiffFile::TakeComplaint() {
+    if (outOfMemory) throw std::bad_alloc();
+    std::string taken = Complaint();
+    *complaint = '\0';
+    return taken;
+}
+
+// The library's texts for it are many, but the system's own mark stays the same.
 int TiffFile::OnError(TIFF*, void* file, const char*, const char* format, va_list values) {
+    if (errno == ENOMEM) FileOf(file).outOfMemory = true;
     auto& complaint = FileOf(file).complaint;
     if (!*complaint) std::vsnprintf(complaint, sizeof complaint, format, values);
     return 1; // not to be printed

@@ -1,8 +1,11 @@
 // A TIFF file in memory, as libtiff sees it, with its complaints turned into problems.
 #pragma once
 
+#include "MetadataAllowance.h"
+
 #include <cstdint>
 #include <span>
+#include <string>
 #include <tiffio.h>
 
 namespace gif89 {
@@ -14,10 +17,11 @@ class TiffFile {
     /// What libtiff may ask for at once; more is refused.
     static constexpr std::int64_t kLargestBlock = 256 << 20;
 
-    /// @param bytes the whole file, which must outlive this object; it is not changed
+    /// @param bytes     the whole file, which must outlive this object; it is not changed
+    /// @param allowance for what the library copies of the fields
     ///
-    /// Throws Problem when the directory of the first picture is damaged.
-    explicit TiffFile(std::span<const std::uint8_t> bytes);
+    /// Throws Problem when the directory of the first picture is damaged or too large.
+    TiffFile(std::span<const std::uint8_t> bytes, MetadataAllowance& allowance);
     TiffFile(const TiffFile&) = delete;
     TiffFile& operator=(const TiffFile&) = delete;
     ~TiffFile();
@@ -30,6 +34,9 @@ class TiffFile {
         if (!succeeded || *complaint) FailCheck();
     }
 
+    /// The library's first complaint, which Check forgets from then on; empty for none.
+    std::string TakeComplaint();
+
     /// The value of a field of one number, or the one that stands in for a missing field.
     template <typename Number> Number Field(std::uint32_t tag, Number missing) const {
         Number value = missing;
@@ -39,6 +46,7 @@ class TiffFile {
   private:
     void Open(TIFFOpenOptions* options);
     [[noreturn]] void FailCheck() const;
+    std::string Complaint() const;
     static int OnError(TIFF*, void* file, const char* module, const char* format, va_list values);
     static int OnWarning(TIFF*, void* file, const char* module, const char* format, va_list values);
     static tmsize_t OnRead(thandle_t file, void* into, tmsize_t count);
@@ -53,6 +61,7 @@ class TiffFile {
     toff_t position = 0;
     TIFF* tiff = nullptr;
     char complaint[400] = "";
+    bool outOfMemory = false;
 };
 
 } // namespace gif89

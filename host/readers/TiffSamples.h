@@ -27,6 +27,7 @@ struct TiffLayout {
     bool separate = false;               ///< each sample in a plane of its own
     const TiffColorForm* form = nullptr; ///< null: left to the library
     int alpha = -1;                      ///< which sample it is
+    bool guessed = false;                ///< that it is; the file does not say
     bool multiplied = false;             ///< the colorants, by alpha
 };
 

@@ -141,7 +141,7 @@ TEST(ReadBmp, DamageIsRefusedOrHarmless) {
         {{.columns = 2, .rows = -2, .bits = 16, .compression = 3, .more = {0xF800, 0x7E0, 0x1F}},
          Bytes(8, 7)}};
     for (const auto& [form, pixels] : cases)
-        EXPECT_GT(CountRefusedDamage(MakeBmp(form, pixels)), 50U);
+        EXPECT_GT(CountNoticedDamage(MakeBmp(form, pixels)), 50U);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
@@ -151,11 +151,16 @@ TEST(ReadBmp, RefusalsSayWhy) {
               "is a damaged BMP picture: a pixel has color 4 of a table of 4");
     EXPECT_EQ(RefusalOf(MakeBmp(form, {0, 1, 2})),
               "is a damaged BMP picture: the file ends before the picture does");
+    BmpForm runs = {.columns = 4, .bits = 8, .compression = 1, .colors = 4, .table = kFourColors};
+    EXPECT_EQ(ComplaintAbout(MakeBmp(runs, {4, 2})),
+              "all pixels were read, but behind them the file is damaged: its end is missing");
     form.columns = 40000;
     EXPECT_EQ(RefusalOf(MakeBmp(form, {})),
               "is 40000 x 1 pixels; sides above 32767 cannot be stored");
-    EXPECT_EQ(RefusalOf(MakeBmp({.columns = 32767, .rows = -32767, .bits = 32}, {})),
+    EXPECT_EQ(RefusalOf(MakeBmp({.columns = 20000, .rows = -30000, .bits = 32}, {})),
               "is a damaged BMP picture: the file ends before the picture does");
+    EXPECT_EQ(RefusalOf(MakeBmp({.columns = 32767, .rows = -32767, .bits = 32}, {})),
+              "is 32767 x 32767 pixels of 3 bytes, more than the 2 GiB that one export may use");
     EXPECT_EQ(RefusalOf(MakeBmp({.bits = 16, .compression = 3, .more = {0, 1, 2}}, Bytes(4))),
               "is a damaged BMP picture: a color has no bits");
 }

@@ -161,15 +161,18 @@ TEST(ReadGif, DamageIsRefusedOrHarmless) {
     const Bytes file =
         MakeGif({6, 3, 4}, {{.left = 1, .indices = indices, .interlaced = true, .comment = "c"},
                             {.indices = indices, .transparent = 2}});
-    EXPECT_GT(CountRefusedDamage(file), 100U);
+    EXPECT_GT(CountNoticedDamage(file), 100U);
     EXPECT_EQ(RefusalOf(Join({file, Bytes(9, 0x55)})), "");
 }
 
 TEST(ReadGif, RefusalsSayWhy) {
     const GifFrame frame = {.columns = 2, .rows = 1, .indices = {1, 2}};
     const Bytes file = MakeGif({2, 1, 4}, {frame});
-    EXPECT_EQ(RefusalOf(Bytes(file.begin(), file.end() - 1)),
+    EXPECT_EQ(RefusalOf(Bytes(file.begin(), file.end() - 3)),
               "is a damaged GIF picture: the file ends before the picture does");
+    for (const int missing : {1, 2}) // the trailer; the empty block before it
+        EXPECT_EQ(ComplaintAbout(Bytes(file.begin(), file.end() - missing)),
+                  "all pixels were read, but behind them the file is damaged: its end is missing");
     EXPECT_EQ(RefusalOf(MakeGif({2, 1, 4}, {})),
               "is a damaged GIF picture: there is no picture in it");
     EXPECT_EQ(RefusalOf(MakeGif({40000, 1, 4}, {frame})),

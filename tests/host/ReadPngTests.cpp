@@ -67,6 +67,14 @@ void CheckForm(PngForm form, int perPixel, bool transparent, std::mt19937& rando
                                                    : static_cast<int>(form.palette.size()));
 }
 
+// Numbers as chunks have them.
+std::string Longs(const std::vector<int>& numbers) {
+    std::string bytes;
+    for (const int number : numbers)
+        for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift);
+    return bytes;
+}
+
 const std::vector<png_color> kTwoColors = {{9, 8, 7}, {6, 5, 4}};
 
 } // namespace
@@ -110,7 +118,9 @@ TEST(ReadPng, TransparencyIsKeptOnlyWhenAPixelShowsIt) {
 TEST(ReadPng, ProfileIsApplied) {
     using enum gif89::InputNotes::ProfileUse;
     constexpr int kGrey = PNG_COLOR_TYPE_GRAY, kColor = PNG_COLOR_TYPE_RGB;
-    const std::vector<unsigned> color = {100, 100, 100};
+    const std::vector<unsigned> color = {100, 100, 100}, reddish = {200, 100, 100};
+    // Display P3, whose green of that is 0.1085 in the light of sRGB.
+    const std::string kWide = Longs({31270, 32900, 68000, 32000, 26500, 69000, 15000, 6000});
     const int linear = StandardLevel(100 / 255.0), dark = StandardLevel(std::pow(100 / 255.0, 3));
     const struct {
         PngForm form;
@@ -121,13 +131,34 @@ TEST(ReadPng, ProfileIsApplied) {
         {{.colorType = kColor, .profile = MakeRgbProfile(1)}, color, converted, linear},
         {{.colorType = kGrey, .profile = MakeGreyProfile(3)}, {100}, converted, dark},
         {{.colorType = kColor, .standard = true}, color, same, 100},
-        {{.colorType = kColor, .profileChunk = {"ICC\0\0junk", 9}}, color, unusable, 100},
-        {{.colorType = kColor, .gamma = 1.0}, color, none, 100}}; // gamma alone changes nothing
+        {{.colorType = kColor, .chunks = {{"iCCP", {"ICC\0\0junk", 9}}}}, color, unusable, 100},
+        {{.colorType = kColor, .chunks = {{"gAMA", Longs({100000})}}}, color, converted, linear},
+        {{.colorType = kGrey, .chunks = {{"gAMA", Longs({33333})}}}, {100}, converted, dark},
+        {{.colorType = kColor, .chunks = {{"gAMA", Longs({45455})}}}, color, same, 100},
+        {{.colorType = kColor, .chunks = {{"cHRM", kWide}}}, reddish, converted, 93},
+        {{.colorType = kColor, .chunks = {{"cICP", {"\x0C\x0D\0\1", 4}}}}, reddish, converted, 93},
+        {{.colorType = kColor, .chunks = {{"cICP", {"\x09\x08\0\1", 4}}}},
+         color,
+         converted,
+         linear},
+        {{.colorType = kColor, .chunks = {{"cICP", {"\x09\x10\0\1", 4}}}}, color, unusable, 100},
+        // The first of cICP, iCCP, sRGB and gAMA counts.
+        {{.colorType = kColor,
+          .profile = MakeRgbProfile(1),
+          .chunks = {{"cICP", {"\1\x0D\0\1", 4}}, {"gAMA", Longs({100000})}}},
+         color,
+         same,
+         100},
+        {{.colorType = kColor, .standard = true, .chunks = {{"gAMA", Longs({100000})}}},
+         color,
+         same,
+         100}};
     for (const auto& each : cases) {
         Picture picture = PictureFromBytes(MakePng(each.form, each.pixel));
         EXPECT_EQ(picture.notes.profileUse, each.use);
         ExpandToRGB(picture);
-        EXPECT_NEAR(picture.pixels[1], each.level, 1) << "color type " << each.form.colorType;
+        EXPECT_NEAR(picture.pixels[1], each.level, 1)
+            << "case " << &each - cases << ", " << picture.notes.profileName;
     }
 }
 
@@ -139,6 +170,11 @@ TEST(ReadPng, OrientationAndDepthAreNoted) {
     EXPECT_EQ(PictureFromBytes(MakePng(deep, {65535, 257 * 9})).notes.bits, 16);
     EXPECT_FALSE(PictureFromBytes(MakePng(deep, {65535, 257 * 9})).notes.rounded);
     EXPECT_TRUE(PictureFromBytes(MakePng(deep, {65535, 257 * 9 + 1})).notes.rounded);
+    // The picture itself is a frame of the animation or not.
+    PngForm animated = {.chunks = {{"acTL", Longs({3, 0})}}};
+    EXPECT_EQ(PictureFromBytes(MakePng(animated, {0})).notes.pictures, 4);
+    animated.chunks.emplace_back("fcTL", std::string(26, '\0'));
+    EXPECT_EQ(PictureFromBytes(MakePng(animated, {0})).notes.pictures, 3);
 }
 
 TEST(ReadPng, CommentComesFromTheTexts) {
@@ -157,13 +193,13 @@ TEST(ReadPng, CommentComesFromTheTexts) {
     }
 }
 
-TEST(ReadPng, DamageIsRefusedWhereverItIs) {
+TEST(ReadPng, DamageIsNoticedWhereverItIs) {
     PngForm form = {3, 2, PNG_COLOR_TYPE_PALETTE, 4, false, kTwoColors, {0}};
     form.texts = {{PNG_TEXT_COMPRESSION_NONE, "Comment", "sea"}};
     for (const bool interlaced : {false, true}) {
         form.interlaced = interlaced;
         const Bytes file = MakePng(form, {0, 1, 1, 0, 0, 1});
-        EXPECT_EQ(CountRefusedDamage(file), file.size() * 8); // every byte is under a checksum
+        EXPECT_EQ(CountNoticedDamage(file), file.size() * 8); // every byte is under a checksum
     }
 }
 
@@ -181,6 +217,10 @@ TEST(ReadPng, RefusalsSayWhy) {
     wide.columns = 32767;
     Bytes file = MakePng(wide, std::vector<unsigned>(32767));
     EXPECT_EQ(PictureFromBytes(file).columns, 32767);
+    EXPECT_EQ(ComplaintAbout(Bytes(file.begin(), file.end() - 12)),
+              "all pixels were read, but behind them the file is damaged: its end is missing");
+    PngForm wordy = {.texts = {5, {PNG_TEXT_COMPRESSION_zTXt, "Title", std::string(7 << 20, 'x')}}};
+    EXPECT_EQ(RefusalOf(MakePng(wordy, {0})), "has more than 32 megabytes of texts and profiles");
     file.resize(40);
     EXPECT_EQ(RefusalOf(file), "is a damaged PNG picture: the file ends before the picture does");
 }

@@ -194,13 +194,18 @@ TEST(ReadTiff, OpacityIsDividedOutAndInkBecomesLight) {
         std::vector<std::uint16_t> extra;
         Samples pixels;
         Bytes expected;
+        int dropped = 0;
     } cases[] = {
         {PHOTOMETRIC_RGB, 8, {kMultiplied}, {10, 50, 100, 100}, {26, 128, 255, 100}},
         {PHOTOMETRIC_RGB, 8, {kMultiplied}, {3, 4, 5, 0}, {0, 0, 0, 0}},
         {PHOTOMETRIC_RGB, 8, {kMultiplied}, {200, 7, 0, 100}, {255, 18, 0, 100}}, // too much
         {PHOTOMETRIC_RGB, 16, {kMultiplied}, {5, 500, 999, 1000}, {1, 128, 255, 4}},
-        {PHOTOMETRIC_RGB, 8, {kOther, kPlain}, {9, 8, 7, 1, 100}, {9, 8, 7, 100}},
+        {PHOTOMETRIC_RGB, 8, {kOther, kPlain}, {9, 8, 7, 1, 100}, {9, 8, 7, 100}, 1},
         {PHOTOMETRIC_RGB, 8, {kPlain}, {9, 8, 7, 255}, {9, 8, 7}},
+        {PHOTOMETRIC_RGB, 8, {kOther}, {9, 8, 7, 100}, {9, 8, 7, 100}},
+        {PHOTOMETRIC_RGB, 8, {}, {9, 8, 7, 100}, {9, 8, 7, 100}},
+        {PHOTOMETRIC_RGB, 8, {kOther}, {9, 8, 7, 0}, {9, 8, 7}, 1}, // unused
+        {PHOTOMETRIC_SEPARATED, 8, {kOther}, {0, 255, 51, 102, 9}, {153, 0, 122}, 1},
         {PHOTOMETRIC_MINISBLACK, 8, {kPlain}, {9, 100}, {9, 9, 9, 100}},
         {PHOTOMETRIC_MINISBLACK, 4, {kMultiplied}, {4, 8}, {136, 136, 136, 136}},
         {PHOTOMETRIC_SEPARATED, 8, {kPlain}, {0, 255, 51, 102, 100}, {153, 0, 122, 100}},
@@ -214,6 +219,7 @@ TEST(ReadTiff, OpacityIsDividedOutAndInkBecomesLight) {
                                    .separate = separate};
             Picture picture = PictureFromBytes(MakeTiff(form, c.pixels));
             EXPECT_EQ(picture.notes.inks, c.photometric == PHOTOMETRIC_SEPARATED);
+            EXPECT_EQ(picture.notes.droppedSamples, c.dropped);
             ExpandToRGB(picture);
             EXPECT_EQ(PixelsOf(picture), c.expected) << testing::PrintToString(c.pixels);
         }
@@ -293,7 +299,7 @@ TEST(ReadTiff, DamageIsRefusedOrHarmless) {
             form.compression = compression;
             form.tileSide = tileSide;
             std::mt19937 random(4);
-            EXPECT_GT(CountRefusedDamage(MakeTiff(form, RandomSamples(form, random))), 100U);
+            EXPECT_GT(CountNoticedDamage(MakeTiff(form, RandomSamples(form, random))), 100U);
         }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
@@ -310,11 +316,20 @@ TEST(ReadTiff, RefusalsSayWhy) {
         {{.photometric = PHOTOMETRIC_CIELAB, .samples = 3},
          "is a TIFF picture of photometric interpretation 8 and 3 samples a pixel; grey, palette, "
          "RGB, CMYK or YCbCr without more is expected"},
+        {{.setMore =
+              [](TIFF* t) {
+                  TIFFSetField(t, TIFFTAG_IMAGEDESCRIPTION, std::string(33 << 20, 'x').c_str());
+              }},
+         "has more than 32 megabytes of texts and profiles"},
         {{.samples = 65}, "is a TIFF picture of 65 samples a pixel, not 1 to 64"}};
     for (const auto& [form, reason] : cases) {
         const auto count = static_cast<std::size_t>(form.columns * form.samples);
         EXPECT_EQ(RefusalOf(MakeTiff(form, Samples(count))), reason);
     }
+    Bytes pages = MakeTiff({.pictures = 2}, {7});
+    pages.pop_back(); // in the directory of the second
+    EXPECT_EQ(PixelsOf(PictureFromBytes(pages)), Bytes{7});
+    EXPECT_NE(ComplaintAbout(pages), "");
     Bytes cut = MakeTiff({.rows = 6, .compression = COMPRESSION_LZW}, Samples(6));
     cut.resize(cut.size() - 1);
     EXPECT_EQ(RefusalOf(cut).rfind("is a damaged TIFF picture: ", 0), 0U) << RefusalOf(cut);

@@ -54,7 +54,6 @@ Bytes MakePng(const PngForm& form, const std::vector<unsigned>& samples) {
                  static_cast<png_uint_32>(form.rows), form.depth, form.colorType,
                  form.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (form.gamma > 0) png_set_gAMA(png, info, form.gamma);
     if (form.standard) png_set_sRGB(png, info, PNG_sRGB_INTENT_RELATIVE);
     if (!form.profile.empty())
         png_set_iCCP(png, info, "given", PNG_COMPRESSION_TYPE_BASE, form.profile.data(),
@@ -68,10 +67,9 @@ Bytes MakePng(const PngForm& form, const std::vector<unsigned>& samples) {
         png_set_tRNS(png, info, form.opacities.data(), static_cast<int>(form.opacities.size()),
                      form.transparent ? &*form.transparent : nullptr);
     png_write_info_before_PLTE(png, info);
-    if (!form.profileChunk.empty())
-        png_write_chunk(png, reinterpret_cast<png_const_bytep>("iCCP"),
-                        reinterpret_cast<png_const_bytep>(form.profileChunk.data()),
-                        form.profileChunk.size());
+    for (const auto& [name, bytes] : form.chunks)
+        png_write_chunk(png, reinterpret_cast<png_const_bytep>(name),
+                        reinterpret_cast<png_const_bytep>(bytes.data()), bytes.size());
     png_write_info(png, info);
     const int passes = form.interlaced ? png_set_interlace_handling(png) : 1;
     for (int pass = 0; pass < passes; ++pass)

@@ -5,6 +5,7 @@
 #include <optional>
 #include <png.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct PngText {
@@ -20,12 +21,11 @@ struct PngForm {
     std::vector<png_color> palette = {};
     std::vector<std::uint8_t> opacities = {};     // of the palette's first entries
     std::optional<png_color_16> transparent = {}; // the color of grey and RGB pictures
-    double gamma = 0;                             // 0 for none
     bool standard = false;                        // declared to be sRGB
     std::vector<std::uint8_t> profile = {};       // empty for none
-    std::string profileChunk = {};                // written as it stands; empty for none
-    std::vector<std::uint8_t> exif = {};          // empty for none
-    std::vector<PngText> texts = {};              // behind the pixels
+    std::vector<std::pair<const char*, std::string>> chunks = {}; // written before the palette
+    std::vector<std::uint8_t> exif = {};                          // empty for none
+    std::vector<PngText> texts = {};                              // behind the pixels
 };
 
 /// @param samples row after row, each 0..2^depth - 1, as many per pixel as the color type has
