@@ -14,7 +14,7 @@ namespace gif89 {
 /// The largest side a picture may have; the module counts rows and columns in 16 bits.
 constexpr int kLargestSide = 32767;
 
-/// What the pixels of a picture may take: an export counts its memory in 31 bits and needs no less.
+/// What the pixels of a picture may take. An export counts its memory in 31 bits, and needs more.
 constexpr std::size_t kMostPixelBytes = 0x7FFFFFFF;
 
 /// A further plane of an indexed picture: rows x columns bytes, no padding.
@@ -43,7 +43,7 @@ struct InputNotes {
     int orientation = 1;      ///< as the file states it, 1..8 (EXIF); 1 is upright
     bool oriented = false;    ///< the picture was turned upright accordingly
     bool madeIndexed = false; ///< its table was made of the few colours of a picture without one
-    /// Sentences about damage that left every pixel of the first picture whole.
+    /// Sentences about damage behind the pixels of the first picture, see NoteDamage.
     std::vector<std::string> warnings;
 };
 

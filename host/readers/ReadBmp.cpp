@@ -7,7 +7,6 @@
 #include <array>
 #include <bit>
 #include <cstdlib>
-#include <span>
 #include <utility>
 
 namespace gif89 {
@@ -22,6 +21,7 @@ constexpr std::uint32_t kShortestInfoBytes = 16; // of the others; fields may be
 constexpr std::uint32_t kAlphaInfoBytes = 56;    // from here on with a mask for alpha
 constexpr std::uint32_t kVersion5InfoBytes = 124;
 constexpr std::uint32_t kEmbeddedProfile = 0x4D424544; // 'MBED'
+constexpr std::uint32_t kLinkedProfile = 0x4C494E4B;   // 'LINK', in a file of its own
 
 enum Compression : std::uint32_t { // BI_RGB and so on
     kPlain = 0,
@@ -109,14 +109,17 @@ void CheckForm(const Header& header) {
                       std::to_string(header.compression) + ", which is not known");
 }
 
-std::span<const std::uint8_t> FindProfile(const Bytes& file, const Header& header) {
-    if (header.infoBytes != kVersion5InfoBytes) return {};
-    if (ReadLE(file, kInfo + 56, 4) != kEmbeddedProfile) return {};  // bV5CSType
+void TakeProfile(const Bytes& file, const Header& header, InputNotes& notes) {
+    if (header.infoBytes != kVersion5InfoBytes) return;
+    const std::uint32_t colorSpace = ReadLE(file, kInfo + 56, 4); // bV5CSType
+    if (colorSpace == kLinkedProfile) notes.profileUse = InputNotes::ProfileUse::unusable;
+    if (colorSpace != kEmbeddedProfile) return;
     const std::size_t offset = kInfo + ReadLE(file, kInfo + 112, 4); // bV5ProfileData
     const std::size_t size = ReadLE(file, kInfo + 116, 4);           // bV5ProfileSize
     if (offset + size > file.size()) throw EndProblem();
     MetadataAllowance().Take(size);
-    return std::span(file).subspan(offset, size);
+    const auto first = file.begin() + static_cast<std::ptrdiff_t>(offset);
+    notes.profile.assign(first, first + static_cast<std::ptrdiff_t>(size));
 }
 
 Masks ReadMasks(const Bytes& file, const Header& header) {
@@ -354,8 +357,7 @@ Picture ReadBmp(InputFile& input) {
         header.HasTable() ? ReadIndexed(file, header) : ColorReader(file, header).Read();
     DropOpaqueAlpha(picture);
     picture.notes.format = "BMP";
-    const std::span<const std::uint8_t> profile = FindProfile(file, header);
-    picture.notes.profile.assign(profile.begin(), profile.end());
+    TakeProfile(file, header, picture.notes);
     return picture;
 }
 

@@ -392,6 +392,10 @@ TEST_F(CommandLine, WarnsOfALossUnlessToldToBeQuiet) {
     EXPECT_FALSE(Contains(Run({"-f", "--comment=x", "--no-comment", "few.ppm"}).errors, "warning"));
     EXPECT_EQ(Run({"-qf", "noise.ppm"}).errors, "");
     EXPECT_TRUE(Contains(Run({"-vf", "few.ppm"}).errors, "lossless:     yes"));
+    folder.Write("two.ppm", kPicture + "P6 3 1 255\n"); // the second has no pixels
+    EXPECT_TRUE(Contains(Run({"-f", "two.ppm"}).errors, "two.ppm: warning: all pixels were read"));
+    EXPECT_TRUE(Contains(Run({"-qf", "--report", "json", "two.ppm"}).output,
+                         R"("warnings":["all pixels were read)"));
 }
 
 // The help's own examples, run as they stand on pictures of those names.

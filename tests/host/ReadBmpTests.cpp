@@ -131,6 +131,9 @@ TEST(ReadBmp, EmbeddedProfileIsUsed) {
     const Picture picture = PictureFromBytes(MakeBmp(form, {0, 255, 0, 0}));
     EXPECT_EQ(picture.notes.profileUse, gif89::InputNotes::ProfileUse::converted);
     EXPECT_GT(picture.pixels[0], 250);
+    form.more[4] = 0x4C494E4B; // 'LINK'
+    EXPECT_EQ(PictureFromBytes(MakeBmp(form, {0, 255, 0, 0})).notes.profileUse,
+              gif89::InputNotes::ProfileUse::unusable);
 }
 
 TEST(ReadBmp, DamageIsRefusedOrHarmless) {
