@@ -5,6 +5,7 @@
 #include "FileManager.h"
 #include "FirstDifference.h"
 #include "GiflibDecode.h"
+#include "MemoryManager.h"
 #include "PlainGif.h"
 #include "TemporaryFolder.h"
 

@@ -196,8 +196,8 @@ TEST(IndexedItems, SmallTextsStandAboutTheMiddleOfTheirItems) {
     DrawSmallText(dialog, kIndexedHintItem);
     DrawSmallText(dialog, kIndexedCountItem);
     Str255 line1, line2;
-    GetIndString(line1, kIndexedStrings, 1);
-    GetIndString(line2, kIndexedStrings, 2);
+    GetIndString(line1, kDialogStrings, 1);
+    GetIndString(line2, kDialogStrings, 2);
     EXPECT_EQ(recorder.calls,
               (std::vector<std::string>{"text 111 20 \"" + FromPascal(line1) + "\" font 3 size 9",
                                         "text 127 20 \"" + FromPascal(line2) + "\" font 3 size 9",
