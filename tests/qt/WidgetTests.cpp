@@ -1,5 +1,6 @@
 // Native widgets: in step with the records, known by name, and usable without a mouse.
 #include "ControlManager.h"
+#include "EventManager.h"
 #include "MenuManager.h"
 #include "PascalStrings.h"
 #include "WindowFixture.h"
