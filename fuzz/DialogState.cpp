@@ -54,7 +54,8 @@ template <class Globals> void CheckView(const Globals& g, const Rect& box) {
 
 void CheckRGBDialog(DialogPtr dialog) {
     Require(ShowsEntry(dialog, kRGBPalettePopUpItem), "a palette is chosen");
-    Require(ShowsEntry(dialog, kRGBCountPopUpItem), "a number of colours is shown");
+    Require(ValueOf(dialog, kRGBCountPopUpItem) == 0 || ShowsEntry(dialog, kRGBCountPopUpItem),
+            "a number of colours is shown where the list has the one that was typed");
     const short palette = ValueOf(dialog, kRGBPalettePopUpItem);
     const bool isExact = palette == kExactEntry;
     Require((*dialog->Item(kRGBPalettePopUpItem)->menu)->CanChoose(palette),
