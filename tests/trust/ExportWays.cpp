@@ -114,7 +114,7 @@ OSErr GetProperty(OSType, OSType key, std::int32_t, Handle* value) {
 
 } // namespace
 
-Ending Way::Run(const Order& order) {
+Ending ExportWay::Run(const Order& order) {
     TakeCloseError(); // what the export before may have left
     const TemporaryFolder folder;
     if (hasOldFile) folder.Write("picture.gif", "old");

@@ -45,9 +45,9 @@ struct Ending {
 };
 
 /// Somebody who runs exports.
-class Way {
+class ExportWay {
   public:
-    virtual ~Way() = default;
+    virtual ~ExportWay() = default;
     virtual const char* Name() const = 0;
 
     /// Exports over an old file or into a free place, and checks that a failure leaves the old file
@@ -68,7 +68,7 @@ class Way {
 };
 
 /// The host library.
-class Saving final : public Way {
+class Saving final : public ExportWay {
   public:
     explicit Saving(bool overOldFile) { hasOldFile = overOldFile; }
     const char* Name() const override { return hasOldFile ? "over a file" : "new file"; }
@@ -80,7 +80,7 @@ class Saving final : public Way {
 
 /// A host of the record alone. It lets the module delete the old file, which is then gone when a
 /// later step fails.
-class OwnHost final : public Way {
+class OwnHost final : public ExportWay {
   public:
     OwnHost() { keepsOldFile = false; }
     const char* Name() const override { return "own host"; }

@@ -71,7 +71,7 @@ std::size_t OpenDescriptors() {
 }
 
 /// The files of an order and of what it comes down to when a part of it cannot be had.
-std::map<std::string, std::string> ExpectedFiles(Way& way, const Order& order) {
+std::map<std::string, std::string> ExpectedFiles(ExportWay& way, const Order& order) {
     Order uncommented = order, plain = order;
     uncommented.comment = false;
     plain.paletteFile = plain.channel = false;
@@ -85,7 +85,7 @@ using Endings = std::map<std::string, int>;
 constexpr int kSome = 0; ///< at least once
 
 /// Fails every step of a kind, one export each, and expects these endings and no other.
-void Sweep(Way& way, const Order& order, const Step& step, const Endings& expected) {
+void Sweep(ExportWay& way, const Order& order, const Step& step, const Endings& expected) {
     step.fail(0);
     std::map<std::string, std::string> files = ExpectedFiles(way, order);
     const std::string sweep =
@@ -171,7 +171,7 @@ TEST_P(FaultSweep, OfFiles) {
     large.columns = 400;
     large.paletteFile = false;
     large.colors = "255";
-    for (Way* way : {static_cast<Way*>(&over), static_cast<Way*>(&own)}) {
+    for (ExportWay* way : {static_cast<ExportWay*>(&over), static_cast<ExportWay*>(&own)}) {
         Sweep(*way, order, ToolboxStep("create", FaultPoint::createFile, dskFulErr),
               {{kFullDisk, 1}});
         Sweep(*way, large, ToolboxStep("write", FaultPoint::writeFile, dskFulErr),
