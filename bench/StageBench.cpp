@@ -5,12 +5,12 @@
 #include "InverseMap.h"
 #include "Pictures.h"
 
+#include "Answers.h"
 #include "DiffuseColor.h"
 #include "ExactPalette.h"
 #include "ExportHost.h"
 #include "LZW.h"
 #include "MemoryManager.h"
-#include "Operator.h"
 #include "Picture.h"
 #include "PlainAdaptivePalette.h"
 #include "PlainDiffusion.h"
@@ -198,8 +198,9 @@ void ExportStage(const BenchPicture& picture) {
         gif89::MakePicture(gif89::Picture::Kind::rgb, kBenchRows, kBenchColumns);
     if (std::exchange(prepared, picture.name) != picture.name)
         std::memcpy(subject.pixels.get(), picture.rgb.data(), picture.rgb.size());
-    gif89::Operator user(subject, {});
-    gif89::ExportPicture(module, {subject, "bench", saver, &user.Events()});
+    const gif89::Plan plan;
+    gif89::Answers answers(plan);
+    gif89::ExportPicture(module, {subject, "bench", saver, answers.User().events});
 }
 void ExportPlain(const BenchPicture& picture) {
     const auto exact = PlainExactColors(picture.rgb);

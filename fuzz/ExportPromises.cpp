@@ -33,45 +33,33 @@ PackedColor ColorOf(const GiflibPicture& gif, std::size_t n) {
     return PackColor(TableEntry(gif.table, gif.indices[n]));
 }
 
-/// Which pixels of an indexed picture the choices hide.
+/// Which pixels of an indexed picture the plan hides.
 class HidingRule {
   public:
-    HidingRule(const Picture& thePicture, const ExportChoices& choices)
-        : picture(thePicture), inverted(choices.invert) {
-        for (const std::string& mark : choices.transparent) marks.insert(std::stoi(mark));
-        if (!choices.alpha.empty())
-            mask = ChannelNamed(choices.alpha);
-        else if (!choices.opaque && marks.empty())
-            mask = OpacityOf(picture);
-    }
-    bool IsAny() const { return mask || !marks.empty(); }
+    HidingRule(const Picture& thePicture, const Plan& thePlan)
+        : picture(thePicture), plan(thePlan),
+          marks(plan.transparent.begin(), plan.transparent.end()) {}
+    bool IsAny() const { return plan.channel > 0 || !marks.empty(); }
     bool Hides(std::size_t n) const {
-        if (mask) return (mask[n] < 128) != inverted;
-        return marks.count(picture.pixels[n]) != 0;
+        if (plan.channel == 0) return marks.count(picture.pixels[n]) != 0;
+        const auto number = static_cast<std::size_t>(plan.channel) - 1;
+        return (picture.channels[number].bytes[n] < 128) != plan.inverted;
     }
 
   private:
-    /// By name, else by number from 1.
-    const std::uint8_t* ChannelNamed(const std::string& name) const {
-        for (const Channel& channel : picture.channels)
-            if (channel.name == name) return channel.bytes.get();
-        return picture.channels[std::stoul(name) - 1].bytes.get();
-    }
-
     const Picture& picture;
-    const bool inverted;
-    const std::uint8_t* mask = nullptr;
-    std::set<int> marks;
+    const Plan& plan;
+    const std::set<int> marks;
 };
 
 void CheckIndexed(const Outcome& outcome) {
-    const HidingRule rule(outcome.picture, outcome.choices);
+    const HidingRule rule(outcome.picture, outcome.plan);
     std::set<int> visible, changed;
     bool hidesAny = false;
     for (std::size_t n = 0; n < outcome.gif.indices.size(); ++n) {
         const int index = outcome.picture.pixels[n];
         const bool hides = rule.Hides(n);
-        Require(IsHidden(outcome.gif, n) == hides, "what is chosen is hidden, and nothing else");
+        Require(IsHidden(outcome.gif, n) == hides, "what is planned is hidden, and nothing else");
         Require(rule.IsAny() || outcome.gif.indices[n] == index,
                 "without transparency the indices stay");
         hidesAny = hidesAny || hides;
@@ -97,14 +85,14 @@ bool LieInCellsOfTheirOwn(const Picture& picture, std::size_t pixels) {
     return cells.size() == colors.size();
 }
 
-void CheckRGB(const Outcome& outcome, const std::string& palette) {
+void CheckRGB(const Outcome& outcome, PaletteKind palette) {
     const std::size_t pixels = outcome.gif.indices.size();
     Require(outcome.picture.kind == Picture::Kind::rgbAlpha || outcome.gif.transparentIndex == -1,
             "opaque pictures stay opaque");
     for (std::size_t n = 0; n < pixels; ++n)
         Require(PixelOf(outcome.picture, n).opacity != 0 || IsHidden(outcome.gif, n),
                 "what is transparent stays so");
-    if (palette != "exact" || !LieInCellsOfTheirOwn(outcome.picture, pixels)) return;
+    if (palette != PaletteKind::exact || !LieInCellsOfTheirOwn(outcome.picture, pixels)) return;
     for (std::size_t n = 0; n < pixels; ++n) {
         const auto [color, opacity] = PixelOf(outcome.picture, n);
         Require(opacity == 0 || (!IsHidden(outcome.gif, n) && ColorOf(outcome.gif, n) == color),
@@ -127,7 +115,7 @@ void CheckReport(const Outcome& outcome, const ExportReport& report) {
     const std::int64_t changed = CountChanged(outcome.original, outcome.gif);
     Require(report.changedPixels == changed, "the report counts what changed");
     Require(report.KeepsPixels() == (changed == 0), "the report says whether anything was lost");
-    Require(!ReportText(report).empty(), "there is something to report");
+    Require(!ReportLines(report).empty(), "there is something to report");
     Require(changed == 0 || !LossText(report).empty(), "a loss is told");
 }
 
@@ -136,10 +124,10 @@ void CheckReport(const Outcome& outcome, const ExportReport& report) {
 void CheckPromises(const Outcome& outcome, const ExportReport& report) {
     const GiflibPicture& gif = outcome.gif;
     const Picture& picture = outcome.picture;
-    const ExportChoices& choices = outcome.choices;
+    const Plan& plan = outcome.plan;
     Require(gif.rows == picture.rows && gif.columns == picture.columns, "the sides are kept");
-    Require(gif.interlaced == choices.interlace.value_or(true), "the rows are stored as chosen");
-    const bool keepsComment = choices.comment.value_or(true);
+    Require(gif.interlaced == plan.interlace.value_or(true), "the rows are stored as chosen");
+    const bool keepsComment = plan.comment.value_or(true);
     Require(gif.comment.value_or("") == (keepsComment ? picture.comment : ""),
             "the comment is kept as chosen");
     if (picture.kind == Picture::Kind::indexed)

@@ -3,8 +3,8 @@
 
 #include "ExportReport.h"
 #include "GiflibDecode.h"
-#include "Operator.h"
 #include "Picture.h"
+#include "Plan.h"
 
 namespace gif89 {
 
@@ -12,11 +12,11 @@ namespace gif89 {
 struct Outcome {
     const Picture& original; ///< as it was before it was shaped
     const Picture& picture;  ///< that was exported
-    const ExportChoices& choices;
+    const Plan& plan;
     const GiflibPicture& gif;
 };
 
-/// Requires that sides, comment, interlacing and transparency are as chosen, that pixels are kept
+/// Requires that sides, comment, interlacing and transparency are as planned, that pixels are kept
 /// where that is promised, and that the report tells what became of the others.
 void CheckPromises(const Outcome& outcome, const ExportReport& report);
 

@@ -1,14 +1,14 @@
 // Whole exports: a picture and options out of the input, through the loaded module, to a file that
 // two decoders read alike and that keeps what is promised.
+#include "Answers.h"
 #include "DescribedPicture.h"
 #include "ExportHost.h"
 #include "ExportPromises.h"
 #include "GifAgreement.h"
 #include "MemoryFile.h"
-#include "Operator.h"
 #include "PaletteFiles.h"
+#include "Plan.h"
 #include "SavePicture.h"
-#include "Shape.h"
 #include "TheModule.h"
 
 #include <optional>
@@ -28,66 +28,69 @@ std::optional<bool> TakeSwitch(FuzzInput& input) {
     return way == 2 ? std::nullopt : std::optional(way == 1);
 }
 
-void TakeIndexedChoices(FuzzInput& input, const Picture& picture, ExportChoices& choices) {
-    switch (input.Number(0, 3)) {
+void TakeTransparency(FuzzInput& input, const Picture& picture, Wishes& wishes) {
+    switch (input.Number(0, 4)) {
     case 0:
         for (int left = input.Number(0, 6); left > 0; --left)
-            choices.transparent.push_back(std::to_string(input.Number(0, picture.colors - 1)));
+            wishes.transparent.emplace_back(input.Number(0, picture.colors - 1));
+        wishes.dropOwn = input.Flag();
         return;
     case 1:
         if (!picture.channels.empty())
-            choices.alpha =
+            wishes.alpha =
                 std::to_string(input.Number(1, static_cast<int>(picture.channels.size())));
-        choices.invert = !choices.alpha.empty() && input.Flag();
+        wishes.invert = !wishes.alpha.empty() && input.Flag();
         return;
     case 2:
-        choices.opaque = true;
+        wishes.opaque = true;
+        return;
+    case 3:
+        wishes.alphaThreshold = input.Number(1, 255);
         return;
     default:
         return;
     }
 }
 
-void TakeRGBChoices(FuzzInput& input, ExportChoices& choices) {
+void TakePalette(FuzzInput& input, Wishes& wishes) {
     const int way = input.Number(0, 6);
-    const char* const names[] = {"", "exact", "adaptive", "fixed"};
-    choices.palette = way < 4 ? names[way] : PaletteFilePath(way - 4);
-    if (input.Flag()) choices.colors = input.Number(1, 257);
-    choices.resize = input.Flag();
+    wishes.palette = way < 4 ? static_cast<PaletteKind>(way) : PaletteKind::file;
+    if (way >= 4) wishes.paletteFile = PaletteFilePath(way - 4);
+    if (input.Flag()) wishes.colors = input.Number(1, 257);
+    wishes.resize = input.Flag();
 }
 
-ExportChoices TakeChoices(FuzzInput& input, const Picture& picture) {
-    ExportChoices choices;
-    choices.interlace = TakeSwitch(input);
-    choices.comment = TakeSwitch(input);
-    if (input.Flag()) choices.matte = TakeColor(input);
-    if (picture.kind == Picture::Kind::indexed)
-        TakeIndexedChoices(input, picture, choices);
-    else
-        TakeRGBChoices(input, choices);
-    return choices;
+Wishes TakeWishes(FuzzInput& input, const Picture& picture) {
+    Wishes wishes;
+    wishes.mode = static_cast<Mode>(input.Number(0, 2));
+    wishes.interlace = TakeSwitch(input);
+    wishes.comment = TakeSwitch(input);
+    if (input.Flag()) wishes.matte = TakeColor(input);
+    if (picture.kind == Picture::Kind::indexed) TakeTransparency(input, picture, wishes);
+    if (wishes.mode != Mode::indexed && input.Flag()) TakePalette(input, wishes);
+    return wishes;
 }
 
 /// As the command line exports: the whole picture in one band, checked, reported.
-void Save(const Picture& original, const Picture& picture, const ExportChoices& choices,
+void Save(const Picture& original, const Picture& picture, const Plan& plan,
           const std::string& name) {
-    Operator user(picture, choices);
+    Answers answers(plan);
     const MemoryFile file;
     SaveChecks checks;
     checks.original = &original;
     Destination destination;
     destination.stream = file.FileDescriptor();
     try {
-        const SavedGif saved = SavePicture(TheModule(), picture, name, destination,
-                                           {&user.Events(), &user.Files()}, checks);
-        user.ThrowFailure();
+        const SavedGif saved =
+            SavePicture(TheModule(), picture, name, destination, answers.User(), checks);
+        answers.ThrowFailure();
         const auto bytes = file.Bytes();
         Require(saved.report.bytes == bytes.size(), "all of the file is there");
         const GiflibPicture gif = RequireAgreement(DecodeGif(bytes), bytes);
-        CheckPromises({original, picture, choices, gif}, saved.report);
+        CheckPromises({original, picture, plan, gif}, saved.report);
     } catch (const Problem& problem) {
         Require(file.Bytes().empty(), "nothing is written unless all goes well");
-        user.ThrowFailure(); // the choice was refused
+        answers.ThrowFailure(); // the dialogs refused it
         std::fprintf(stderr, "%s\n", problem.what());
         Require(false, "what the dialogs allow is exported");
     }
@@ -111,12 +114,12 @@ class SaveToMemory final : public StandardFileResponder {
 };
 
 /// As a host with little memory does: rows between bands are missing, but it is a file.
-void ExportInBands(const Picture& picture, const ExportChoices& choices, const std::string& name,
+void ExportInBands(const Picture& picture, const Plan& plan, const std::string& name,
                    std::int32_t budget) {
-    Operator user(picture, choices);
-    SaveToMemory answer(user.Files());
-    ExportPicture(TheModule(), {picture, name, answer, &user.Events(), budget});
-    user.ThrowFailure();
+    Answers answers(plan);
+    SaveToMemory answer(*answers.User().files);
+    ExportPicture(TheModule(), {picture, name, answer, answers.User().events, budget});
+    answers.ThrowFailure();
     const auto bytes = answer.file.Bytes();
     RequireAgreement(DecodeGif(bytes), bytes);
 }
@@ -124,13 +127,17 @@ void ExportInBands(const Picture& picture, const ExportChoices& choices, const s
 void Run(FuzzInput input) {
     const Picture original = TakePicture(input, kMostColumns);
     Picture picture = CopyPicture(original);
-    if (input.Flag()) Shape(picture, {});
-    const ExportChoices choices = TakeChoices(input, picture);
+    const Wishes wishes = TakeWishes(input, picture);
     const std::string name = input.Text();
+    ApplyWishes(picture, wishes);
+    const auto planned = MakePlan(picture, wishes);
+    const Plan* const plan = std::get_if<Plan>(&planned);
+    if (!plan) return;
+    BringIntoShape(picture, *plan);
     if (input.Flag())
-        ExportInBands(picture, choices, name, input.Number(0, 8191));
+        ExportInBands(picture, *plan, name, input.Number(0, 8191));
     else
-        Save(original, picture, choices, name);
+        Save(original, picture, *plan, name);
 }
 
 } // namespace

@@ -24,8 +24,8 @@ void CheckRanges(const gif89::Options& options) {
     const auto isIn = [](int number, int least, int most) {
         return number >= least && number <= most;
     };
-    Require(isIn(options.choices.colors.value_or(2), 2, 256), "the number of colours is in range");
-    Require(isIn(options.shaping.alphaThreshold, 0, 255), "the threshold is in range");
+    Require(isIn(options.wishes.colors.value_or(2), 2, 256), "the number of colours is in range");
+    Require(isIn(options.wishes.alphaThreshold, 0, 255), "the threshold is in range");
     Require(isIn(options.required.largestError.value_or(0), 0, 255), "the error is in range");
 }
 

@@ -1,9 +1,10 @@
 #include "Document.h"
 
+#include "CountColors.h"
 #include "InputFile.h"
+#include "Plan.h"
 #include "Problem.h"
 #include "ReadPicture.h"
-#include "Shape.h"
 
 #include <QObject>
 
@@ -18,10 +19,10 @@ std::shared_ptr<Document> Prepare(Picture picture, const std::string& name) {
     auto document = std::make_shared<Document>();
     document->name = name;
     document->image = ImageOf(picture);
-    document->fitsTable = FitsTable(picture);
+    picture.visibleColors = CountColors(picture);
+    document->fitsTable = std::holds_alternative<Plan>(MakePlan(picture, {.mode = Mode::indexed}));
     document->picture = std::move(picture);
     document->shown = ShownImage(document->image);
-    document->colors = CountColors(document->image);
     return document;
 }
 

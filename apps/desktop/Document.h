@@ -17,10 +17,9 @@ namespace gif89 {
 struct Document {
     std::string path; ///< of the file, any bytes; empty for a picture without one
     std::string name; ///< without folder and suffix, for the file that is made
-    Picture picture;
-    QImage image; ///< the exact pixels
+    Picture picture;  ///< knows its visible colours
+    QImage image;     ///< the exact pixels
     ShownImage shown;
-    std::int64_t colors = 0;
     bool fitsTable = false; ///< it can go through the module with all its colours
 };
 using DocumentPtr = std::shared_ptr<const Document>;

@@ -1,9 +1,11 @@
 #include "Exporter.h"
 
+#include "Answers.h"
 #include "ChoicesWatch.h"
-#include "ExportHost.h"
 #include "ExportModule.h"
 #include "OpenDisplay.h"
+#include "Problem.h"
+#include "StatusText.h"
 
 #include <filesystem>
 
@@ -15,11 +17,23 @@ const ExportModule& TheModule() {
     return module;
 }
 
-// The picture as it goes through the module; the window goes on showing the original.
-Picture ShapedCopy(const ExportTask& task, const ExportChoices& choices = {}) {
+/// The picture as it goes through the module; the window goes on showing the original.
+struct Prepared {
+    Picture picture;
+    Plan plan;
+};
+
+// What was wished before is wished of the mode that is set now.
+Prepared Prepare(const ExportTask& task, Wishes wishes) {
+    wishes.mode = task.mode;
     Picture picture = CopyPicture(task.original);
-    Shape(picture, ShapingFor(choices, {.way = task.way}));
-    return picture;
+    ApplyWishes(picture, wishes);
+    auto planned = MakePlan(picture, wishes);
+    if (const auto* const refusal = std::get_if<Refusal>(&planned))
+        throw Problem(RefusalText(*refusal).toStdString(), ProblemKind::usage);
+    Plan plan = std::get<Plan>(std::move(planned));
+    BringIntoShape(picture, plan);
+    return {std::move(picture), std::move(plan)};
 }
 
 SavedGif Save(const ExportTask& task, const Picture& exported, const DialogUser& user) {
@@ -36,34 +50,34 @@ SavedGif Save(const ExportTask& task, const Picture& exported, const DialogUser&
 
 } // namespace
 
-void CheckChoices(const ExportTask& task, const ExportChoices& choices) {
-    CheckChoices(ShapedCopy(task, choices), choices);
+void CheckWishes(const ExportTask& task, const Wishes& wishes) {
+    Prepare(task, wishes);
 }
 
 std::optional<Exported> ExportWithDialogs(const ExportTask& task) {
-    const Picture exported = ShapedCopy(task);
+    const Prepared prepared = Prepare(task, {});
     const DisplayParts display = OpenDisplay();
-    ChoicesWatch watch(*display.events, display.files, exported);
+    ChoicesWatch watch(*display.events, display.files, prepared.picture);
     try {
-        SavedGif saved = Save(task, exported, {&watch, &watch});
+        SavedGif saved = Save(task, prepared.picture, watch.User());
         // A table made for this picture has an order that another one's would not have.
-        const bool madeTable = exported.kind != task.original.kind;
-        ExportChoices choices = watch.Choices(
-            saved.gif, madeTable ? ChoicesWatch::Marks::asColors : ChoicesWatch::Marks::asNumbers);
-        return Exported{std::move(saved), std::move(choices)};
+        const bool madeTable = prepared.plan.way == Way::fewColors;
+        Wishes wishes = watch.Choices(saved.gif, madeTable ? ChoicesWatch::Marks::asColors
+                                                           : ChoicesWatch::Marks::asNumbers);
+        return Exported{std::move(saved), std::move(wishes)};
     } catch (const Problem& problem) {
-        if (problem.what() == DescribeCode(userCanceledErr)) return std::nullopt;
+        if (problem.Kind() == ProblemKind::cancelled) return std::nullopt;
         throw;
     }
 }
 
-SavedGif ExportWithChoices(const ExportTask& task, const ExportChoices& choices) {
-    const Picture exported = ShapedCopy(task, choices);
-    Operator user(exported, choices);
+SavedGif ExportWithWishes(const ExportTask& task, const Wishes& wishes) {
+    const Prepared prepared = Prepare(task, wishes);
+    Answers answers(prepared.plan);
     try {
-        return Save(task, exported, {&user.Events(), &user.Files()});
+        return Save(task, prepared.picture, answers.User());
     } catch (const Problem&) {
-        user.ThrowFailure();
+        answers.ThrowFailure();
         throw;
     }
 }

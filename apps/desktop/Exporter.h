@@ -1,10 +1,9 @@
-// Exports a picture through the module: with its options dialogs in windows, or with the choices
-// that were made in them before.
+// Exports a picture through the module: with its options dialogs in windows, or with what
+// was chosen in them before.
 #pragma once
 
-#include "Operator.h"
+#include "Plan.h"
 #include "SavePicture.h"
-#include "Shape.h"
 
 #include <functional>
 #include <optional>
@@ -16,7 +15,7 @@ struct ExportTask {
     const Picture& original;
     std::string name;   ///< of the document
     std::string source; ///< its file; empty for a picture without one
-    Way way = Way::natural;
+    Mode mode = Mode::automatic;
     std::string target;
     /// Called when the last dialog is answered and the work begins; may be empty.
     std::function<void()> working;
@@ -24,18 +23,18 @@ struct ExportTask {
 
 struct Exported {
     SavedGif saved;
-    ExportChoices choices;
+    Wishes wishes; ///< as they were chosen in the dialogs
 };
 
-/// Throws Problem when the picture cannot have what was chosen.
-void CheckChoices(const ExportTask& task, const ExportChoices& choices);
+/// Throws Problem when the picture cannot have what is wished.
+void CheckWishes(const ExportTask& task, const Wishes& wishes);
 
 /// Asks with the module's dialogs. Empty when the user cancelled. Throws Problem and
 /// std::bad_alloc; whatever happens, what was at the target is whole.
 std::optional<Exported> ExportWithDialogs(const ExportTask& task);
 
-/// Makes the choices without asking. Throws as above, also when they do not fit the picture.
-SavedGif ExportWithChoices(const ExportTask& task, const ExportChoices& choices);
+/// Does what is wished without asking. Throws as above, also when it does not fit the picture.
+SavedGif ExportWithWishes(const ExportTask& task, const Wishes& wishes);
 
 /// Shows the module's about box. Throws Problem when the module cannot be had.
 void ShowModuleAbout();

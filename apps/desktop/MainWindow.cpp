@@ -1,6 +1,7 @@
 #include "MainWindow.h"
 
 #include "CompareView.h"
+#include "CountColors.h"
 #include "Problem.h"
 #include "RecentFiles.h"
 #include "ReportPanel.h"
@@ -61,13 +62,6 @@ QString OpenFilter() {
 
 QString NameOf(const Document& document) {
     return document.path.empty() ? FileText(document.name) : FileNameText(document.path);
-}
-
-QString AdviceOn(Remedy remedy) {
-    if (remedy == Remedy::nameOther) return MainWindow::tr("; choose another name");
-    if (remedy == Remedy::reduce)
-        return MainWindow::tr("; by the routes Automatic and True Colour it may get another");
-    return {};
 }
 
 /// Shows the waiting cursor from Start to its end.
@@ -183,7 +177,7 @@ void MainWindow::ShowDocument(const DocumentPtr& next) {
     document = next; // the views let go of the old one above and below
     pictureView->Show(&document->shown);
     if (!sameSize) view.SetPicture(document->shown.Size());
-    if (!document->fitsTable && way == Way::indexed) SetWay(Way::natural);
+    if (!document->fitsTable && mode == Mode::indexed) SetMode(Mode::automatic);
     const QString name = NameOf(*document);
     setWindowTitle(tr("%1 — GIF89 Export").arg(name));
     pictureView->setAccessibleName(name);
@@ -254,22 +248,22 @@ void MainWindow::ExportAs() {
     if (const auto chosen = AskForTarget()) ExportTo(*chosen, Choosing::inDialogs);
 }
 
-// The file is known when this very picture was exported before; the choices also hold for others,
+// The file is known when this very picture was exported before; the wishes also hold for others,
 // as far as they fit them, which is looked at before the user is asked for a file.
 void MainWindow::ExportAgain() {
     if (!document || exporting) return;
-    if (!choices) return ExportAs();
+    if (!wishes) return ExportAs();
     if (!target.empty()) {
         ExportTo(target, Choosing::asBefore);
         return;
     }
     message->hide();
-    if (!TryToExport(*document, [this] { CheckChoices(TaskFor(*document, {}), *choices); })) return;
+    if (!TryToExport(*document, [this] { CheckWishes(TaskFor(*document, {}), *wishes); })) return;
     if (const auto chosen = AskForTarget()) ExportTo(*chosen, Choosing::asBefore);
 }
 
 ExportTask MainWindow::TaskFor(const Document& exported, const std::string& path) const {
-    return {exported.picture, exported.name, exported.path, way, path, {}};
+    return {exported.picture, exported.name, exported.path, mode, path, {}};
 }
 
 // Says what is wrong and of which file; the picture unless it is another.
@@ -279,7 +273,7 @@ bool MainWindow::TryToExport(const Document& exported, const std::function<void(
         return true;
     } catch (const Problem& problem) {
         Complain(problem.File().empty() ? NameOf(exported) : FileNameText(problem.File()),
-                 problem.what() + AdviceOn(problem.Cure()).toStdString());
+                 problem.what() + AdviceText(problem.Kind()).toStdString());
     } catch (const std::bad_alloc&) {
         Complain(NameOf(exported), "there is not enough memory for the export");
     } catch (const std::exception& problem) {
@@ -302,13 +296,13 @@ bool MainWindow::ExportTo(const std::string& path, Choosing choosing) {
         if (choosing == Choosing::inDialogs)
             done = ExportWithDialogs(task);
         else
-            done = Exported{ExportWithChoices(task, *choices), *choices};
+            done = Exported{ExportWithWishes(task, *wishes), *wishes};
         if (!done) statusBar()->showMessage(tr("Export cancelled"), kShortWhile);
     });
     exporting = false;
     activateWindow(); // where no window manager gives it the keys back
     if (done) {
-        choices = std::move(done->choices);
+        wishes = std::move(done->wishes);
         if (document == exported) {
             target = path;
             ShowResult(std::move(done->saved));
@@ -376,7 +370,7 @@ void MainWindow::UpdateFacts() {
     const Picture& picture = document->picture;
     QStringList texts = {ModeText(picture),
                          SizeText(picture.columns, picture.rows),
-                         ColorsText(document->colors),
+                         ColorsText(CountColors(picture)),
                          ChannelsText(picture),
                          QString::fromStdString(picture.notes.format),
                          NotesText(picture.notes)};

@@ -42,8 +42,8 @@ class MainWindow : public QMainWindow {
     const std::optional<SavedGif>& Result() const { return result; }
     QString Message() const { return message->Text(); }
 
-    /// Exports to that file: with the dialogs, or with the choices of the last export. True when
-    /// it was written.
+    /// Exports to that file: with the dialogs, or with what was wished in the last export. True
+    /// when it was written.
     enum class Choosing : bool { inDialogs, asBefore };
     bool ExportTo(const std::string& target, Choosing choosing);
 
@@ -74,7 +74,7 @@ class MainWindow : public QMainWindow {
     void ExportAs();
     void ExportAgain();
     std::optional<std::string> AskForTarget();
-    void SetWay(Way wanted);
+    void SetMode(Mode wanted);
     void CopyResultPath();
     void ShowResultFolder();
     void ShowAbout();
@@ -85,7 +85,7 @@ class MainWindow : public QMainWindow {
     void ShowPage(QWidget* page);
     void ListRecentFiles();
     void UpdateActions();
-    void UpdateWays();
+    void UpdateModes();
     void UpdateFacts();
     void UpdateZoom();
     bool TakesData(const QMimeData& offer) const;
@@ -97,10 +97,10 @@ class MainWindow : public QMainWindow {
     PictureView& CurrentView();
 
     DocumentPtr document;
-    std::optional<SavedGif> result;       ///< of this document
-    std::optional<ExportChoices> choices; ///< of the last export, also of another document
-    std::string target;                   ///< of the last export of this document
-    Way way = Way::natural;
+    std::optional<SavedGif> result; ///< of this document
+    std::optional<Wishes> wishes;   ///< of the last export, also of another document
+    std::string target;             ///< of the last export of this document
+    Mode mode = Mode::automatic;
     bool exporting = false;
     std::string reading; ///< the file that is being read
 
@@ -116,8 +116,8 @@ class MainWindow : public QMainWindow {
     ReportPanel* reportPanel = nullptr;
 
     QMenu* recentMenu = nullptr;
-    QActionGroup* wayActions = nullptr;
-    QComboBox* wayBox = nullptr;
+    QActionGroup* modeActions = nullptr;
+    QComboBox* modeBox = nullptr;
     QAction *openAction = nullptr, *reloadAction = nullptr, *exportAction = nullptr,
             *againAction = nullptr, *pasteAction = nullptr, *copyPathAction = nullptr,
             *folderAction = nullptr;

@@ -23,16 +23,16 @@ namespace gif89 {
 namespace {
 
 constexpr struct {
-    Way way;
+    Mode mode;
     const char* name;
     const char* hint;
-} kWays[] = {
-    {Way::natural, QT_TRANSLATE_NOOP("MainWindow", "&Automatic"),
+} kModes[] = {
+    {Mode::automatic, QT_TRANSLATE_NOOP("MainWindow", "&Automatic"),
      QT_TRANSLATE_NOOP("MainWindow", "Keeps the pixels where the colours fit a table, else reduces "
                                      "them")},
-    {Way::rgb, QT_TRANSLATE_NOOP("MainWindow", "&True Colour"),
+    {Mode::rgb, QT_TRANSLATE_NOOP("MainWindow", "&True Colour"),
      QT_TRANSLATE_NOOP("MainWindow", "Chooses the colours anew, also of a picture with a table")},
-    {Way::indexed, QT_TRANSLATE_NOOP("MainWindow", "&Indexed"),
+    {Mode::indexed, QT_TRANSLATE_NOOP("MainWindow", "&Indexed"),
      QT_TRANSLATE_NOOP("MainWindow", "Keeps the picture's own table")},
 };
 
@@ -133,14 +133,14 @@ void MainWindow::MakeFileMenu() {
                             {QKeySequence(Qt::CTRL | Qt::Key_E)}, [this] { ExportAgain(); });
     againAction->setToolTip(tr("Export once more with the same choices, without asking"));
     QMenu* ways = menu->addMenu(tr("Export Rou&te"));
-    wayActions = new QActionGroup(this);
-    for (const auto& each : kWays) {
+    modeActions = new QActionGroup(this);
+    for (const auto& each : kModes) {
         QAction* action = AddAction(ways, tr(each.name), nullptr, {},
-                                    [this, wanted = each.way] { SetWay(wanted); });
+                                    [this, wanted = each.mode] { SetMode(wanted); });
         action->setCheckable(true);
-        action->setChecked(each.way == way);
+        action->setChecked(each.mode == mode);
         action->setStatusTip(tr(each.hint));
-        wayActions->addAction(action);
+        modeActions->addAction(action);
     }
     menu->addSeparator();
     AddAction(menu, tr("&Close"), "window-close", {QKeySequence::Close}, [this] { close(); });
@@ -258,35 +258,36 @@ void MainWindow::MakeToolBar() {
     room->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar->addWidget(room);
     auto* label = new QLabel(tr("Route: "));
-    wayBox = new QComboBox;
-    wayBox->setAccessibleName(tr("Export route"));
-    wayBox->setFocusPolicy(Qt::TabFocus);
-    for (const auto& each : kWays) {
-        wayBox->addItem(WithoutMnemonic(tr(each.name)));
-        wayBox->setItemData(wayBox->count() - 1, tr(each.hint), Qt::ToolTipRole);
+    modeBox = new QComboBox;
+    modeBox->setAccessibleName(tr("Export route"));
+    modeBox->setFocusPolicy(Qt::TabFocus);
+    for (const auto& each : kModes) {
+        modeBox->addItem(WithoutMnemonic(tr(each.name)));
+        modeBox->setItemData(modeBox->count() - 1, tr(each.hint), Qt::ToolTipRole);
     }
-    connect(wayBox, &QComboBox::activated, this, [this](int index) { SetWay(kWays[index].way); });
-    label->setBuddy(wayBox);
+    connect(modeBox, &QComboBox::activated, this,
+            [this](int index) { SetMode(kModes[index].mode); });
+    label->setBuddy(modeBox);
     bar->addWidget(label);
-    bar->addWidget(wayBox);
+    bar->addWidget(modeBox);
 }
 
-void MainWindow::SetWay(Way wanted) {
-    way = wanted;
-    for (int i = 0; i < static_cast<int>(std::size(kWays)); ++i) {
-        if (kWays[i].way != wanted) continue;
-        wayBox->setCurrentIndex(i);
-        wayActions->actions().at(i)->setChecked(true);
+void MainWindow::SetMode(Mode wanted) {
+    mode = wanted;
+    for (int i = 0; i < static_cast<int>(std::size(kModes)); ++i) {
+        if (kModes[i].mode != wanted) continue;
+        modeBox->setCurrentIndex(i);
+        modeActions->actions().at(i)->setChecked(true);
     }
 }
 
 // The picture's own table is no route for a picture that does not fit one.
-void MainWindow::UpdateWays() {
+void MainWindow::UpdateModes() {
     const bool fits = !document || document->fitsTable;
-    auto* const list = qobject_cast<QStandardItemModel*>(wayBox->model());
-    for (int i = 0; i < static_cast<int>(std::size(kWays)); ++i) {
-        const bool possible = fits || kWays[i].way != Way::indexed;
-        wayActions->actions().at(i)->setEnabled(possible);
+    auto* const list = qobject_cast<QStandardItemModel*>(modeBox->model());
+    for (int i = 0; i < static_cast<int>(std::size(kModes)); ++i) {
+        const bool possible = fits || kModes[i].mode != Mode::indexed;
+        modeActions->actions().at(i)->setEnabled(possible);
         list->item(i)->setEnabled(possible);
     }
 }
@@ -308,12 +309,12 @@ void MainWindow::MakeStatusBar() {
 
 void MainWindow::UpdateActions() {
     const bool open = document != nullptr, done = result.has_value();
-    UpdateWays();
+    UpdateModes();
     const bool comparing = done && pages->currentWidget() == resultPage;
     for (QAction* action : {openAction, pasteAction}) action->setEnabled(!exporting);
     reloadAction->setEnabled(open && !document->path.empty() && !exporting);
     exportAction->setEnabled(open && !exporting);
-    againAction->setEnabled(open && choices && !exporting);
+    againAction->setEnabled(open && wishes && !exporting);
     for (QAction* action : {zoomInAction, zoomOutAction, wholeAction, fitAction, showPictureAction})
         action->setEnabled(open);
     for (QAction* action : {copyPathAction, folderAction, showResultAction})

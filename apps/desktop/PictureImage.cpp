@@ -127,21 +127,6 @@ Picture PictureOf(const QImage& image) {
     return picture;
 }
 
-std::int64_t CountColors(const QImage& image) {
-    std::vector<bool> seen(std::size_t{1} << 24);
-    std::int64_t count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        const QRgb* const row = RowOf(image, y);
-        for (int x = 0; x < image.width(); ++x) {
-            const QRgb color = row[x] & RGB_MASK;
-            if (qAlpha(row[x]) == 0 || seen[color]) continue;
-            seen[color] = true;
-            ++count;
-        }
-    }
-    return count;
-}
-
 ShownImage::ShownImage(const QImage& image) {
     levels.push_back(image.hasAlphaChannel()
                          ? image.convertToFormat(QImage::Format_ARGB32_Premultiplied)

@@ -20,9 +20,6 @@ QImage ImageOf(const DecodedGif& gif);
 /// A picture without a file; its format is called "clipboard". Throws Problem as MakePicture does.
 Picture PictureOf(const QImage& image);
 
-/// Distinct colours of the pixels that are not fully transparent. Takes what ImageOf makes.
-std::int64_t CountColors(const QImage& image);
-
 /// An image at several sizes for drawing: each half as large as the one before, down to a few
 /// pixels, so that a small view of a large picture is smooth and fast.
 class ShownImage {

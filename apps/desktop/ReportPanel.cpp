@@ -8,8 +8,6 @@
 #include <QPushButton>
 #include <QScrollBar>
 
-#include <sstream>
-
 namespace gif89 {
 namespace {
 
@@ -30,27 +28,13 @@ void SetLarger(QLabel* label) {
     label->setFont(font);
 }
 
-// A sentence's first letter; the lines start small.
+// A sentence's first letter; labels and losses start small.
 QString Capitalised(QString text) {
     if (!text.isEmpty()) text[0] = text[0].toUpper();
     return text;
 }
 
 } // namespace
-
-std::vector<std::pair<QString, QString>> SplitReport(const std::string& reportText) {
-    std::vector<std::pair<QString, QString>> parts;
-    std::istringstream text(reportText);
-    for (std::string line; std::getline(text, line);) {
-        const QString whole = QString::fromStdString(line).trimmed();
-        const qsizetype colon = whole.indexOf(u':');
-        if (colon > 0)
-            parts.emplace_back(Capitalised(whole.left(colon)), whole.mid(colon + 1).trimmed());
-        else if (!whole.isEmpty())
-            parts.emplace_back(QString(), whole);
-    }
-    return parts;
-}
 
 ReportPanel::ReportPanel(QWidget* parent) : QScrollArea(parent) {
     setWidgetResizable(true);
@@ -105,12 +89,12 @@ void ReportPanel::Show(const ExportReport& report, const std::string& path) {
         delete item;
     }
     int row = 0;
-    for (const auto& [label, said] : SplitReport(ReportText(report))) {
-        auto* title = MakeText(label);
+    for (const ReportLine& line : ReportLines(report)) {
+        auto* title = MakeText(Capitalised(QString::fromStdString(line.label)));
         title->setWordWrap(false);
         titles.push_back(title);
         lines->addWidget(title, row, 0, Qt::AlignTop);
-        lines->addWidget(MakeText(said), row++, 1);
+        lines->addWidget(MakeText(QString::fromStdString(line.text)), row++, 1);
     }
     Color();
     verticalScrollBar()->setValue(0);

@@ -7,16 +7,12 @@
 #include <QString>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 class QGridLayout;
 class QLabel;
 
 namespace gif89 {
-
-/// The report's lines, each as its label and what is said.
-std::vector<std::pair<QString, QString>> SplitReport(const std::string& reportText);
 
 class ReportPanel : public QScrollArea {
     Q_OBJECT

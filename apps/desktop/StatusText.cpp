@@ -85,6 +85,43 @@ QString NotesText(const InputNotes& notes) {
     return parts.join(QStringLiteral(", "));
 }
 
+// The window's wishes come from the module's dialogs, which allow no others.
+QString RefusalText(const Refusal& refusal) {
+    switch (refusal.kind) {
+    case Refusal::Kind::noTable:
+        return QStringLiteral("has too many colours for a colour table, or opacities between all "
+                              "and none");
+    case Refusal::Kind::keepsTable:
+        return QStringLiteral("an indexed picture keeps its own palette; by the routes Automatic "
+                              "and True Colour it may get another");
+    case Refusal::Kind::noEntry:
+        return QStringLiteral("the picture has no entry %1; its entries are 0 to %2")
+            .arg(refusal.number)
+            .arg(refusal.entries - 1);
+    case Refusal::Kind::noColor:
+        return QStringLiteral("no entry of the picture has the colour that was made transparent");
+    case Refusal::Kind::noChannel:
+        return QStringLiteral("the picture has no channel “%1”")
+            .arg(QString::fromStdString(refusal.name));
+    case Refusal::Kind::nothingToInvert:
+        return QStringLiteral("there is no channel to invert");
+    case Refusal::Kind::entriesNeedTable:
+    case Refusal::Kind::channelsNeedTable:
+        return QStringLiteral("transparent entries and channels are for indexed pictures");
+    case Refusal::Kind::exactIsCounted:
+        return QStringLiteral("an exact palette has the picture's own number of colours");
+    case Refusal::Kind::tooManyForExact:
+        return QStringLiteral("the picture has too many colours for an exact palette");
+    case Refusal::Kind::nothingToCut:
+        return QStringLiteral("only a fixed or loaded palette can be cut");
+    }
+    return {};
+}
+
+QString AdviceText(ProblemKind kind) {
+    return kind == ProblemKind::fileIsInput ? QStringLiteral("; choose another name") : QString();
+}
+
 QString ZoomText(double zoom) {
     const double percent = zoom * 100;
     const bool whole = std::abs(percent - std::round(percent)) < 0.05;

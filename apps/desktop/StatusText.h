@@ -2,6 +2,8 @@
 #pragma once
 
 #include "Picture.h"
+#include "Plan.h"
+#include "Problem.h"
 
 #include <QString>
 
@@ -19,6 +21,10 @@ QString ColorsText(std::int64_t colors);
 QString ChannelsText(const Picture& picture);
 /// What reading did to the picture; empty when nothing is worth saying.
 QString NotesText(const InputNotes& notes);
+/// What a picture does not allow, and what the window offers instead.
+QString RefusalText(const Refusal& refusal);
+/// The end of a sentence about such a problem: what to do, or nothing.
+QString AdviceText(ProblemKind kind);
 /// "66.7 %", "400 %".
 QString ZoomText(double zoom);
 

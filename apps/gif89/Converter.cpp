@@ -1,10 +1,11 @@
 #include "Converter.h"
 
+#include "Answers.h"
 #include "InputFile.h"
 #include "OpenDisplay.h"
-#include "Operator.h"
 #include "Preset.h"
 #include "ReadPicture.h"
+#include "RefusalText.h"
 
 #include <unistd.h>
 
@@ -13,7 +14,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <optional>
-#include <sstream>
 #include <vector>
 
 namespace gif89 {
@@ -39,10 +39,6 @@ bool WritesToStandardOutput(const Options& options) {
     return std::any_of(options.inputs.begin(), options.inputs.end(), IsStandardStream);
 }
 
-bool IsPaletteFile(const std::string& palette) {
-    return !palette.empty() && palette != "exact" && palette != "adaptive" && palette != "fixed";
-}
-
 bool ReportsToFile(const Options& options) {
     return !options.reportFile.empty() && !IsStandardStream(options.reportFile);
 }
@@ -63,7 +59,7 @@ std::string TargetOf(const std::string& input, const Destination& destination) {
 
 // The module keeps quiet about a palette file that it cannot open.
 void CheckPaletteFile(const std::string& palette) {
-    if (!IsPaletteFile(palette)) return;
+    if (palette.empty()) return;
     try {
         InputFile::Open(palette);
     } catch (const Problem& problem) {
@@ -82,28 +78,15 @@ std::set<FileId> InputsOf(const Options& options) {
     };
     for (const std::string& input : options.inputs) add(IdOfInput(input));
     for (const ChannelFile& channel : options.channels) add(FileIdOf(channel.path));
-    if (IsPaletteFile(options.choices.palette)) add(FileIdOf(options.choices.palette));
+    if (!options.wishes.paletteFile.empty()) add(FileIdOf(options.wishes.paletteFile));
     return ids;
 }
 
-std::string AdviceOn(Remedy remedy) {
-    switch (remedy) {
-    case Remedy::none:
-        break;
-    case Remedy::replaceFile:
-        return "; -f replaces it";
-    case Remedy::nameOther:
-        return "; name another file with -o or -O";
-    case Remedy::reduce:
-        return "; --palette, --colors and --resize need --mode rgb";
-    case Remedy::nameChannel:
-        return "; --invert needs a channel, named with --alpha";
-    case Remedy::namePalette:
-        return "; --resize needs a palette, named with -p";
-    case Remedy::leaveCount:
-        return "; leave out -n";
-    }
-    return {};
+std::string LineText(const ReportLine& line) {
+    constexpr std::size_t kTextColumn = 16;
+    std::string text = "  " + line.label + ':';
+    text.resize(std::max(text.size() + 1, kTextColumn), ' ');
+    return text + line.text;
 }
 
 std::string SummaryOf(const InputOutcome& outcome) {
@@ -119,10 +102,9 @@ std::string SummaryOf(const InputOutcome& outcome) {
 } // namespace
 
 Converter::Converter(const Options& theOptions)
-    : options(theOptions), shaping(ShapingFor(options.choices, options.shaping)),
-      module(ExportModule::DefaultPath()), terminal(theOptions.inputs.size()),
+    : options(theOptions), module(ExportModule::DefaultPath()), terminal(theOptions.inputs.size()),
       inputs(InputsOf(theOptions)) {
-    CheckPaletteFile(options.choices.palette);
+    CheckPaletteFile(options.wishes.paletteFile);
     if (options.window) display = OpenDisplay();
     if (options.json) OpenReport();
 }
@@ -145,7 +127,7 @@ InputOutcome Converter::Convert(std::size_t number) {
     try {
         Work(number, outcome);
     } catch (const Problem& problem) {
-        outcome.error = problem.what() + AdviceOn(problem.Cure());
+        outcome.error = std::string(problem.what()) + AdviceOn(problem.Kind());
         outcome.code = problem.Code();
         if (!problem.File().empty()) outcome.errorFile = problem.File();
     } catch (const std::exception& exception) {
@@ -162,13 +144,9 @@ void Converter::Work(std::size_t number, InputOutcome& outcome) {
     const Destination destination = DestinationOf(input);
     terminal.ShowProgress(number, input, "reading");
     Picture picture = ReadInput(input);
-    if (options.commentText) picture.comment = *options.commentText;
     std::optional<Picture> original;
-    if (ShapingLoses(picture, shaping) || !options.choices.transparent.empty())
-        original = CopyPicture(picture);
-    Shape(picture, shaping);
-    for (const ChannelFile& channel : options.channels) AddChannel(picture, channel);
-    const ExportChoices choices = ChoicesFor(picture);
+    if (ChangesPixels(picture, options.wishes)) original = CopyPicture(picture);
+    const Plan plan = Prepare(picture);
 
     terminal.ShowProgress(number, input, "exporting");
     SaveChecks checks;
@@ -182,7 +160,7 @@ void Converter::Work(std::size_t number, InputOutcome& outcome) {
         outcome.report = found;
         CheckRequirement(found);
     };
-    const SavedGif saved = Save(picture, input, destination, checks, choices);
+    const SavedGif saved = Save(picture, plan, input, destination, checks);
     outcome.output = saved.path;
     outcome.written = true;
 }
@@ -201,10 +179,11 @@ Destination Converter::DestinationOf(const std::string& input) const {
     } else if (IsStandardStream(options.output) ||
                (options.output.empty() && IsStandardStream(input))) {
         if (isatty(STDOUT_FILENO))
-            throw Problem("a GIF is not written to a terminal; redirect it or use -o FILE", kUsage);
+            throw Problem("a GIF is not written to a terminal; redirect it or use -o FILE",
+                          ProblemKind::usage);
         const auto there = FileIdOf(STDOUT_FILENO);
         if (there && inputs.contains(*there))
-            throw Problem("standard output leads to a file that is read", kUsage);
+            throw Problem("standard output leads to a file that is read", ProblemKind::usage);
         destination.stream = STDOUT_FILENO;
     } else if (!options.output.empty()) {
         destination.file = options.output;
@@ -214,10 +193,20 @@ Destination Converter::DestinationOf(const std::string& input) const {
     return destination;
 }
 
+// Brings the picture into the shape in which it is exported.
+Plan Converter::Prepare(Picture& picture) const {
+    ApplyWishes(picture, options.wishes);
+    for (const ChannelFile& channel : options.channels) AddChannel(picture, channel);
+    auto planned = MakePlan(picture, options.wishes);
+    if (const auto* const refusal = std::get_if<Refusal>(&planned))
+        throw Problem(TextOf(*refusal), ProblemKind::usage);
+    Plan plan = std::get<Plan>(std::move(planned));
+    BringIntoShape(picture, plan);
+    return plan;
+}
+
 // A grey picture's levels as a further plane.
 void Converter::AddChannel(Picture& picture, const ChannelFile& source) const {
-    if (picture.kind != Picture::Kind::indexed)
-        throw Problem("--channel is for indexed pictures", kUsage);
     try {
         const Picture plane = ReadInput(source.path);
         if (plane.rows != picture.rows || plane.columns != picture.columns)
@@ -231,31 +220,16 @@ void Converter::AddChannel(Picture& picture, const ChannelFile& source) const {
     }
 }
 
-// Marks and a channel exclude each other in the dialog, so entries to be hidden join the picture's
-// own transparency where it has one.
-ExportChoices Converter::ChoicesFor(Picture& picture) const {
-    ExportChoices choices = options.choices;
-    if (choices.transparent.empty() || OwnTransparency(picture) == 0) return choices;
-    HideEntries(picture, choices.transparent);
-    choices.transparent.clear();
-    return choices;
-}
-
-SavedGif Converter::Save(const Picture& picture, const std::string& input,
-                         const Destination& destination, const SaveChecks& checks,
-                         const ExportChoices& choices) {
-    const auto end = options.window ? Operator::End::leavesOpen : Operator::End::confirms;
-    Operator user(picture, choices, end);
+SavedGif Converter::Save(const Picture& picture, const Plan& plan, const std::string& input,
+                         const Destination& destination, const SaveChecks& checks) {
+    Answers answers(plan, options.window ? Answers::End::leavesOpen : Answers::End::confirms);
     std::optional<Preset> preset;
-    DialogUser dialogs = {&user.Events(), &user.Files()};
-    if (options.window) {
-        preset.emplace(user, *display.events, display.files);
-        dialogs = {&*preset, &*preset};
-    }
+    if (options.window) preset.emplace(answers, *display.events, display.files);
+    const DialogUser user = preset ? preset->User() : answers.User();
     try {
-        return SavePicture(module, picture, DocumentNameOf(input), destination, dialogs, checks);
+        return SavePicture(module, picture, DocumentNameOf(input), destination, user, checks);
     } catch (const Problem&) {
-        user.ThrowFailure();
+        answers.ThrowFailure();
         throw;
     }
 }
@@ -265,20 +239,21 @@ void Converter::RefuseSecond(const std::string& target) {
     if (!written.insert(Identify(FindPlace(target))).second)
         throw Problem("another input of this call was written to " + target + " already");
     if (ReportsToFile(options) && LeadToOneFile(target, options.reportFile))
-        throw Problem("the report goes to " + target, kUsage);
+        throw Problem("the report goes to " + target, ProblemKind::usage);
 }
 
 // What a later input still needs must not go, nor what other choices are read from.
 void Converter::RefuseInput(const std::string& target, const std::optional<FileId>& own) const {
     const auto there = FileIdOf(target);
     if (there && there != own && inputs.contains(*there))
-        throw Problem("is read by this call, too", kUsage, Remedy::nameOther).About(target);
+        throw Problem("is read by this call, too", ProblemKind::fileIsInput).About(target);
 }
 
 void Converter::CheckRequirement(const ExportReport& found) const {
     const std::string loss = LossText(found);
     if (options.required.lossless && !found.Lossless())
-        throw Problem("nothing was written, as --require lossless is not met: " + loss, kNotMet);
+        throw Problem("nothing was written, as --require lossless is not met: " + loss,
+                      ProblemKind::notMet);
     if (!options.required.largestError) return;
     // A pixel whose opacity has changed has no colour to compare.
     const bool opacityKept =
@@ -287,7 +262,7 @@ void Converter::CheckRequirement(const ExportReport& found) const {
     if (error > *options.required.largestError)
         throw Problem("nothing was written, as --require max-error=" +
                           std::to_string(*options.required.largestError) + " is not met: " + loss,
-                      kNotMet);
+                      ProblemKind::notMet);
 }
 
 void Converter::Tell(const InputOutcome& outcome) {
@@ -298,10 +273,8 @@ void Converter::Tell(const InputOutcome& outcome) {
     }
     if (options.quiet) return;
     terminal.Say(SummaryOf(outcome));
-    if (options.verbose) {
-        std::istringstream lines(ReportText(*outcome.report));
-        for (std::string line; std::getline(lines, line);) terminal.Say(line);
-    }
+    if (options.verbose)
+        for (const ReportLine& line : ReportLines(*outcome.report)) terminal.Say(LineText(line));
     for (const std::string& sentence : outcome.report->notes.warnings)
         terminal.Warning(outcome.input, sentence);
     const std::string loss = LossText(*outcome.report);
@@ -311,14 +284,14 @@ void Converter::Tell(const InputOutcome& outcome) {
 void Converter::OpenReport() {
     const bool toFile = ReportsToFile(options);
     if (!toFile && WritesToStandardOutput(options))
-        throw Problem("the GIF goes to standard output; name a --report-file", kUsage);
+        throw Problem("the GIF goes to standard output; name a --report-file", ProblemKind::usage);
     if (toFile) RefuseToReplaceByReport();
     report.emplace(toFile ? options.reportFile : std::string(), ExistingOf(options));
 }
 
 // Neither by its name nor through a link may the report take the place of a file of this call.
 void Converter::RefuseToReplaceByReport() const {
-    std::vector<std::string> files = {options.choices.palette};
+    std::vector<std::string> files = {options.wishes.paletteFile};
     for (const ChannelFile& channel : options.channels) files.push_back(channel.path);
     for (const std::string& input : options.inputs) {
         files.push_back(IsStandardStream(input) ? kPathOfStandardInput : input);
@@ -330,7 +303,7 @@ void Converter::RefuseToReplaceByReport() const {
         if (!file.empty() && LeadToOneFile(file, options.reportFile))
             throw Problem("--report-file " + options.reportFile + " leads to " + file +
                               ", which this call reads or writes",
-                          kUsage);
+                          ProblemKind::usage);
 }
 
 } // namespace gif89

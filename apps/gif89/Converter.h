@@ -8,6 +8,7 @@
 #include "JsonReport.h"
 #include "Options.h"
 #include "Picture.h"
+#include "Plan.h"
 #include "ReportFile.h"
 #include "SavePicture.h"
 #include "Terminal.h"
@@ -31,10 +32,10 @@ class Converter {
     void Work(std::size_t number, InputOutcome& outcome);
     Picture ReadInput(const std::string& input) const;
     Destination DestinationOf(const std::string& input) const;
+    Plan Prepare(Picture& picture) const;
     void AddChannel(Picture& picture, const ChannelFile& source) const;
-    ExportChoices ChoicesFor(Picture& picture) const;
-    SavedGif Save(const Picture& picture, const std::string& input, const Destination& destination,
-                  const SaveChecks& checks, const ExportChoices& choices);
+    SavedGif Save(const Picture& picture, const Plan& plan, const std::string& input,
+                  const Destination& destination, const SaveChecks& checks);
     void RefuseSecond(const std::string& target);
     void RefuseInput(const std::string& target, const std::optional<FileId>& own) const;
     void CheckRequirement(const ExportReport& report) const;
@@ -43,7 +44,6 @@ class Converter {
     void RefuseToReplaceByReport() const;
 
     const Options& options;
-    Shaping shaping; ///< with what other options say of the way
     const ExportModule module;
     Terminal terminal;
     DisplayParts display;

@@ -33,10 +33,15 @@ Json InputJson(const InputNotes& notes) {
             {"turned_upright", notes.oriented}};
 }
 
+const char* PaletteName(const ExportReport& report) {
+    if (report.way == Way::module) return NameOf(report.palette);
+    return report.way == Way::ownTable ? "own" : "found";
+}
+
 Json FileJson(const ExportReport& report) {
     return {{"bytes", report.bytes},
-            {"path", report.indexed ? "indexed" : "rgb"},
-            {"palette", report.palette},
+            {"path", report.way == Way::module ? "rgb" : "indexed"},
+            {"palette", PaletteName(report)},
             {"table_entries", report.tableEntries},
             {"entries_used", report.usedEntries},
             {"colors_shown", report.shownColors},

@@ -13,38 +13,91 @@ namespace {
 
 using enum ValueKind;
 
-int ParseInRange(const std::string& option, const std::string& value, int least, int most) {
+std::optional<int> ParseNumber(std::string_view text) {
     int number = 0;
-    const char* const last = value.data() + value.size();
-    const auto [end, error] = std::from_chars(value.data(), last, number);
-    if (error != std::errc() || end != last || number < least || number > most)
-        throw Problem(option + " " + value + " is not understood; expected " +
-                          std::to_string(least) + " to " + std::to_string(most),
-                      kUsage);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return number;
 }
 
+int ParseInRange(const std::string& option, const std::string& value, int least, int most) {
+    const auto number = ParseNumber(value);
+    if (!number || *number < least || *number > most)
+        throw Problem(option + " " + value + " is not understood; expected " +
+                          std::to_string(least) + " to " + std::to_string(most),
+                      ProblemKind::usage);
+    return *number;
+}
+
+std::vector<std::string> SplitList(const std::string& list) {
+    std::vector<std::string> parts;
+    for (std::size_t start = 0; start <= list.size();) {
+        const std::size_t end = std::min(list.find(',', start), list.size());
+        parts.push_back(list.substr(start, end - start));
+        start = end + 1;
+    }
+    return parts;
+}
+
+std::optional<RGBtuple> ParseHexColor(std::string_view text) {
+    PackedColor packed = 0;
+    if (text.size() != 7 || text[0] != '#') return std::nullopt;
+    const auto [end, error] = std::from_chars(text.data() + 1, text.data() + 7, packed, 16);
+    if (error != std::errc() || end != text.data() + 7) return std::nullopt;
+    return UnpackColor(packed);
+}
+
+RGBtuple ParseColor(const std::string& text) {
+    if (const auto color = ParseHexColor(text)) return *color;
+    std::vector<std::uint8_t> levels;
+    for (const std::string& part : SplitList(text))
+        if (const auto level = ParseNumber(part); level && *level >= 0 && *level <= 255)
+            levels.push_back(static_cast<std::uint8_t>(*level));
+        else
+            levels.clear();
+    if (levels.size() == 3 && std::count(text.begin(), text.end(), ',') == 2)
+        return {0, levels[0], levels[1], levels[2]};
+    throw Problem("\"" + text + "\" is no colour; expected #rrggbb or red,green,blue of 0 to 255",
+                  ProblemKind::usage);
+}
+
 std::string NotEmpty(const char* option, const char* value) {
-    if (*value == '\0') throw Problem(std::string("option ") + option + " needs a value", kUsage);
+    if (*value == '\0')
+        throw Problem(std::string("option ") + option + " needs a value", ProblemKind::usage);
     return value;
 }
 
 void SetMode(Options& options, const char* value) {
     const std::string mode = value;
     if (mode == "rgb")
-        options.shaping.way = Way::rgb;
+        options.wishes.mode = Mode::rgb;
     else if (mode == "indexed")
-        options.shaping.way = Way::indexed;
+        options.wishes.mode = Mode::indexed;
     else
-        throw Problem("--mode " + mode + " is not known; expected rgb or indexed", kUsage);
+        throw Problem("--mode " + mode + " is not known; expected rgb or indexed",
+                      ProblemKind::usage);
+}
+
+void SetPalette(Options& options, const char* value) {
+    using enum PaletteKind;
+    const std::string palette = NotEmpty("-p", value);
+    const std::pair<const char*, PaletteKind> kinds[] = {
+        {"exact", exact}, {"adaptive", adaptive}, {"fixed", fixed}};
+    const auto* const known = std::find_if(std::begin(kinds), std::end(kinds),
+                                           [&](const auto& kind) { return palette == kind.first; });
+    const bool isFile = known == std::end(kinds);
+    options.wishes.palette = isFile ? PaletteKind::file : known->second;
+    options.wishes.paletteFile = isFile ? palette : std::string();
 }
 
 void AddEntries(Options& options, const char* value) {
-    const std::string list = value;
-    for (std::size_t start = 0; start <= list.size();) {
-        const std::size_t end = std::min(list.find(',', start), list.size());
-        options.choices.transparent.push_back(list.substr(start, end - start));
-        start = end + 1;
+    for (const std::string& name : SplitList(value)) {
+        const auto color = ParseHexColor(name);
+        const auto number = ParseNumber(name);
+        if (!color && !number)
+            throw Problem("\"" + name + "\" is no entry; expected a number or #rrggbb",
+                          ProblemKind::usage);
+        options.wishes.transparent.push_back(color ? EntryName(*color) : EntryName(*number));
     }
 }
 
@@ -52,13 +105,10 @@ void AddChannel(Options& options, const char* value) {
     const std::string text = value;
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
-        throw Problem("--channel " + text + " is not understood; expected NAME=FILE", kUsage);
+        throw Problem("--channel " + text + " is not understood; expected NAME=FILE",
+                      ProblemKind::usage);
     options.channels.push_back({text.substr(0, equals), text.substr(equals + 1)});
-}
-
-void SetComment(Options& options, const char* value) {
-    options.commentText = value;
-    options.choices.comment = *value != '\0'; // an empty comment is none
+    options.wishes.channels.push_back(options.channels.back().name);
 }
 
 void SetRequirement(Options& options, const char* value) {
@@ -70,12 +120,13 @@ void SetRequirement(Options& options, const char* value) {
             ParseInRange("--require max-error", text.substr(limit.size()), 0, 255);
     else
         throw Problem("--require " + text + " is not known; expected lossless or max-error=N",
-                      kUsage);
+                      ProblemKind::usage);
 }
 
 void SetReport(Options& options, const char* value) {
     if (std::strcmp(value, "json") != 0)
-        throw Problem(std::string("--report ") + value + " is not known; expected json", kUsage);
+        throw Problem(std::string("--report ") + value + " is not known; expected json",
+                      ProblemKind::usage);
     options.json = true;
 }
 
@@ -103,12 +154,11 @@ constexpr Option kWayOptions[] = {
      SetMode},
     {'n', "colors", "N", text, nullptr,
      "at most N colours, 2 to 256; with transparency its entry is among 256",
-     [](Options& o, const char* value) { o.choices.colors = ParseInRange("-n", value, 2, 256); }},
+     [](Options& o, const char* value) { o.wishes.colors = ParseInRange("-n", value, 2, 256); }},
     {'p', "palette", "PALETTE", file, nullptr,
-     "reduce to a palette: exact, adaptive, fixed, or a palette file",
-     [](Options& o, const char* value) { o.choices.palette = NotEmpty("-p", value); }},
+     "reduce to a palette: exact, adaptive, fixed, or a palette file", SetPalette},
     {0, "resize", nullptr, none, nullptr, "cut a fixed or loaded palette to -n colours",
-     [](Options& o, const char*) { o.choices.resize = true; }},
+     [](Options& o, const char*) { o.wishes.resize = true; }},
     {0, "no-orient", nullptr, none, nullptr, "leave a picture as it is stored, turned or not",
      [](Options& o, const char*) { o.orient = false; }},
 };
@@ -117,33 +167,34 @@ constexpr Option kTransparencyOptions[] = {
     {0, "alpha-threshold", "N", text, nullptr,
      "opacity below N (1 to 255) is transparent, all other opaque",
      [](Options& o, const char* value) {
-         o.shaping.alphaThreshold = ParseInRange("--alpha-threshold", value, 1, 255);
+         o.wishes.alphaThreshold = ParseInRange("--alpha-threshold", value, 1, 255);
      }},
     {0, "opaque", nullptr, none, nullptr, "no transparency; what was transparent gets the matte",
-     [](Options& o, const char*) { o.choices.opaque = o.shaping.opaque = true; }},
+     [](Options& o, const char*) { o.wishes.opaque = true; }},
     {0, "matte", "COLOR", text, nullptr, "colour behind transparency: #rrggbb or r,g,b",
-     [](Options& o, const char* value) { o.choices.matte = o.shaping.matte = ParseColor(value); }},
+     [](Options& o, const char* value) { o.wishes.matte = ParseColor(value); }},
     {0, "transparent", "LIST", text, nullptr,
      "indexed: entries to hide beside what is transparent already, by number or as #rrggbb, with "
      "commas between",
      AddEntries},
     {0, "alpha", "CHANNEL", text, nullptr,
      "indexed: hide what this channel hides, by name or number",
-     [](Options& o, const char* value) { o.choices.alpha = NotEmpty("--alpha", value); }},
+     [](Options& o, const char* value) { o.wishes.alpha = NotEmpty("--alpha", value); }},
     {0, "invert", nullptr, none, nullptr, "indexed: the channel hides where it is bright",
-     [](Options& o, const char*) { o.choices.invert = true; }},
+     [](Options& o, const char*) { o.wishes.invert = true; }},
     {0, "channel", "NAME=FILE", text, nullptr, "indexed: add a grey picture as a channel",
      AddChannel},
 };
 
 constexpr Option kFileOptions[] = {
     {0, "interlace", nullptr, none, nullptr, "store the rows in four passes (the usual way)",
-     [](Options& o, const char*) { o.choices.interlace = true; }},
+     [](Options& o, const char*) { o.wishes.interlace = true; }},
     {0, "no-interlace", nullptr, none, nullptr, "store the rows from top to bottom",
-     [](Options& o, const char*) { o.choices.interlace = false; }},
-    {0, "comment", "TEXT", text, nullptr, "write TEXT as the file's comment", SetComment},
+     [](Options& o, const char*) { o.wishes.interlace = false; }},
+    {0, "comment", "TEXT", text, nullptr, "write TEXT as the file's comment",
+     [](Options& o, const char* value) { o.wishes.commentText = value; }},
     {0, "no-comment", nullptr, none, nullptr, "leave out the picture's comment",
-     [](Options& o, const char*) { SetComment(o, ""); }},
+     [](Options& o, const char*) { o.wishes.commentText = ""; }},
 };
 
 constexpr Option kReportOptions[] = {
@@ -226,7 +277,8 @@ void ApplyOptions(int argc, char** argv, Options& options) {
     optind = 0; // start anew, whatever was parsed before
     int answer;
     while ((answer = getopt_long(argc, argv, letters.c_str(), names.data(), nullptr)) != -1) {
-        if (answer == '?' || answer == ':') throw Problem(DescribeRefused(answer, argv), kUsage);
+        if (answer == '?' || answer == ':')
+            throw Problem(DescribeRefused(answer, argv), ProblemKind::usage);
         const auto found = std::find_if(all.begin(), all.end(), [answer, &all](auto& each) {
             return answer == each->letter ||
                    answer == kFirstPlace + static_cast<int>(&each - all.data());
@@ -237,9 +289,9 @@ void ApplyOptions(int argc, char** argv, Options& options) {
 }
 
 void CheckTogether(const Options& options) {
-    const ExportChoices& choices = options.choices;
-    const int ways = (choices.transparent.empty() ? 0 : 1) + (choices.alpha.empty() ? 0 : 1) +
-                     (choices.opaque ? 1 : 0);
+    const Wishes& wishes = options.wishes;
+    const int ways = (wishes.transparent.empty() ? 0 : 1) + (wishes.alpha.empty() ? 0 : 1) +
+                     (wishes.opaque ? 1 : 0);
     const struct {
         bool wrong;
         const char* sentence;
@@ -253,7 +305,7 @@ void CheckTogether(const Options& options) {
          "standard input can be read once only"},
     };
     for (const auto& rule : rules)
-        if (rule.wrong) throw Problem(rule.sentence, kUsage);
+        if (rule.wrong) throw Problem(rule.sentence, ProblemKind::usage);
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 // The command line's options: one table for parsing, --help, the manual page and the completions.
 #pragma once
 
-#include "Operator.h"
-#include "Shape.h"
+#include "Plan.h"
 
 #include <optional>
 #include <span>
@@ -29,10 +28,8 @@ struct Options {
     bool force = false;
     bool sync = false;
     bool orient = true;
-    std::vector<ChannelFile> channels; ///< --channel
-    Shaping shaping;
-    ExportChoices choices;
-    std::optional<std::string> commentText; ///< --comment; replaces the picture's own
+    std::vector<ChannelFile> channels; ///< --channel; the wishes have their names
+    Wishes wishes;
     Requirement required;
     bool quiet = false;
     bool verbose = false;
@@ -45,7 +42,7 @@ struct Options {
     std::vector<std::string> inputs; ///< "-" is standard input
 };
 
-/// Parses the arguments after the program's name. Throws Problem with code kUsage.
+/// Parses the arguments after the program's name. Throws Problem of kind usage.
 Options ParseOptions(int argc, char** argv);
 
 /// What an option's value is, for completions.

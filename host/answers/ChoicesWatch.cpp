@@ -4,13 +4,12 @@
 #include "FileManager.h"
 #include "ModuleResources.h"
 #include "PaletteFile.h"
-#include "PaletteNames.h"
 #include "SourceCalls.h"
+#include "Transparency.h"
 
 #include <algorithm>
 #include <bitset>
 #include <charconv>
-#include <cstdio>
 #include <filesystem>
 
 namespace gif89 {
@@ -18,16 +17,6 @@ namespace {
 
 bool IsOptions(DialogPtr dialog) {
     return dialog->resourceID == kRGBDialog || dialog->resourceID == kIndexedDialog;
-}
-
-std::size_t PixelCount(const Picture& picture) {
-    return static_cast<std::size_t>(picture.rows) * static_cast<std::size_t>(picture.columns);
-}
-
-std::string NameColor(RGBtuple color) {
-    char text[8];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x", color.red, color.green, color.blue);
-    return text;
 }
 
 } // namespace
@@ -44,12 +33,14 @@ void ChoicesWatch::DialogShown(DialogPtr dialog) {
     opened = ReadItems(dialog);
     pickedColor = false;
     if (dialog->resourceID != kIndexedDialog) return;
-    if (const short channel = OwnTransparency(picture))
-        ChoosePopUpEntry(dialog, kIndexedChannelItem, static_cast<short>(channel + 1));
+    if (const int channel = OwnTransparency(picture))
+        ChoosePopUpEntry(dialog, kIndexedChannelItem,
+                         static_cast<short>(kNoChannelEntry + channel));
 }
 
 void ChoicesWatch::DialogClosed(DialogPtr dialog) {
     if (IsOptions(dialog)) closed = ReadItems(dialog);
+    KeepPaletteShown(dialog, palette);
     EventRelay::DialogClosed(dialog);
 }
 
@@ -94,8 +85,8 @@ ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {
 
 // What was chosen
 
-ExportChoices ChoicesWatch::Choices(const DecodedGif& gif, Marks marks) const {
-    ExportChoices choices;
+Wishes ChoicesWatch::Choices(const DecodedGif& gif, Marks marks) const {
+    Wishes choices;
     const bool indexed = picture.kind == Picture::Kind::indexed;
     const short interlace = indexed ? kIndexedInterlaceItem : kRGBInterlaceItem;
     const short comment = indexed ? kIndexedCommentItem : kRGBCommentItem;
@@ -118,13 +109,13 @@ bool ChoicesWatch::Changed(short item) const {
 }
 
 // Marks and the inverting of a channel show in no item, but the file tells them.
-void ChoicesWatch::TakeIndexed(const DecodedGif& gif, Marks marks, ExportChoices& choices) const {
+void ChoicesWatch::TakeIndexed(const DecodedGif& gif, Marks marks, Wishes& choices) const {
     const auto found = closed.values.find(kIndexedChannelItem);
     const short entry = found == closed.values.end() ? kNoChannelEntry : found->second;
-    const short own = OwnTransparency(picture);
+    const int own = OwnTransparency(picture);
     if (entry <= kNoChannelEntry) {
         choices.transparent = MarkedEntries(gif, marks);
-        choices.opaque = own != 0 && choices.transparent.empty();
+        choices.dropOwn = own != 0;
         return;
     }
     const auto channel = static_cast<std::size_t>(entry - kNoChannelEntry);
@@ -133,18 +124,17 @@ void ChoicesWatch::TakeIndexed(const DecodedGif& gif, Marks marks, ExportChoices
     // A channel hides every pixel or shows it, so that the first one tells which way it is read.
     const bool hidden = gif.indices[0] == gif.transparentIndex;
     choices.invert = hidden != (chosen.bytes[0] < kVisibleFrom);
-    if (choices.invert || static_cast<short>(channel) != own)
+    if (choices.invert || static_cast<int>(channel) != own)
         choices.alpha = chosen.name.empty() ? std::to_string(channel) : chosen.name;
 }
 
-std::vector<std::string> ChoicesWatch::MarkedEntries(const DecodedGif& gif, Marks marks) const {
+std::vector<EntryName> ChoicesWatch::MarkedEntries(const DecodedGif& gif, Marks marks) const {
     std::bitset<256> used, marked;
-    const std::size_t pixels = PixelCount(picture);
-    for (std::size_t n = 0; n < pixels; ++n) {
+    for (std::size_t n = 0; n < picture.PixelCount(); ++n) {
         used.set(picture.pixels[n]);
         if (gif.indices[n] == gif.transparentIndex) marked.set(picture.pixels[n]);
     }
-    std::vector<std::string> names;
+    std::vector<EntryName> names;
     for (int entry = 0; entry < 256; ++entry) {
         if (!marked[static_cast<std::size_t>(entry)]) continue;
         const RGBtuple color = TableEntry(picture.table, entry);
@@ -154,24 +144,20 @@ std::vector<std::string> ChoicesWatch::MarkedEntries(const DecodedGif& gif, Mark
             const bool same = PackColor(TableEntry(picture.table, other)) == PackColor(color);
             wholeColor = !same || !used[bit] || marked[bit];
         }
-        std::string name = wholeColor ? NameColor(color) : std::to_string(entry);
-        if (std::find(names.begin(), names.end(), name) == names.end())
-            names.push_back(std::move(name));
+        names.push_back(wholeColor ? EntryName(color) : EntryName(entry));
     }
     return names;
 }
 
-void ChoicesWatch::TakeRGB(ExportChoices& choices) const {
-    const auto found = closed.values.find(kRGBPalettePopUpItem);
-    if (found == closed.values.end()) return;
-    const short entry = found->second;
-    const bool own = entry == kExactEntry || entry == kAdaptiveEntry;
-    if (Changed(kRGBPalettePopUpItem))
-        choices.palette = entry <= kFixedEntry ? kPaletteNames[entry - kExactEntry] : PaletteFile();
+void ChoicesWatch::TakeRGB(Wishes& choices) const {
+    if (!closed.values.contains(kRGBPalettePopUpItem)) return;
+    const bool own = palette == PaletteKind::exact || palette == PaletteKind::adaptive;
+    if (Changed(kRGBPalettePopUpItem)) choices.palette = palette;
+    if (choices.palette == PaletteKind::file) choices.paletteFile = PaletteFile();
     const bool changedCount = closed.count != opened.count || Changed(kRGBPalettePopUpItem);
     int count = 0;
     const char* const end = closed.count.data() + closed.count.size();
-    if (entry != kExactEntry && changedCount &&
+    if (palette != PaletteKind::exact && changedCount &&
         std::from_chars(closed.count.data(), end, count).ptr == end)
         choices.colors = count;
     choices.resize = !own && closed.values.at(kRGBResizeItem) != 0;

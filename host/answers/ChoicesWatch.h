@@ -3,10 +3,10 @@
 #pragma once
 
 #include "DecodeGif.h"
+#include "DialogUser.h"
 #include "EventRelay.h"
-#include "Operator.h"
 #include "Picture.h"
-#include "StandardFile.h"
+#include "Plan.h"
 
 #include <map>
 #include <string>
@@ -15,18 +15,20 @@
 namespace gif89 {
 
 /// Watches the dialogs of one export, and proposes one thing: where the picture's own transparency
-/// is a channel, that channel is chosen when the dialog comes up, as the Operator chooses it.
+/// is a channel, that channel is chosen when the dialog comes up, as Answers chooses it.
 class ChoicesWatch final : public EventRelay, public StandardFileResponder {
   public:
     /// All three must outlive the watch. `files` may be null, which cancels.
     ChoicesWatch(EventSource& display, StandardFileResponder* files, const Picture& exported);
 
+    DialogUser User() { return {this, this, &palette}; }
+
     /// What was chosen, once the export has come to its end; `gif` is its file. What was left as
     /// the dialog came up stays open, so that it also fits other pictures. Marked entries are
-    /// named by their colours when `namesColors`, for a table whose order another picture would
-    /// not have, else by their numbers.
+    /// named by their colours where a table's order is one that another picture would not have,
+    /// else by their numbers.
     enum class Marks : bool { asNumbers, asColors };
-    ExportChoices Choices(const DecodedGif& gif, Marks marks) const;
+    Wishes Choices(const DecodedGif& gif, Marks marks) const;
 
     void DialogShown(DialogPtr dialog) override;
     void DialogClosed(DialogPtr dialog) override;
@@ -46,14 +48,15 @@ class ChoicesWatch final : public EventRelay, public StandardFileResponder {
 
     static Items ReadItems(DialogPtr dialog);
     bool Changed(short item) const;
-    void TakeIndexed(const DecodedGif& gif, Marks marks, ExportChoices& choices) const;
-    void TakeRGB(ExportChoices& choices) const;
-    std::vector<std::string> MarkedEntries(const DecodedGif& gif, Marks marks) const;
+    void TakeIndexed(const DecodedGif& gif, Marks marks, Wishes& choices) const;
+    void TakeRGB(Wishes& choices) const;
+    std::vector<EntryName> MarkedEntries(const DecodedGif& gif, Marks marks) const;
     std::string PaletteFile() const;
 
     StandardFileResponder* files;
     const Picture& picture;
     Items opened, closed;
+    PaletteKind palette = PaletteKind::open;
     bool pickedColor = false;
     std::vector<std::string> pickedFiles;
 };

@@ -2,33 +2,34 @@
 
 namespace gif89 {
 
-Preset::Preset(Operator& theOperator, EventSource& theDisplay, StandardFileResponder* openDialog)
-    : EventRelay(theDisplay), user(theOperator), display(theDisplay), files(openDialog) {}
+Preset::Preset(Answers& theAnswers, EventSource& theDisplay, StandardFileResponder* openDialog)
+    : EventRelay(theDisplay), answers(theAnswers), user(theAnswers.User()), display(theDisplay),
+      files(openDialog) {}
 
 EventSource& Preset::InCharge() {
-    if (user.IsDone()) return display;
-    return user.Events();
+    return answers.IsDone() ? display : *user.events;
 }
 
 // Both follow what the dialogs do; the display comes last where it decides what they draw on.
 
 void Preset::DialogOpened(DialogPtr dialog) {
-    user.Events().DialogOpened(dialog);
+    user.events->DialogOpened(dialog);
     display.DialogOpened(dialog);
 }
 
 void Preset::DialogShown(DialogPtr dialog) {
-    user.Events().DialogShown(dialog);
+    user.events->DialogShown(dialog);
     display.DialogShown(dialog);
 }
 
 void Preset::DialogClosed(DialogPtr dialog) {
-    user.Events().DialogClosed(dialog);
+    KeepPaletteShown(dialog, palette);
+    user.events->DialogClosed(dialog);
     display.DialogClosed(dialog);
 }
 
 void Preset::ItemChanged(DialogPtr dialog, short item, ItemChange change) {
-    user.Events().ItemChanged(dialog, item, change);
+    user.events->ItemChanged(dialog, item, change);
     display.ItemChanged(dialog, item, change);
 }
 
@@ -71,8 +72,8 @@ void Preset::PutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
 }
 
 void Preset::GetFile(FileFilterProc filter, StandardFileReply* reply) {
-    if (!user.IsDone())
-        user.Files().GetFile(filter, reply);
+    if (!answers.IsDone())
+        user.files->GetFile(filter, reply);
     else if (files)
         files->GetFile(filter, reply);
 }

@@ -1,18 +1,19 @@
 // Makes choices in the options dialog that comes up, then leaves the dialog to a person.
 #pragma once
 
+#include "Answers.h"
 #include "EventRelay.h"
-#include "Operator.h"
-#include "StandardFile.h"
 
 namespace gif89 {
 
-/// Until the operator has done its part, the dialogs hear it instead of the display.
+/// Until all answers are given, the dialogs hear them instead of the display.
 class Preset final : public EventRelay, public StandardFileResponder {
   public:
-    /// All three must outlive this; the operator leaves the dialog open in the end. `openDialog`
+    /// All three must outlive this; the answers leave the dialog open in the end. `openDialog`
     /// may be null, which cancels.
-    Preset(Operator& theOperator, EventSource& theDisplay, StandardFileResponder* openDialog);
+    Preset(Answers& theAnswers, EventSource& theDisplay, StandardFileResponder* openDialog);
+
+    DialogUser User() { return {this, this, &palette}; }
 
     void DialogOpened(DialogPtr dialog) override;
     void DialogShown(DialogPtr dialog) override;
@@ -34,9 +35,11 @@ class Preset final : public EventRelay, public StandardFileResponder {
   private:
     EventSource& InCharge();
 
-    Operator& user;
+    Answers& answers;
+    const DialogUser user; ///< the answers' own
     EventSource& display;
     StandardFileResponder* files;
+    PaletteKind palette = PaletteKind::open;
 };
 
 } // namespace gif89

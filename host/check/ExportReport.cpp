@@ -73,10 +73,36 @@ std::string LossesBetween(const ExportReport& report, Loss::Kind first, Loss::Ki
 }
 
 std::string WayText(const ExportReport& report) {
-    if (report.indexed)
-        return report.palette == "own" ? "indexed, the picture's own table"
-                                       : "indexed, a table made of the picture's colours";
-    return "RGB, " + report.palette + " palette, error diffusion";
+    switch (report.way) {
+    case Way::ownTable:
+        return "indexed, the picture's own table";
+    case Way::fewColors:
+        return "indexed, a table made of the picture's colours";
+    case Way::module:
+        break;
+    }
+    return std::string("RGB, ") + NameOf(report.palette) + " palette, error diffusion";
+}
+
+std::string FileText(const ExportReport& report) {
+    std::string text = Counted(static_cast<std::int64_t>(report.bytes), "byte") + ", " +
+                       std::to_string(report.usedEntries) + " of " +
+                       std::to_string(report.tableEntries) + " entries used, " +
+                       (report.interlaced ? "interlaced" : "not interlaced");
+    if (report.transparentIndex >= 0)
+        text += ", entry " + std::to_string(report.transparentIndex) + " transparent";
+    return text;
+}
+
+std::string PixelsText(const ExportReport& report) {
+    if (report.KeepsPixels()) return "all " + Count(report.pixels) + " as they were";
+    return Count(report.changedPixels) + " of " + Count(report.pixels) + " changed" +
+           (report.largestError > 0 ? "; " + ErrorText(report) : "");
+}
+
+const char* FateText(CommentFate fate) {
+    constexpr const char* kTexts[] = {"", "kept", "dropped"};
+    return kTexts[static_cast<int>(fate)];
 }
 
 } // namespace
@@ -105,34 +131,29 @@ std::vector<Loss> ExportReport::Losses() const {
     return losses;
 }
 
-std::string ReportText(const ExportReport& report) {
-    std::string text = "  picture:      " + std::to_string(report.columns) + " x " +
-                       std::to_string(report.rows) + ", " + report.notes.format + ", " +
-                       Counted(report.sourceColors, "colour") + "\n";
+std::vector<ReportLine> ReportLines(const ExportReport& report) {
     std::string reading = LossesBetween(report, Loss::Kind::pictures, Loss::Kind::unusable);
     if (report.notes.oriented) Append(reading, "turned upright");
-    if (!reading.empty()) text += "  reading:      " + reading + "\n";
-    text += "  way:          " + WayText(report) + "\n";
-    text += "  file:         " + Counted(static_cast<std::int64_t>(report.bytes), "byte") + ", " +
-            std::to_string(report.usedEntries) + " of " + std::to_string(report.tableEntries) +
-            " entries used, " + (report.interlaced ? "interlaced" : "not interlaced");
-    if (report.transparentIndex >= 0)
-        text += ", entry " + std::to_string(report.transparentIndex) + " transparent";
-    text += "\n";
-    text += "  pixels:       ";
-    if (report.KeepsPixels())
-        text += "all " + Count(report.pixels) + " as they were\n";
-    else
-        text += Count(report.changedPixels) + " of " + Count(report.pixels) + " changed" +
-                (report.largestError > 0 ? "; " + ErrorText(report) : "") + "\n";
-    const std::string transparency =
-        LossesBetween(report, Loss::Kind::opacities, Loss::Kind::opaque);
-    if (!transparency.empty()) text += "  transparency: " + transparency + "\n";
-    if (report.comment != CommentFate::none)
-        text += std::string("  comment:      ") +
-                (report.comment == CommentFate::kept ? "kept" : "dropped") + "\n";
-    text += std::string("  lossless:     ") + (report.Lossless() ? "yes" : "no") + "\n";
-    return text;
+    const ReportLine possible[] = {
+        {"picture", std::to_string(report.columns) + " x " + std::to_string(report.rows) + ", " +
+                        report.notes.format + ", " + Counted(report.sourceColors, "colour")},
+        {"reading", reading},
+        {"way", WayText(report)},
+        {"file", FileText(report)},
+        {"pixels", PixelsText(report)},
+        {"transparency", LossesBetween(report, Loss::Kind::opacities, Loss::Kind::opaque)},
+        {"comment", FateText(report.comment)},
+        {"lossless", report.Lossless() ? "yes" : "no"},
+    };
+    std::vector<ReportLine> lines;
+    for (const ReportLine& line : possible)
+        if (!line.text.empty()) lines.push_back(line);
+    return lines;
+}
+
+const char* NameOf(PaletteKind palette) {
+    constexpr const char* kNames[] = {"", "exact", "adaptive", "fixed", "loaded"};
+    return kNames[static_cast<int>(palette)];
 }
 
 std::string LossText(const ExportReport& report) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Picture.h"
+#include "Plan.h"
 
 #include <cstdint>
 #include <string>
@@ -44,10 +45,8 @@ struct ExportReport {
     int shownColors = 0;       ///< distinct colours among those, the transparent one left out
 
     // The way
-    bool indexed = false; ///< else RGB
-    /// "own" (the picture's), "found" (made of its few colours), "exact", "adaptive", "fixed" or
-    /// "loaded"
-    std::string palette;
+    Way way = Way::module;
+    PaletteKind palette = PaletteKind::open; ///< that the module used; open where it used none
 
     // The pixels. Those of opacity 0 in the picture that are transparent in the file are equal,
     // whatever their colours.
@@ -72,8 +71,15 @@ struct ExportReport {
     bool Lossless() const { return Losses().empty(); }
 };
 
-/// Several short lines for a person, each ended by a newline.
-std::string ReportText(const ExportReport& report);
+/// What a person is told of one matter.
+struct ReportLine {
+    std::string label; ///< a word, "pixels"
+    std::string text;
+};
+/// "exact", "adaptive", "fixed", "loaded"; empty for none.
+const char* NameOf(PaletteKind palette);
+
+std::vector<ReportLine> ReportLines(const ExportReport& report);
 
 /// What was lost in one line ("52,340 colours became 256 (largest error 24); ..."); empty when
 /// nothing was.

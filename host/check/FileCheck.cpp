@@ -1,5 +1,6 @@
 #include "FileCheck.h"
 
+#include "CountColors.h"
 #include "Problem.h"
 
 #include <sys/stat.h>
@@ -66,7 +67,7 @@ std::int64_t FileCheck::WaitForColors() {
     }
 }
 
-CheckedGif FileCheck::Finish(std::string palette) {
+CheckedGif FileCheck::Finish(PaletteKind palette) {
     followed->Complete();
     const std::int64_t sourceColors = WaitForColors();
     const GifHead& head = sink.comparison.Head();
@@ -74,8 +75,7 @@ CheckedGif FileCheck::Finish(std::string palette) {
         throw OutputProblem("the finished file has another comment than the picture");
     CheckedGif checked;
     if (sink.collector) checked.gif = std::move(sink.collector->gif);
-    checked.report =
-        sink.comparison.Report(exported, sourceColors, FileSize(file), std::move(palette));
+    checked.report = sink.comparison.Report(exported, sourceColors, FileSize(file), palette);
     return checked;
 }
 

@@ -29,10 +29,11 @@ class FileCheck {
 
     /// Begins with the file, which is still empty. The descriptor is borrowed and stays open.
     void Begin(int descriptor);
-    /// Ends with the file, which is complete; `palette` is as in the report. Throws
+    /// Ends with the file, which is complete; `palette` is the one that the
+    /// module used. Throws
     /// OutputProblem when the file is not a GIF file of the picture's size and comment. Called
     /// once, after Begin.
-    CheckedGif Finish(std::string palette);
+    CheckedGif Finish(PaletteKind palette);
 
   private:
     std::int64_t WaitForColors();

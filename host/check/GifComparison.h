@@ -10,9 +10,6 @@
 
 namespace gif89 {
 
-/// The distinct colours of a picture's visible pixels, those of an opacity above 0.
-std::int64_t CountColors(const Picture& picture);
-
 class GifComparison final : public GifSink {
   public:
     /// `original` is the picture as it was read.
@@ -25,9 +22,9 @@ class GifComparison final : public GifSink {
     const GifHead& Head() const { return gif; }
     /// To be called once, after the last pixel. `exported` is the picture that was handed to the
     /// module, often the original; `sourceColors` is what CountColors finds in the original,
-    /// `bytes` the file's size; `palette` is as in the report.
+    /// `bytes` the file's size; `palette` the one that the module used where it reduced colours.
     ExportReport Report(const Picture& exported, std::int64_t sourceColors, std::size_t bytes,
-                        std::string palette);
+                        PaletteKind palette);
 
   private:
     /// A pixel of the picture that was read, or of the file.

@@ -143,7 +143,8 @@ std::int32_t ExportHost::BudgetForOneBand() const {
 [[noreturn]] void FailWith(OSErr code) {
     if (const int error = SystemErrorBehind(code))
         throw OutputProblem("cannot be written: " + SystemReason(error));
-    throw Problem(DescribeCode(code));
+    throw Problem(DescribeCode(code),
+                  code == userCanceledErr ? ProblemKind::cancelled : ProblemKind::failed);
 }
 
 void ExportHost::Call(short selector) {

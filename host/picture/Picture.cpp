@@ -69,6 +69,7 @@ Picture CopyPicture(const Picture& picture) {
     }
     copy.comment = picture.comment;
     copy.notes = picture.notes;
+    copy.visibleColors = picture.visibleColors;
     return copy;
 }
 
@@ -76,6 +77,11 @@ const std::uint8_t* OpacityOf(const Picture& picture) {
     for (const Channel& channel : picture.channels)
         if (channel.name == kTransparencyChannel) return channel.bytes.get();
     return nullptr;
+}
+
+bool HasOpacity(const Picture& picture) {
+    return picture.kind == Picture::Kind::rgbAlpha ||
+           (picture.kind == Picture::Kind::indexed && OpacityOf(picture));
 }
 
 std::uint8_t* AddChannel(Picture& picture, std::string name) {
@@ -128,11 +134,11 @@ void FlattenAlpha(Picture& picture, RGBtuple below) {
                 (from[c] * opacity + background[c] * (255 - opacity) + 127) / 255);
     }
     picture.kind = Picture::Kind::rgb;
+    picture.visibleColors.reset();
 }
 
 std::unique_ptr<std::uint8_t[]> TakeGreyLevels(const Picture& picture) {
-    const std::size_t pixels =
-        static_cast<std::size_t>(picture.rows) * static_cast<std::size_t>(picture.columns);
+    const std::size_t pixels = picture.PixelCount();
     auto levels = std::make_unique_for_overwrite<std::uint8_t[]>(pixels);
     const int step = picture.BytesPerPixel();
     const std::uint8_t* pixel = picture.pixels.get();
@@ -163,6 +169,7 @@ void ExpandToRGB(Picture& picture) {
     }
     expanded.comment = std::move(picture.comment);
     expanded.notes = std::move(picture.notes);
+    expanded.visibleColors = picture.visibleColors;
     picture = std::move(expanded);
 }
 

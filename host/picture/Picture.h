@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,12 +62,16 @@ struct Picture {
     std::vector<Channel> channels;          ///< indexed only
     std::string comment;                    ///< the picture's own comment, empty for none
     InputNotes notes;
+    std::optional<std::int64_t> visibleColors; ///< what CountColors finds, once it is known
 
     int BytesPerPixel() const { return kind == Kind::indexed ? 1 : kind == Kind::rgb ? 3 : 4; }
     std::size_t RowBytes() const {
         return static_cast<std::size_t>(columns) * static_cast<std::size_t>(BytesPerPixel());
     }
     std::size_t PixelBytes() const { return RowBytes() * static_cast<std::size_t>(rows); }
+    std::size_t PixelCount() const {
+        return static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+    }
 };
 
 /// Name of the channel that carries the opacity of an indexed picture: 0 transparent, 255 opaque.
@@ -88,6 +93,8 @@ Picture CopyPicture(const Picture& picture);
 
 /// The opacity of an indexed picture: the bytes of channel "Transparency", null without one.
 const std::uint8_t* OpacityOf(const Picture& picture);
+/// True for pictures that say of each pixel how opaque it is.
+bool HasOpacity(const Picture& picture);
 
 /// Gives an indexed picture a further channel, bytes undefined, and returns them; the picture owns
 /// them. Throws Problem when there is not enough memory.

@@ -1,4 +1,4 @@
-// What went wrong, in one sentence for the user, and the exit code it deserves.
+// What went wrong, in one sentence for the user, and of what kind it is.
 #pragma once
 
 #include <cerrno>
@@ -12,16 +12,14 @@ namespace gif89 {
 /// Exit codes of our programs.
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kNotMet = 3 };
 
-/// What the user may do about it, where that is known. A command line names options and a window
-/// its commands, so each program has its own words for it.
-enum class Remedy : std::uint8_t {
-    none,
-    replaceFile, ///< let the existing file be replaced
-    nameOther,   ///< give the new file another name
-    reduce,      ///< choose the colours anew instead of keeping the picture's table
-    nameChannel, ///< say which channel is to be inverted
-    namePalette, ///< say which palette is to be cut
-    leaveCount,  ///< give no number of colours
+/// What a program may want to tell apart, for its exit code and for advice in its own words.
+enum class ProblemKind : std::uint8_t {
+    failed,
+    usage,
+    notMet,      ///< a condition that was set
+    cancelled,   ///< by the user
+    fileExists,  ///< where it was not to be replaced
+    fileIsInput, ///< that is read, and would be written
 };
 
 /// Thrown by the host's code; never crosses the module's boundary. The sentence says what is
@@ -29,9 +27,8 @@ enum class Remedy : std::uint8_t {
 /// unless the problem says that it is another.
 class Problem : public std::runtime_error {
   public:
-    explicit Problem(const std::string& sentence, ExitCode code = kFailed,
-                     Remedy remedy = Remedy::none)
-        : std::runtime_error(sentence), exitCode(code), cure(remedy) {}
+    explicit Problem(const std::string& sentence, ProblemKind kindOfProblem = ProblemKind::failed)
+        : std::runtime_error(sentence), kind(kindOfProblem) {}
 
     /// The same about that file, unless it is about a file already.
     Problem About(const std::string& path) const {
@@ -40,13 +37,12 @@ class Problem : public std::runtime_error {
         return named;
     }
 
-    ExitCode Code() const { return exitCode; }
-    Remedy Cure() const { return cure; }
+    ProblemKind Kind() const { return kind; }
+    ExitCode Code() const;
     const std::string& File() const { return file; } ///< empty when the catcher knows it
 
   private:
-    ExitCode exitCode;
-    Remedy cure;
+    ProblemKind kind;
     std::string file;
 };
 

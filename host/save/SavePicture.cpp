@@ -1,7 +1,6 @@
 #include "SavePicture.h"
 
 #include "Descriptor.h"
-#include "DialogWatch.h"
 #include "ExportHost.h"
 #include "FileManager.h"
 #include "Problem.h"
@@ -127,21 +126,14 @@ struct Export {
     const SaveChecks& checks;
 };
 
-// Runs the export and returns the palette's kind. A refusal of the save dialog is the better reason
-// than the module's "cancelled".
-std::string Run(const Export& job, SaveDialog& dialog) {
-    std::optional<DialogWatch> watch;
-    if (job.user.events) watch.emplace(*job.user.events);
+// A refusal of the save dialog is the better reason than the module's "cancelled".
+void Run(const Export& job, SaveDialog& dialog) {
     try {
-        ExportPicture(job.module,
-                      {job.picture, job.documentName, dialog, watch ? &*watch : nullptr});
+        ExportPicture(job.module, {job.picture, job.documentName, dialog, job.user.events});
     } catch (const Problem&) {
         if (dialog.refusal) std::rethrow_exception(dialog.refusal);
         throw;
     }
-    if (job.picture.kind == Picture::Kind::indexed)
-        return job.picture.notes.madeIndexed ? "found" : "own";
-    return watch ? watch->Palette() : std::string();
 }
 
 // Runs the export while the file is decoded and compared with what was to be written.
@@ -150,13 +142,13 @@ CheckedGif RunChecked(const Export& job, SaveDialog& dialog) {
     FileCheck check(checks.original ? *checks.original : job.picture, job.picture,
                     checks.keepIndices);
     dialog.check = &check; // which ends before the dialog closes its file
-    std::string palette = Run(job, dialog);
-    CheckedGif checked = check.Finish(std::move(palette));
+    Run(job, dialog);
+    CheckedGif checked = check.Finish(job.user.palette ? *job.user.palette : PaletteKind::open);
     if (checks.accept) checks.accept(checked.report);
     if (dialog.replacesSource && !checked.report.Lossless())
         throw Problem("is the picture's own file, of which something would be lost: " +
                           LossText(checked.report),
-                      kUsage, Remedy::nameOther)
+                      ProblemKind::fileIsInput)
             .About(dialog.target);
     return checked;
 }

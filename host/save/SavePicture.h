@@ -1,13 +1,12 @@
 // From a picture to a checked GIF file in its place: export, decode, compare, commit.
 #pragma once
 
-#include "EventSource.h"
+#include "DialogUser.h"
 #include "ExportModule.h"
 #include "FileCheck.h"
 #include "FileId.h"
 #include "Picture.h"
 #include "StagedFile.h"
-#include "StandardFile.h"
 
 #include <functional>
 #include <optional>
@@ -29,12 +28,6 @@ struct SavedGif : CheckedGif {
     std::string path; ///< empty for a stream
 };
 
-/// Who answers the module's dialogs; the save dialog is answered by SavePicture itself.
-struct DialogUser {
-    EventSource* events;          ///< null cancels them
-    StandardFileResponder* files; ///< for files to open; null cancels
-};
-
 /// What is looked at on the way; each may throw Problem, and then nothing is written.
 struct SaveChecks {
     const Picture* original = nullptr; ///< to compare with; null is the exported picture itself
@@ -47,7 +40,8 @@ struct SaveChecks {
     std::function<void(const ExportReport&)> accept;
 };
 
-/// Exports the picture under the document's name, decodes the file, compares and saves it. Throws
+/// Exports the picture under the document's name through the dialogs that `user` answers (the save
+/// dialog is answered here), decodes the file, compares and saves it. Throws
 /// Problem, OutputProblem where it is about the file; whatever fails, what was at the destination
 /// is whole and nothing else is left there.
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,

@@ -126,7 +126,7 @@ StagedFile::StagedFile(const std::string& targetPath, Existing whatExists, Stagi
     if (place.name.empty()) throw OutputProblem("is a folder; a file name was expected");
     const bool replaces = LookAtOldFile(place).has_value();
     if (replaces && existing == Existing::keep)
-        throw OutputProblem("exists already", kFailed, Remedy::replaceFile);
+        throw OutputProblem("exists already", ProblemKind::fileExists);
     // Until a new file gets an old one's rights, it is nobody else's.
     const mode_t mode = replaces ? 0600 : 0666;
     if (staging == Staging::nameless) CreateNameless(mode);

@@ -86,7 +86,7 @@ TEST_F(DesktopTest, OpensADroppedFileWhateverBytesItsNameHas) {
     Drop({"odd%20%FF%20name.ppm"});
     ASSERT_TRUE(WaitForDocument("odd \xff name"));
     EXPECT_EQ(window->CurrentDocument()->shown.Size(), QSize(7, 5));
-    EXPECT_EQ(window->CurrentDocument()->colors, 35);
+    EXPECT_EQ(window->CurrentDocument()->picture.visibleColors, 35);
     EXPECT_EQ(RecentFiles(), std::vector<std::string>{folder.Path("odd \xff name.ppm")});
 }
 
@@ -151,7 +151,8 @@ TEST_F(DesktopTest, ExportsWithTheDialogsAndAgainWithout) {
     EXPECT_TRUE(folder.Read("one.gif") == folder.Read("two.gif"));
 
     // The original is still what it was, and what was changed is known.
-    EXPECT_EQ(window->CurrentDocument()->colors, window->Result()->report.sourceColors);
+    EXPECT_EQ(window->CurrentDocument()->picture.visibleColors,
+              window->Result()->report.sourceColors);
     EXPECT_GT(window->Result()->report.changedPixels, 0);
 
     // The same choices reduce a picture with a table, unless it is to keep that; then the user is

@@ -1,4 +1,4 @@
-// What a person chose in the dialogs, chosen again by the operator, makes the same file.
+// What a person chose in the dialogs, chosen again by answers, makes the same file.
 #include "ChoicesWatch.h"
 #include "ModuleResources.h"
 #include "Preset.h"
@@ -45,7 +45,7 @@ Act PressCell(int entry) {
 }
 
 struct Repeated {
-    ExportChoices choices;
+    Wishes choices;
     DecodedGif gif;
 };
 
@@ -64,19 +64,20 @@ Repeated Repeat(const Picture& picture, std::vector<Act> acts,
     ScriptSource script(std::move(acts));
     ChoicesWatch watch(script, &script, picture);
     Repeated repeated;
-    repeated.gif = save("first.gif", {&watch, &watch});
+    repeated.gif = save("first.gif", watch.User());
     EXPECT_EQ(script.Failure(), "");
     repeated.choices = watch.Choices(repeated.gif, marks);
 
-    Operator user(picture, repeated.choices);
-    save("second.gif", {&user.Events(), &user.Files()});
-    EXPECT_NO_THROW(user.ThrowFailure());
+    const Plan plan = std::get<Plan>(MakePlan(picture, repeated.choices));
+    Answers answers(plan);
+    save("second.gif", answers.User());
+    EXPECT_NO_THROW(answers.ThrowFailure());
     EXPECT_TRUE(folder.Read("first.gif") == folder.Read("second.gif"));
 
-    Operator before(picture, repeated.choices, Operator::End::leavesOpen);
+    Answers before(plan, Answers::End::leavesOpen);
     ScriptSource person({PressItem(kOKItem)});
     Preset preset(before, person, &person);
-    save("third.gif", {&preset, &preset});
+    save("third.gif", preset.User());
     EXPECT_EQ(person.Failure(), "");
     EXPECT_TRUE(folder.Read("first.gif") == folder.Read("third.gif"));
     return repeated;
@@ -142,23 +143,28 @@ TEST(ChoicesWatch, NamesMarksByColorsOnlyWhereThatMeansTheSame) {
                                    PressCell(4)}; // looks like 7
     using Names = std::vector<std::string>;
     const auto named = [&](ChoicesWatch::Marks marks) {
-        return Repeat(MakeIndexed(), acts, marks).choices.transparent;
+        Names names;
+        for (const EntryName& name : Repeat(MakeIndexed(), acts, marks).choices.transparent)
+            names.push_back(name.index() == 0
+                                ? std::to_string(std::get<int>(name))
+                                : std::to_string(PackColor(std::get<RGBtuple>(name))));
+        return names;
     };
     EXPECT_EQ(named(ChoicesWatch::Marks::asNumbers), (Names{"3", "4"}));
-    EXPECT_EQ(named(ChoicesWatch::Marks::asColors), (Names{"#3ce43c", "4"}));
+    EXPECT_EQ(named(ChoicesWatch::Marks::asColors), (Names{std::to_string(0x3ce43c), "4"}));
 }
 
 // Choices are made again for other pictures, too: what was left alone must not bind those.
 TEST(ChoicesWatch, LeavesOpenWhatWasLeftAlone) {
-    const ExportChoices rgb = Repeat(MakeNoise(), {}).choices;
+    const Wishes rgb = Repeat(MakeNoise(), {}).choices;
     EXPECT_FALSE(rgb.interlace || rgb.comment || rgb.matte || rgb.colors || rgb.resize);
-    EXPECT_EQ(rgb.palette, "");
+    EXPECT_EQ(rgb.palette, PaletteKind::open);
 
     const Picture picture = MakeIndexed();
     const Repeated indexed = Repeat(picture, {});
     EXPECT_EQ(indexed.choices.alpha, "");
     EXPECT_TRUE(indexed.choices.transparent.empty());
-    EXPECT_FALSE(indexed.choices.opaque || indexed.choices.invert);
+    EXPECT_FALSE(indexed.choices.dropOwn || indexed.choices.invert);
     // A person who only presses OK keeps the holes of the picture.
     for (std::size_t n = 0; n < picture.PixelBytes(); ++n)
         ASSERT_EQ(indexed.gif.indices[n] == indexed.gif.transparentIndex,

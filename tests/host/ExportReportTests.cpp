@@ -83,6 +83,12 @@ TEST(ExportReport, CountsEachKindOfLoss) {
               "transparent pixel became visible");
 }
 
+std::string ReportText(const ExportReport& report) {
+    std::string text;
+    for (const ReportLine& line : ReportLines(report)) text += line.label + ": " + line.text + '\n';
+    return text;
+}
+
 TEST(ExportReport, SaysInLinesWhatHappened) {
     Picture picture = MakeLossy();
     picture.comment = "left out";
@@ -95,34 +101,35 @@ TEST(ExportReport, SaysInLinesWhatHappened) {
     picture.notes.oriented = true;
     EXPECT_EQ(
         ReportText(MakeReport(picture, MakeGif())),
-        "  picture:      4 x 1, TIFF, 3 colours\n"
-        "  reading:      only the first of 2 pictures kept; 16 bits rounded to 8; profile "
+        "picture: 4 x 1, TIFF, 3 colours\n"
+        "reading: only the first of 2 pictures kept; 16 bits rounded to 8; profile "
         "\"Wide\" converted to sRGB; turned upright\n"
-        "  way:          RGB, exact palette, error diffusion\n"
-        "  file:         50 bytes, 3 of 4 entries used, not interlaced, entry 2 transparent\n"
-        "  pixels:       4 of 4 changed; largest error 10, mean 4.33\n"
-        "  transparency: 1 partly opaque pixel (1 level of opacity) became opaque or "
+        "way: RGB, exact palette, error diffusion\n"
+        "file: 50 bytes, 3 of 4 entries used, not interlaced, entry 2 transparent\n"
+        "pixels: 4 of 4 changed; largest error 10, mean 4.33\n"
+        "transparency: 1 partly opaque pixel (1 level of opacity) became opaque or "
         "transparent; 1 visible pixel became transparent; 1 transparent pixel became visible\n"
-        "  comment:      dropped\n"
-        "  lossless:     no\n");
+        "comment: dropped\n"
+        "lossless: no\n");
 
     picture = MakePicture(Picture::Kind::indexed, 1, 4);
     std::copy_n(MakeGif().indices.get(), 4, picture.pixels.get());
     picture.colors = 3;
     picture.comment = "kept";
     picture.notes.format = "GIF";
+    picture.notes.madeIndexed = true;
     DecodedGif gif = MakeGif();
     picture.table = gif.table;
     gif.transparentIndex = -1;
     gif.interlaced = true;
     gif.comment = picture.comment;
     EXPECT_EQ(ReportText(MakeReport(picture, gif)),
-              "  picture:      4 x 1, GIF, 3 colours\n"
-              "  way:          indexed, a table made of the picture's colours\n"
-              "  file:         50 bytes, 3 of 4 entries used, interlaced\n"
-              "  pixels:       all 4 as they were\n"
-              "  comment:      kept\n"
-              "  lossless:     yes\n");
+              "picture: 4 x 1, GIF, 3 colours\n"
+              "way: indexed, a table made of the picture's colours\n"
+              "file: 50 bytes, 3 of 4 entries used, interlaced\n"
+              "pixels: all 4 as they were\n"
+              "comment: kept\n"
+              "lossless: yes\n");
 }
 
 class CountedAgain : public testing::TestWithParam<Picture::Kind> {};

@@ -1,5 +1,6 @@
 // The real module, loaded at run time, from a picture to a checked file. Whether the report on the
 // file can be believed is looked at by the fuzz target for exports.
+#include "Answers.h"
 #include "ExportHost.h"
 #include "OkUser.h"
 #include "Problem.h"
@@ -30,9 +31,10 @@ Picture MakeRandom(PictureKind kind, int rows, int columns, int planes) {
 // Saves with the options that the dialog shows when it opens.
 ExportReport SaveAsItComes(const Picture& picture) {
     const TemporaryFolder folder;
-    OkUser user;
+    const Plan plan;
+    Answers answers(plan);
     return SavePicture(TheModule(), picture, "as it comes", {folder.Path(), {}, -1, Existing::keep},
-                       {&user.Script(), nullptr})
+                       answers.User())
         .report;
 }
 
@@ -54,7 +56,7 @@ TEST(SavePicture, KeepsEveryPixelOfAPictureWithFewColors) {
         for (const int sample : {n % 8 * 32, n / 8 % 4 * 64, n / 32 % 4 * 64, 255})
             *to++ = static_cast<std::uint8_t>(sample);
     const ExportReport report = SaveAsItComes(picture);
-    EXPECT_EQ(report.palette, "exact");
+    EXPECT_EQ(report.palette, PaletteKind::exact);
     EXPECT_EQ(report.changedPixels, 0);
 }
 

@@ -1,6 +1,7 @@
 // A report on a file that is given decoded.
 #pragma once
 
+#include "CountColors.h"
 #include "DecodeGif.h"
 #include "GifComparison.h"
 
@@ -12,7 +13,7 @@ inline ExportReport MakeReport(const Picture& picture, const DecodedGif& gif) {
     const auto columns = static_cast<std::size_t>(gif.columns);
     for (int y = 0; y < gif.rows; ++y)
         comparison.Take(y, 0, {gif.indices.get() + static_cast<std::size_t>(y) * columns, columns});
-    return comparison.Report(picture, CountColors(picture), 50, "exact");
+    return comparison.Report(picture, CountColors(picture), 50, PaletteKind::exact);
 }
 
 } // namespace gif89
