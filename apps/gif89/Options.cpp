@@ -50,13 +50,13 @@ std::optional<RGBtuple> ParseHexColor(std::string_view text) {
 RGBtuple ParseColor(const std::string& text) {
     if (const auto color = ParseHexColor(text)) return *color;
     std::vector<std::uint8_t> levels;
-    for (const std::string& part : SplitList(text))
-        if (const auto level = ParseNumber(part); level && *level >= 0 && *level <= 255)
-            levels.push_back(static_cast<std::uint8_t>(*level));
-        else
-            levels.clear();
-    if (levels.size() == 3 && std::count(text.begin(), text.end(), ',') == 2)
-        return {0, levels[0], levels[1], levels[2]};
+    const std::vector<std::string> parts = SplitList(text);
+    for (const std::string& part : parts) {
+        const auto level = ParseNumber(part);
+        if (!level || *level < 0 || *level > 255) break;
+        levels.push_back(static_cast<std::uint8_t>(*level));
+    }
+    if (parts.size() == 3 && levels.size() == 3) return {0, levels[0], levels[1], levels[2]};
     throw Problem("\"" + text + "\" is no colour; expected #rrggbb or red,green,blue of 0 to 255",
                   ProblemKind::usage);
 }

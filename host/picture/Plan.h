@@ -38,11 +38,10 @@ struct Wishes {
     int alphaThreshold = 0; ///< 1..255: opacity below it becomes 0, all other 255
     bool opaque = false;    ///< what is transparent is laid over the matte, or white
     bool dropOwn = false;   ///< the picture's own transparency hides nothing
-    std::vector<EntryName> transparent =
-        {}; ///< entries to hide, beside the picture's own transparency
-    std::vector<std::string> channels = {}; ///< names of those that the user adds to the picture
-    std::string alpha = {};                 ///< a channel's name or number; empty for none
-    bool invert = false;                    ///< the channel hides where it is bright
+    std::vector<EntryName> transparent = {}; ///< to hide, beside the picture's own transparency
+    std::vector<std::string> channels = {};  ///< names of those that the user adds to the picture
+    std::string alpha = {};                  ///< a channel's name or number; empty for none
+    bool invert = false;                     ///< the channel hides where it is bright
     // The file; what is left open stays as the dialog opens
     std::optional<bool> interlace = {};
     std::optional<bool> comment = {};            ///< whether the picture's comment is written
