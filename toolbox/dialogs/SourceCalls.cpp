@@ -26,6 +26,8 @@ void EditTextChanged(DialogPtr dialog, short item, const std::string& text) {
     if (!edited || edited->BaseKind() != kEditTextItem || edited->IsDisabled()) return;
     dialog->editItem = item;
     edited->text = CutText(text);
-    if (edited->text != text) TellSource(dialog, item, ItemChange::text);
+    // Said even where the widget has this text already: the dialog may be shown by another source
+    // than the one that changes it.
+    TellSource(dialog, item, ItemChange::text);
     PostItemHit(dialog, item);
 }
