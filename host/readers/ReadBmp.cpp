@@ -132,7 +132,7 @@ Masks ReadMasks(const Bytes& file, const Header& header) {
     for (std::size_t n = 0; n < (hasAlpha ? 4 : 3); ++n)
         masks[n].bits = ReadLE(file, kInfo + 40 + 4 * n, 4); // bV4RedMask and so on
     if (masks[0].bits == 0 || masks[1].bits == 0 || masks[2].bits == 0)
-        throw DamageProblem("a color has no bits");
+        throw DamageProblem("a colour has no bits");
     return masks;
 }
 
@@ -309,7 +309,7 @@ void SetTable(const Bytes& file, const Header& header, Picture& picture) {
     const std::size_t most = std::min<std::size_t>(std::size_t{1} << header.bits, room);
     const std::size_t colors =
         header.colors == 0 ? most : std::min<std::size_t>(most, header.colors);
-    if (colors == 0) throw DamageProblem("there is no color table");
+    if (colors == 0) throw DamageProblem("there is no colour table");
     picture.colors = static_cast<int>(colors);
     for (int index = 0; index < picture.colors; ++index) {
         const std::size_t entry = first + static_cast<std::size_t>(index) * header.EntryBytes();
@@ -341,7 +341,7 @@ Picture ReadIndexed(const Bytes& file, const Header& header) {
     const std::uint8_t* const first = picture.pixels.get();
     const int highest = *std::max_element(first, first + picture.PixelBytes());
     if (highest >= picture.colors)
-        throw DamageProblem("a pixel has color " + std::to_string(highest) + " of a table of " +
+        throw DamageProblem("a pixel has colour " + std::to_string(highest) + " of a table of " +
                             std::to_string(picture.colors));
     picture.notes.bits = header.bits;
     return picture;

@@ -184,7 +184,7 @@ void GifReader::ReadFirstPicture() {
 void GifReader::SetTable() {
     const ColorMapObject* const own = gif->Image.ColorMap;
     const ColorMapObject* const table = own ? own : gif->SColorMap;
-    if (!table) throw DamageProblem("its first picture has no color table");
+    if (!table) throw DamageProblem("its first picture has no colour table");
     picture.colors = table->ColorCount;
     for (int index = 0; index < picture.colors; ++index) {
         const GifColorType color = table->Colors[index];
@@ -218,7 +218,7 @@ void GifReader::CheckIndices() {
     }
     for (int index = picture.colors; index < 256; ++index)
         if (found[index] && index != transparentIndex)
-            throw DamageProblem("a pixel has color " + std::to_string(index) + " of a table of " +
+            throw DamageProblem("a pixel has colour " + std::to_string(index) + " of a table of " +
                                 std::to_string(picture.colors));
     // A transparent index needs no color and is found past the table at times.
     if (transparentIndex >= picture.colors && (found[transparentIndex] || !IsFilled()))

@@ -343,7 +343,7 @@ void PngReader::CheckIndices() const {
     const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
     const int highest = *std::max_element<const std::uint8_t*>(picture.pixels.get(), end);
     if (highest >= picture.colors)
-        throw Problem("is a damaged PNG picture: a pixel has color " + std::to_string(highest) +
+        throw Problem("is a damaged PNG picture: a pixel has colour " + std::to_string(highest) +
                       " of a palette of " + std::to_string(picture.colors));
 }
 

@@ -151,7 +151,7 @@ TEST(ReadBmp, DamageIsRefusedOrHarmless) {
 TEST(ReadBmp, RefusalsSayWhy) {
     BmpForm form = {.columns = 4, .bits = 8, .colors = 4, .table = kFourColors};
     EXPECT_EQ(RefusalOf(MakeBmp(form, {0, 1, 2, 4})),
-              "is a damaged BMP picture: a pixel has color 4 of a table of 4");
+              "is a damaged BMP picture: a pixel has colour 4 of a table of 4");
     EXPECT_EQ(RefusalOf(MakeBmp(form, {0, 1, 2})),
               "is a damaged BMP picture: the file ends before the picture does");
     BmpForm runs = {.columns = 4, .bits = 8, .compression = 1, .colors = 4, .table = kFourColors};
@@ -165,5 +165,5 @@ TEST(ReadBmp, RefusalsSayWhy) {
     EXPECT_EQ(RefusalOf(MakeBmp({.columns = 32767, .rows = -32767, .bits = 32}, {})),
               "is 32767 x 32767 pixels of 3 bytes, more than the 2 GiB that one export may use");
     EXPECT_EQ(RefusalOf(MakeBmp({.bits = 16, .compression = 3, .more = {0, 1, 2}}, Bytes(4))),
-              "is a damaged BMP picture: a color has no bits");
+              "is a damaged BMP picture: a colour has no bits");
 }

@@ -138,7 +138,7 @@ TEST(ReadGif, OnlyATransparentIndexMayLiePastTheTable) {
     EXPECT_EQ(picture.colors, 4);
     EXPECT_EQ(OpacitiesOf(picture), (Bytes{0, 255}));
     EXPECT_EQ(RefusalOf(with({3, 2})),
-              "is a damaged GIF picture: a pixel has color 2 of a table of 2");
+              "is a damaged GIF picture: a pixel has colour 2 of a table of 2");
 }
 
 TEST(ReadGif, FirstPictureAndFirstCommentCount) {
@@ -180,5 +180,5 @@ TEST(ReadGif, RefusalsSayWhy) {
     Bytes bare = file;
     bare[10] = 0; // the screen's flags
     bare.erase(bare.begin() + 13, bare.begin() + 25);
-    EXPECT_EQ(RefusalOf(bare), "is a damaged GIF picture: its first picture has no color table");
+    EXPECT_EQ(RefusalOf(bare), "is a damaged GIF picture: its first picture has no colour table");
 }

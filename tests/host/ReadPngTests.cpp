@@ -206,7 +206,7 @@ TEST(ReadPng, DamageIsNoticedWhereverItIs) {
 TEST(ReadPng, RefusalsSayWhy) {
     const PngForm beyond = {2, 1, PNG_COLOR_TYPE_PALETTE, 8, false, kTwoColors};
     EXPECT_EQ(RefusalOf(MakePng(beyond, {0, 200})),
-              "is a damaged PNG picture: a pixel has color 200 of a palette of 2");
+              "is a damaged PNG picture: a pixel has colour 200 of a palette of 2");
     PngForm wide = {};
     for (const unsigned columns : {32768U, 1'500'000U}) { // the library itself stops at a million
         wide.columns = static_cast<int>(columns);
