@@ -43,6 +43,18 @@ TEST(LifeCycle, OnlyKnownModesAndHostsWithHandlesMakeAContext) {
     EXPECT_EQ(run.data, 0);
 }
 
+TEST(LifeCycle, AStartKnowsNothingOfTheOneBefore) {
+    DriverRun run = {4, 5, 4, std::vector<std::uint8_t>(80, 77)};
+    run.user.replaces = true;
+    const std::string_view control = "\x21\xF9\x04"; // there only with a transparent index
+    for (const bool transparent : {true, false}) {
+        run.host.record.hasTransparency = transparent;
+        EXPECT_EQ(run.Call(kSelectorStart), noErr);
+        EXPECT_EQ(run.user.Output().find(control) != std::string::npos, transparent);
+    }
+    run.Call(kSelectorFinish);
+}
+
 TEST(OutputFile, CancellingTheSaveDialogEmptiesTheRequestAndEndsTheExport) {
     DriverRun run = SmallRun();
     run.user.cancels = true;

@@ -59,3 +59,9 @@ void ScriptedUser::PutFile(ConstStr255Param, ConstStr255Param, StandardFileReply
     EXPECT_EQ(PathToFSSpec(folder.Path("out.gif"), &reply->sfFile), noErr);
     reply->sfGood = 1;
 }
+
+bool ScriptedUser::PickColor(Point where, const std::string& prompt, const RGBColor& start,
+                             RGBColor* picked) {
+    EXPECT_EQ(prompt, "Choose the colour of transparent pixels:");
+    return ScriptSource::PickColor(where, prompt, start, picked);
+}

@@ -37,6 +37,8 @@ class ScriptedUser : public ScriptSource {
 
     void PutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
                  StandardFileReply* reply) override;
+    bool PickColor(Point where, const std::string& prompt, const RGBColor& start,
+                   RGBColor* picked) override;
 
   private:
     Act NextAct(DialogPtr dialog);
