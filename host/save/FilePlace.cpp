@@ -46,7 +46,8 @@ FilePlace FindPlace(const std::string& path) {
         place.name = place.path.substr(slash + 1);
         place.folder = OpenFolder(before.empty() ? "." : before);
         if (!place.folder.IsOpen())
-            throw OutputProblem("its folder cannot be reached: " + SystemReason());
+            throw OutputProblem((links > 0 ? "it leads to " + place.path + ", whose" : "its") +
+                                std::string(" folder cannot be reached: ") + SystemReason());
         if (!IsLink(place)) return place;
         const std::string leadsTo = ReadLink(place);
         place.path = leadsTo.starts_with('/') ? leadsTo : before + leadsTo;

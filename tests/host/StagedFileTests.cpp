@@ -69,12 +69,15 @@ TEST_P(StagedFileTest, RefusesTargetsThatMustBeKeptOrCannotBe) {
     mkdir(folder.Path("sub").c_str(), 0777);
     mkfifo(folder.Path("pipe").c_str(), 0666);
     ASSERT_EQ(symlink("loop", folder.Path("loop").c_str()), 0);
+    ASSERT_EQ(symlink("/absent/new.gif", folder.Path("astray").c_str()), 0);
     const std::pair<const char*, const char*> cases[] = {
         {"kept.gif", "exists already"},
         {"sub", "is a folder; a file name was expected"},
         {"pipe", "is a pipe or a device, which no file replaces"},
         {"loop", "the link cannot be followed: Too many levels of symbolic links"},
-        {"absent/new.gif", "its folder cannot be reached: No such file or directory"}};
+        {"absent/new.gif", "its folder cannot be reached: No such file or directory"},
+        {"astray", "it leads to /absent/new.gif, whose folder cannot be reached: No such file or "
+                   "directory"}};
     for (const auto& [name, reason] : cases) {
         std::string said;
         try {
