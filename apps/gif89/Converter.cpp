@@ -153,14 +153,15 @@ void Converter::Work(std::size_t number, InputOutcome& outcome) {
     checks.original = original ? &*original : nullptr;
     checks.source = IdOfInput(input);
     checks.mayWrite = [this, &checks](const std::string& target) {
-        RefuseSecond(target);
         RefuseInput(target, checks.source);
+        RefuseSecond(target);
     };
     checks.accept = [this, &outcome](const ExportReport& found) {
         outcome.report = found;
         CheckRequirement(found);
     };
     const SavedGif saved = Save(picture, plan, input, destination, checks);
+    if (!saved.path.empty()) written.insert(Identify(FindPlace(saved.path)));
     outcome.output = saved.path;
     outcome.written = true;
 }
@@ -235,8 +236,8 @@ SavedGif Converter::Save(const Picture& picture, const Plan& plan, const std::st
 }
 
 // Two inputs of the same name would replace one another, -f or not.
-void Converter::RefuseSecond(const std::string& target) {
-    if (!written.insert(Identify(FindPlace(target))).second)
+void Converter::RefuseSecond(const std::string& target) const {
+    if (written.contains(Identify(FindPlace(target))))
         throw Problem("another input of this call was written to " + target + " already");
     if (ReportsToFile(options) && LeadToOneFile(target, options.reportFile))
         throw Problem("the report goes to " + target, ProblemKind::usage);

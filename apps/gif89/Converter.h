@@ -36,7 +36,7 @@ class Converter {
     void AddChannel(Picture& picture, const ChannelFile& source) const;
     SavedGif Save(const Picture& picture, const Plan& plan, const std::string& input,
                   const Destination& destination, const SaveChecks& checks);
-    void RefuseSecond(const std::string& target);
+    void RefuseSecond(const std::string& target) const;
     void RefuseInput(const std::string& target, const std::optional<FileId>& own) const;
     void CheckRequirement(const ExportReport& report) const;
     void Tell(const InputOutcome& outcome);

@@ -298,6 +298,8 @@ void CheckTogether(const Options& options) {
     } rules[] = {
         {ways > 1, "--transparent, --alpha and --opaque exclude each other"},
         {options.inputs.empty(), "no input given; see --help"},
+        {std::count(options.inputs.begin(), options.inputs.end(), "") > 0,
+         "the name of an input is empty"},
         {!options.output.empty() && !options.outputFolder.empty(), "-o and -O exclude each other"},
         {!options.output.empty() && options.inputs.size() > 1,
          "-o takes one input; -O DIR takes many"},

@@ -186,7 +186,9 @@ SavedGif SavePicture(const ExportModule& module, const Picture& picture,
         const Descriptor device(open(destination.file.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC));
         if (!device.IsOpen())
             throw OutputProblem("cannot be opened: " + SystemReason()).About(destination.file);
-        return SaveToStream(job, device.Get(), destination.file);
+        SavedGif saved = SaveToStream(job, device.Get(), destination.file);
+        saved.path = destination.file;
+        return saved;
     }
 
     SaveToFolder dialog(destination, user.files, checks);

@@ -25,7 +25,7 @@ struct Destination {
 
 /// What was written.
 struct SavedGif : CheckedGif {
-    std::string path; ///< empty for a stream
+    std::string path; ///< empty for a descriptor
 };
 
 /// What is looked at on the way; each may throw Problem, and then nothing is written.
