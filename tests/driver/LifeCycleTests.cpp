@@ -2,6 +2,7 @@
 #include "DriverRun.h"
 
 #include "GIF89IndexedExport.h"
+#include "MemoryManager.h"
 
 #include <sys/xattr.h>
 
@@ -103,6 +104,17 @@ TEST(IndexedExport, ReportsAChannelWhoseDataAreGone) {
     context.alphaPlane = 1;
     int hidden = 0;
     EXPECT_EQ(context.GetMaskFromAlphaChannel(1, 0, &hidden), memFullErr);
+}
+
+TEST(IndexedExport, KeepsItsCommentUntilTheNextOne) {
+    DriverRun run = SmallRun();
+    const long blocks = LiveMemoryBlocks();
+    for (int exports = 0; exports < 2; ++exports) {
+        GIF89IndexedExport context;
+        context.comment = reinterpret_cast<char*>(NewPtr(1));
+        EXPECT_TRUE(context.Dispatch(kSelectorFinish, &run.host.record, &run.result));
+        EXPECT_EQ(LiveMemoryBlocks() - blocks, 1);
+    }
 }
 
 } // namespace
