@@ -13,8 +13,8 @@ namespace gif89 {
 /// out have index 0. Those of 16, 24 and 32 bits become RGB, with opacity where the file has a mask
 /// for it and some pixel is not opaque; samples narrower or wider than 8 bits are rounded to the
 /// nearest of 256 levels. The embedded profile of a version 5 file goes into the notes; one in a
-/// file of its own is unusable. Throws Problem for input that is cut short or damaged; that only the
-/// end of the runs is missing is a warning in the notes. Bytes after the end are ignored.
+/// file of its own is unusable. Throws Problem for input that is cut short or damaged; that only
+/// the end of the runs is missing is a warning in the notes. Bytes after the end are ignored.
 ///
 /// No library serves here: those at hand give up the indices of some pictures, stop short of full
 /// white for narrow samples, or take missing pixels for black ones.

@@ -7,8 +7,8 @@
 
 /// Every call takes a null control: reading gives 0 or an empty title, writing does nothing.
 short GetControlValue(ControlHandle control);
-/// The value is brought between minimum and maximum. A pop-up's is the number of the chosen entry, 0
-/// for none.
+/// The value is brought between minimum and maximum. A pop-up's is the number of the chosen entry,
+/// 0 for none.
 void SetControlValue(ControlHandle control, short value);
 short GetControlMinimum(ControlHandle control);
 short GetControlMaximum(ControlHandle control);
