@@ -16,15 +16,17 @@ constexpr int kCells = 32; // along each channel
 constexpr int kLargestPalette = 256;
 constexpr RGBtuple kWhite = {0, 255, 255, 255};
 
-// Calls `call` with each of the numbers as a constant, so that what it indexes stays in registers.
+// Calls `call` once for each number of the sequence, passed as a compile-time constant. An array
+// that `call` indexes with it can stay in registers.
 template <std::size_t... kNumber, class Call>
 void ForEachOf(std::index_sequence<kNumber...>, Call call) {
     (call(std::integral_constant<std::size_t, kNumber>{}), ...);
 }
 
-// ProjectBox for a box whose blue cells lie in kGroups groups of four. A group is added at once,
-// cells outside of the box as zeros, and sums along blue stay in four parts until the end; the
-// plain way is to add every count to three sums in memory.
+// ProjectBox for a box whose blue cells lie in kGroups groups of four. The four counts of a group
+// are added with one vector addition; cells outside the box count as zero. Each sum is kept as four
+// partial sums, which are added up at the end. This is faster than adding every count to three sums
+// in memory.
 template <std::size_t kGroups>
 void ProjectGroups(int redLo, int redHi, int greenLo, int greenHi, int blueLo, int blueHi,
                    std::int32_t* redProj, std::int32_t* greenProj, std::int32_t* blueProj,
@@ -58,10 +60,11 @@ void ProjectGroups(int redLo, int redHi, int greenLo, int greenHi, int blueLo, i
     ForEachOf(kEach, [&](auto k) { blueSums[k].Store(blueProj + firstCell + 4 * k); });
 }
 
-// The list of boxes grows up to `target`. The box with the longest side is cut next, whatever its
-// pixels: ties go to the earlier box, then to red before green before blue. A cut makes no side
-// longer, so one walk over the growing list for each length, from the longest down, meets the sides
-// in just that order; looking through all boxes before every cut is what this replaces.
+// Cuts boxes until there are `target` of them. The box with the longest side is cut next, however
+// many pixels it holds. Ties go to the earlier box, then to red before green before blue. A cut
+// never makes a side longer, so it is enough to walk over the growing list once for each length,
+// from the longest down: this finds the sides in the same order as a search through all boxes
+// before every cut, and is faster.
 int CutBoxes(HistRange* boxes, int target, const std::uint32_t histogram[32][32][32]) {
     int made = 1;
     for (int span = kCells - 1; span > 0; --span) // boxes of single cells stay as they are

@@ -34,12 +34,12 @@ void ProjectBox(short redLo, short redHi, short greenLo, short greenHi, short bl
                 std::int32_t redProj[32], std::int32_t greenProj[32], std::int32_t blueProj[32],
                 const std::uint32_t histogram[32][32][32]);
 
-/// Draws the box's bounds in to the cells that hold pixels and finds its medians. 1, or 0 when the
-/// box is empty; its bounds then mean nothing.
+/// Shrinks the box to the cells that hold pixels and finds its medians. Returns 1, or 0 when the
+/// box is empty; its bounds are then undefined.
 short ShrinkBox(HistRange* box, const std::uint32_t histogram[32][32][32]);
 
-/// Cuts a shrunk box of positive span at its median into itself, the lower part, and `newBox`.
-/// Both hold pixels and are shrunk.
+/// Cuts a shrunk box of positive span at its median. The box keeps the lower part and `newBox`
+/// becomes the upper one. Both hold pixels and are shrunk.
 void SplitBox(HistRange* box, HistRange* newBox, short channel,
               const std::uint32_t histogram[32][32][32]);
 

@@ -5,8 +5,9 @@
 #include "ColorTable.h"
 #include "PixelVector.h"
 
-/// below + (color - below) x alpha / 255, rounded to nearest, in unsigned 32-bit arithmetic:
-/// 65793 / 2^24 stands for 1 / 255 and is exact for every product of two bytes.
+/// below + (color - below) x alpha / 255, rounded to nearest, in unsigned 32-bit arithmetic.
+/// Multiplying by 65793 and shifting right by 24 replaces the division by 255; the result is the
+/// same for every product of two bytes.
 constexpr std::uint8_t CompositeChannel(std::uint8_t color, std::uint8_t below,
                                         std::uint8_t alpha) {
     const bool raise = color > below;
@@ -25,8 +26,9 @@ constexpr RGBtuple CompositePixel(const std::uint8_t* pixel, RGBtuple below) {
             CompositeChannel(pixel[2], below.blue, alpha)};
 }
 
-/// The same for all channels at once, opaque pixels included: 16 bits hold every step, since adding
-/// 128 and then the sum's own high byte divides a product of two bytes by 255 and rounds.
+/// The same for all channels at once, opaque pixels included. Every step fits in 16 bits: a product
+/// of two bytes is divided by 255 and rounded by adding 128, then adding the sum's high byte to the
+/// sum, and keeping the high byte of that.
 inline PixelVector CompositePixel(PixelVector pixel, PixelVector below) {
     const PixelVector difference = pixel - below;
     const PixelVector sign = difference >> 15; // 0 or -1

@@ -13,7 +13,7 @@ namespace {
 
 static_assert((-1 >> 1) == -1, "errors are split by arithmetic shifts");
 
-// What every pixel of a band is mapped with.
+// The palette, its inverse map and the transparent colour, in the form in which pixels use them.
 struct Mapping {
     Mapping(const RGBLookUpTable& table, const std::uint8_t* inverseMap, PackedColor transColor,
             std::int32_t index)
@@ -33,30 +33,31 @@ struct Mapping {
     alignas(8) std::int16_t levels[256][4]; // the palette, an entry's channels side by side
     alignas(8) std::int16_t tripled[256][4];
     const std::uint8_t* inverse;
-    PixelVector below;       // the transparent colour; this and the index are not looked at
-    std::uint8_t transIndex; // in pictures without opacity
+    PixelVector below;       // the transparent colour; unused in pictures without opacity
+    std::uint8_t transIndex; // unused in pictures without opacity
 };
 
-// The pixel's bytes, red lowest. Of three bytes no fourth is read, which may lie past the picture.
+// The pixel's bytes as a number, red in the lowest. For a pixel of three bytes only those are read,
+// because a fourth may lie past the end of the picture.
 template <int kPixelBytes> std::uint32_t LoadPixel(const std::uint8_t* pixel) {
     if constexpr (kPixelBytes == 4) return LoadFourBytes(pixel);
     return static_cast<std::uint32_t>(pixel[0] | pixel[1] << 8 | pixel[2] << 16);
 }
 
-// What a step leaves behind it: all that reached the cell it was at, and the cell one pixel behind
-// in the row below, to which nothing will be added any more.
+// Result of one step.
 struct Step {
-    PixelVector reached, finished;
+    PixelVector reached;  // the error accumulated at this pixel
+    PixelVector finished; // the complete error of the pixel behind it in the next row
 };
 
-// One row on its way; pixels are counted in the direction of the scan.
+// The scan of one row; pixels are counted in the direction of the scan.
 template <int kPixelBytes, int kStep> struct RowScan {
     const std::uint8_t* src; // the first pixel in the scan
     std::uint8_t* dst;
-    PixelVector share = PixelVector::Splat(0); // of the last pixel's error, for the one ahead and
-                                               // for the one below
+    // The part of the last pixel's error that the next pixel gets; the pixel below gets as much.
+    PixelVector share = PixelVector::Splat(0);
 
-    // A cell that has no pixel or a transparent one: what reaches it goes nowhere.
+    // Goes past a cell that has no pixel or a transparent one. Its error is dropped.
     Step Pass(PixelVector cell) {
         return {cell + share, std::exchange(share, PixelVector::Splat(0))};
     }
@@ -72,15 +73,16 @@ template <int kPixelBytes, int kStep> struct RowScan {
             color = CompositePixel(color, mapping.below);
         }
 
-        // DiffuseIn, and the cell of the inverse map.
+        // The same result as DiffuseIn, followed by a look into the inverse map.
         const PixelVector errors = cell + share;
         const PixelVector corrected = (color + errors).Grouped() - (errors >> 2);
         const std::uint8_t index = mapping.inverse[CellOf(corrected.ClampToBytes())];
         dst[i * kStep] = index;
 
-        // DiffuseOut. Every pixel waits for its predecessor's share, so that is kept short: half of
-        // what a quarter leaves of an error e is (3 * e + 3) >> 3, and all of that but the entry is
-        // known before the entry is.
+        // The same result as DiffuseOut. Each pixel needs the share of the pixel before it, so the
+        // share is computed in as few dependent steps as possible: half of what remains of an error
+        // e without its quarter is (3 * e + 3) >> 3, and three times the wanted colour is ready
+        // before the palette entry has been loaded.
         const PixelVector wanted = corrected.Clamp();
         const PixelVector error = wanted - PixelVector::LoadFour(mapping.levels[index]);
         const Step step = {errors, share + (error >> 2)};
@@ -91,7 +93,7 @@ template <int kPixelBytes, int kStep> struct RowScan {
     }
 };
 
-// A band and the error rows, by row of the picture.
+// The pixels of a band and the two rows of errors.
 struct Band {
     const std::uint8_t* src;
     std::uint8_t* dst;
@@ -100,15 +102,17 @@ struct Band {
     std::ptrdiff_t srcRowBytes, dstRowBytes;
     std::int16_t* errors;
 
-    // One spare cell on either side of a row takes what is pushed past the edge.
+    // The errors that row y of the picture receives. A spare cell at either end takes the error
+    // that is pushed past the edge.
     std::int16_t* ErrorsInto(int y) const {
         return errors + (y & 1 ? (std::ptrdiff_t{columns} + 2) * 3 : 0);
     }
 };
 
-// One row, or two of which the lower follows the upper at a distance of two pixels. Then the cell
-// it needs is finished and still in a register, and neither row's step waits for the other's: the
-// processor works on both at once, where one row alone has it wait at every pixel.
+// Scans one row, or two rows of which the lower is always two pixels behind the upper. At this
+// distance the error that the lower row needs is complete and still in a register. The steps of the
+// two rows do not depend on each other, so the processor can work on both at once; in a single row
+// each step has to wait for the one before it.
 template <int kPixelBytes, int kStep, int kRows> struct RowGroup {
     static constexpr int kLag = kRows == 2 ? 2 : 0;
 
@@ -125,9 +129,9 @@ template <int kPixelBytes, int kStep, int kRows> struct RowGroup {
         next = band.ErrorsInto(y + kRows) + firstCell;
     }
 
-    // Goes through cell `at` of the upper row, and through the one kLag cells before of the lower:
-    // 0 and columns + 1 are the spare ones, and beyond those there is nothing to do. kInside says
-    // that both rows are at a pixel.
+    // Scans cell `at` of the upper row and cell `at - kLag` of the lower one. Cells 0 and columns +
+    // 1 are the spare ones; cells outside of these do not exist and are skipped. kInside promises
+    // that both cells have a pixel.
     template <bool kInside> void Advance(const Mapping& mapping, std::ptrdiff_t at) {
         const auto go = [&](auto& row, std::ptrdiff_t rowAt, PixelVector cell) {
             return kInside || (rowAt >= 1 && rowAt <= columns) ? row.Map(mapping, rowAt - 1, cell)
@@ -148,9 +152,9 @@ template <int kPixelBytes, int kStep, int kRows> struct RowGroup {
 
     RowScan<kPixelBytes, kStep> upper, lower;
     PixelVector finishedAbove = PixelVector::Splat(0);
-    const std::int16_t* source; // errors into the upper row
-    std::int16_t* reached;      // for all that reached the last row's cells, which stays there
-    std::int16_t* next;         // errors into the row that follows
+    const std::int16_t* source; // the errors that the upper row receives
+    std::int16_t* reached;      // where the errors accumulated in the last row are stored
+    std::int16_t* next;         // the errors that the row after the group receives
     int columns;
 };
 
@@ -161,16 +165,16 @@ void DiffuseRows(const Band& band, int y, const Mapping& mapping) {
     const int columns = band.columns;
     std::ptrdiff_t at = 0;
     for (; at <= Rows::kLag; ++at) rows.template Advance<false>(mapping, at);
-    Rows inside = rows; // a copy whose address nobody takes, so that it lives in registers
+    Rows inside = rows; // no address of this copy is taken, so it can stay in registers
     for (; at <= columns; ++at) inside.template Advance<true>(mapping, at);
     rows = inside;
     for (; at <= columns + Rows::kLag + 2; ++at) rows.template Advance<false>(mapping, at);
 }
 
-// The bands of a picture, with (4 bytes a pixel) and without opacity.
+// Diffuses one band of a picture, with opacity when a pixel has 4 bytes.
 template <int kPixelBytes> void DiffuseBand(const Band& band, int rows, const Mapping& mapping) {
-    // Deliberate: the direction changes every second row, not every row. Buffers and direction
-    // follow the picture's row, so that errors flow from band to band.
+    // Deliberate: the direction changes every second row, not every row. Error rows and direction
+    // depend on the row number in the picture, so that the bands of a picture fit together.
     constexpr decltype(&DiffuseRows<kPixelBytes, 1, 1>) kScans[][2] = {
         {DiffuseRows<kPixelBytes, 1, 1>, DiffuseRows<kPixelBytes, 1, 2>},
         {DiffuseRows<kPixelBytes, -1, 1>, DiffuseRows<kPixelBytes, -1, 2>}};

@@ -1,5 +1,5 @@
-// A sorted table of the picture's colours, searched at a fixed depth, and before it a small memory
-// of colours that need no search.
+// A sorted table of the picture's colours, found by a binary search of eight steps, and in front of
+// it a small cache of colours that are in the table already.
 #include "ExactPalette.h"
 
 #include "PixelVector.h"
@@ -19,8 +19,8 @@ std::int32_t PackedPixel(const std::uint8_t* pixel) {
     return pixel[0] << 16 | pixel[1] << 8 | pixel[2];
 }
 
-// The last slot whose colour is not below `color`. White in slot 0 bounds every colour, so there
-// always is one; the eight probes compile to selections instead of branches.
+// The last slot whose colour is not below `color`. There always is one, because white is in slot 0
+// and no colour is above it. The compiler turns the eight probes into conditional moves.
 int FindSlot(const std::int32_t* colors, std::int32_t color) {
     int slot = 0;
     const auto probe = [&](int step) { slot += colors[slot + step] >= color ? step : 0; };
@@ -36,7 +36,7 @@ void InsertAt(std::int32_t* colors, int slot, std::int32_t color) {
 constexpr int kGroup = 8; // pixels
 constexpr int kGroupBytes = kGroup * 3;
 
-// Three words tell whether two groups of pixels are the same.
+// Compares two groups of pixels as three 64-bit words each.
 bool SameGroup(const std::uint8_t* pixels, const std::uint8_t* others) {
     std::uint64_t a[3], b[3];
     std::memcpy(a, pixels, kGroupBytes);
@@ -44,22 +44,24 @@ bool SameGroup(const std::uint8_t* pixels, const std::uint8_t* others) {
     return ((a[0] ^ b[0]) | (a[1] ^ b[1]) | (a[2] ^ b[2])) == 0;
 }
 
-// Colours that are in the table already, each in a place computed from it; a later one may take the
-// place of an earlier one. Here a colour is its three bytes as they are read in one go, red lowest.
+// A cache of colours that are in the table already. A colour's place is a hash of it, and a later
+// colour may overwrite an earlier one. Colours are stored as they are loaded from memory, red in
+// the lowest byte.
 class SeenColors {
   public:
     SeenColors() { std::fill_n(colors, 1 << kPlaceBits, kNoColor); }
 
-    // True when the colour was here already.
+    // Stores the colour. Returns true when it was in the cache already.
     bool Put(std::uint32_t color) { return std::exchange(colors[PlaceOf(color)], color) == color; }
 
-    // Whether all colours of a group are here. They are looked up before anything depends on an
-    // answer; the plain way is to search the table for every pixel.
+    // Whether all colours of a group are in the cache. There is one branch for the whole group,
+    // which is faster than one for each pixel.
     bool HaveGroup(const std::uint8_t* pixels) const {
         std::uint32_t differences = 0;
         for (int offset = 0; offset < kGroupBytes - 3; offset += 3)
             differences |= Difference(LoadFourBytes(pixels + offset) & 0xFFFFFF);
-        // The four bytes of the last one begin a byte early, to stay inside of the group.
+        // The last pixel is loaded from one byte before it, so that no byte behind the group is
+        // read.
         return (differences | Difference(LoadFourBytes(pixels + kGroupBytes - 4) >> 8)) == 0;
     }
 
@@ -70,7 +72,7 @@ class SeenColors {
     std::uint32_t Difference(std::uint32_t color) const { return colors[PlaceOf(color)] ^ color; }
 
     static constexpr std::uint32_t kNoColor = ~0u;
-    static constexpr int kPlaceBits = 12; // so that few of 256 colours want the same place
+    static constexpr int kPlaceBits = 12; // large enough that few of 256 colours collide
     std::uint32_t colors[1 << kPlaceBits];
 };
 
@@ -80,8 +82,8 @@ class ColorRecorder {
     explicit ColorRecorder(ExactInfo* exactInfo)
         : count(static_cast<std::int16_t>(exactInfo->count)), colors(exactInfo->colors) {}
 
-    // False as soon as there are too many colours. Groups like the one to their left or above,
-    // where there is a row above, have been recorded with that one.
+    // Returns false as soon as there are too many colours. A group that equals the one to its left,
+    // or the one above it if there is a row above, is skipped: its colours are recorded already.
     bool AddRow(const std::uint8_t* row, const std::uint8_t* rowAbove, int columns) {
         const int bytes = columns * 3;
         int at = 0;

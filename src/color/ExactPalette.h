@@ -7,8 +7,8 @@
 /// The distinct colours met so far. White and black are always among them.
 struct ExactInfo {
     std::int32_t count; ///< colours recorded, 2..256; the caller sets -1 for too many
-    /// Packed colours in strictly descending order, so white is at 0; -1 in empty slots, which
-    /// follow the used ones.
+    /// Packed colours in strictly descending order, so that white is at 0. Empty slots follow the
+    /// used ones and hold -1.
     std::int32_t colors[256];
 };
 
@@ -22,7 +22,7 @@ void ExactStart(ExactInfo* info);
 /// @param data     interleaved red, green, blue
 /// @param info     begun by ExactStart; carried from band to band
 /// @return 0, or 1 as soon as a 257th colour is met; `info->count` is then what it was before the
-///         call, and the colours are no longer of use
+///         call, and the recorded colours are incomplete
 short ExactCount(const Rect* area, std::int32_t rowBytes, const std::uint8_t* data,
                  ExactInfo* info);
 

@@ -16,9 +16,9 @@ void ForEachRow(const Rect& area, std::int32_t rowBytes, const std::uint8_t* dat
         countRow(data + std::ptrdiff_t{y} * rowBytes, area.right - area.left);
 }
 
-// Four pixels' cells are found at once, and where all are the same, as in even areas, the four
-// increments of one count that would wait for each other become a single addition. The plain way
-// is the loop at the end.
+// The cells of four pixels are computed at once. Where all four are the same, as in flat areas, 4
+// is added once, because four increments of one count would have to wait for each other. The loop
+// at the end does the same for single pixels.
 void CountRGBRow(const std::uint8_t* pixel, int columns, std::uint32_t* histogram) {
     for (; columns * 3 >= kFourCellsBytes; columns -= 4, pixel += 12) {
         const auto [firstTwo, lastTwo] = FindFourCells(pixel);
@@ -36,9 +36,8 @@ void CountRGBRow(const std::uint8_t* pixel, int columns, std::uint32_t* histogra
         ++histogram[CellOf(PackRGB(pixel[2], pixel[1], pixel[0]))];
 }
 
-// All pixels go the same way, whatever their opacity: what is opaque comes out unchanged, and what
-// is fully transparent adds 0 to some cell. Telling them apart by branches is what costs in the
-// plain way, CompositePixel channel by channel.
+// Every pixel is blended, whatever its opacity: an opaque one comes out unchanged, and a fully
+// transparent one adds 0 to some cell. This is faster than a branch for each kind of pixel.
 void CountRGBARow(const std::uint8_t* pixel, int columns, PixelVector below,
                   std::uint32_t* histogram) {
     for (; columns > 0; --columns, pixel += 4) {

@@ -6,10 +6,10 @@
 /// Pixels in each cell of the colour cube, [red >> 3][green >> 3][blue >> 3]; 131072 bytes.
 using Histogram = std::uint32_t[32][32][32];
 
-/// What the histogram pass of a picture with transparency works on. Owns nothing.
+/// The histogram of a picture with transparency, and the colour to blend with. Owns nothing.
 struct HistInfo {
     Histogram* histogram;
-    PackedColor transColor; ///< the colour that partly transparent pixels lie over
+    PackedColor transColor; ///< the colour that partly opaque pixels are laid over
 };
 
 /// Counts the pixels of a band; a band procedure for planes 0 to 2.
@@ -22,7 +22,7 @@ struct HistInfo {
 short CalcHistogram3DNoTransparency(const Rect* area, std::int32_t rowBytes,
                                     const std::uint8_t* data, std::uint32_t histogram[32][32][32]);
 
-/// The same for planes 0 to 3, the fourth being opacity: fully transparent pixels are not counted,
-/// partly transparent ones count with their colour over `info->transColor`.
+/// The same for planes 0 to 3, of which the fourth is opacity. Fully transparent pixels are not
+/// counted; partly opaque ones are laid over `info->transColor` first.
 short CalcHistogram3DWithTransparency(const Rect* area, std::int32_t rowBytes,
                                       const std::uint8_t* data, HistInfo* info);

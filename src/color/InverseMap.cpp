@@ -1,4 +1,5 @@
-// Entries spread from their own cells along the three axes of the cube.
+// Each palette entry is put into its own cell and spread from there along the three axes of the
+// cube.
 #include "InverseMap.h"
 
 #include "PixelVector.h"
@@ -12,10 +13,10 @@ namespace {
 constexpr int kCells = 32; // along each channel
 constexpr int kMapBytes = kCells * kCells * kCells;
 constexpr int kRedStride = 1024, kGreenStride = 32;
-constexpr int kLanes = 16;               // lines that are swept together
+constexpr int kLanes = 16;               // lines that are processed together
 constexpr std::uint8_t kUnreached = 255; // above every real distance, 3 x 31 at most
 
-// Downward, so that the lowest of several entries in a cell stays.
+// From the highest entry down, so that of several entries in a cell the lowest one remains.
 void SeedCells(const RGBLookUpTable& table, std::uint8_t* inverse, std::uint8_t* distance,
                int numColors) {
     for (int i = 255; i >= 0; --i) {
@@ -26,8 +27,8 @@ void SeedCells(const RGBLookUpTable& table, std::uint8_t* inverse, std::uint8_t*
     }
 }
 
-// SpreadAcross for 16 lines that lie side by side. The lines know nothing of each other, and a
-// comparison that keeps ties is the equality of a cell's distance with the smaller one.
+// SpreadAcross for 16 lines that lie side by side and do not depend on each other. A cell keeps its
+// own entry when its distance equals the smaller of both distances, so ties are kept as well.
 void SpreadManyAcross(std::uint8_t* inverse, std::uint8_t* distance, std::ptrdiff_t stride) {
     const ByteVector one = ByteVector::Splat(1);
     ByteVector carriedIndex = ByteVector::Load(inverse);
@@ -50,8 +51,9 @@ void SpreadLines(std::uint8_t* inverse, std::uint8_t* distance, std::ptrdiff_t s
     SpreadManyAcross(inverse + last, distance + last, -stride);
 }
 
-// Writes a square of 16 x 16 bytes with rows and columns exchanged. Taking the upper and the lower
-// half of the rows in turn four times does it, as four cuts of a pack of 256 cards would.
+// Writes a square of 16 x 16 bytes with rows and columns exchanged. Interleaving the bytes of the
+// upper and the lower half of the rows moves each byte from position p of 256 to 2 p modulo 255;
+// after four rounds that is 16 p, the transposed position.
 void Transpose(const std::uint8_t* from, std::ptrdiff_t fromStride, std::uint8_t* to,
                std::ptrdiff_t toStride) {
     ByteVector rows[kLanes], shuffled[kLanes];
@@ -66,7 +68,8 @@ void Transpose(const std::uint8_t* from, std::ptrdiff_t fromStride, std::uint8_t
     for (int i = 0; i < kLanes; ++i) rows[i].Store(to + i * toStride);
 }
 
-// Lines along blue lie one behind the other; 16 of them are laid side by side and back.
+// Lines along blue follow each other in memory. 16 of them are transposed, so that they lie side by
+// side, and transposed back afterwards.
 void SpreadAlongBlue(std::uint8_t* inverse, std::uint8_t* distance) {
     std::uint8_t turned[2][kCells * kLanes];
     std::uint8_t* const maps[2] = {inverse, distance};

@@ -17,8 +17,8 @@ void BuildInverse(const RGBLookUpTable* table, std::uint8_t* inverse, std::uint8
 
 // Below: the steps of the above, declared for their tests.
 
-/// Carries entries along 32 cells, `stride` apart; a cell takes what is carried only when that is
-/// nearer than its own. The index carried at the end.
+/// Carries entries along a line of 32 cells, `stride` bytes apart. A cell takes the carried entry
+/// only when that is nearer than its own. Returns the index that is carried at the end.
 std::uint8_t SpreadAcross(std::uint8_t* inverse, std::uint8_t* distance, short stride);
 
 /// Spreads along a line of 32 cells, forward and then back.

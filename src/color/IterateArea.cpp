@@ -59,8 +59,8 @@ short IterateArea(ExportRecord* record, const Rect* area, short loPlane, short h
     // One plane would make the bytes of a row 0, and there is no band height to divide them into.
     if (loPlane >= hiPlane) return paramErr;
 
-    // Unsigned, because a band height of 0 at row 0 must wrap in `next - 1` and so ask for the
-    // whole area; sums of a row and a band height always fit.
+    // Unsigned, because with a band height of 0 at row 0 `next - 1` must wrap around, so that the
+    // whole area is asked for. The sum of a row and a band height always fits.
     const std::uint32_t rowsPerBand = RowsPerBand(*record, whole, loPlane, hiPlane);
     const auto end = static_cast<std::uint32_t>(whole.bottom);
     for (auto top = static_cast<std::uint32_t>(whole.top);;) {

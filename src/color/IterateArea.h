@@ -24,8 +24,8 @@ struct DeliveredArea {
 
 /// Has the host deliver an area of the planes that the record asks for.
 ///
-/// The record is the host's to change while it answers: what it says afterwards is taken only where
-/// it lies inside what was asked for and the rows are there.
+/// The host may change the whole record while it answers. The answer is used only when the area
+/// lies inside the one that was asked for and the data hold its rows.
 ///
 /// @param pixelBytes bytes of a pixel, one for each plane asked for
 /// @return 0, the host's answer, or paramErr for an answer that is refused or without `advanceProc`
@@ -42,13 +42,13 @@ short RequestArea(ExportRecord& record, const Rect& area, int pixelBytes, Delive
 /// @return 0 when the walk reached the end, else the first nonzero answer of host or procedure,
 ///         unchanged; paramErr for a delivery that RequestArea refuses
 ///
-/// A band covers memoryBudget / (columns x (hiPlane - loPlane)) rows less one, and the next one
-/// begins after that missing row: a row between two bands is never asked for. A budget below one
-/// row repeats the same request until host or procedure answers something else than 0.
+/// A band covers memoryBudget / (columns x (hiPlane - loPlane)) - 1 rows. The next one begins one
+/// row further down, so that the row between two bands is never asked for. With a budget below one
+/// row the same request is repeated until the host or the procedure answers something else than 0.
 short IterateArea(ExportRecord* record, const Rect* area, short loPlane, short hiPlane,
                   TileProc proc, std::intptr_t refCon);
 
-/// The reference value under which AsTileProc finds `reference` again.
+/// The reference value that AsTileProc turns back into `reference`.
 inline std::intptr_t TileRefCon(const void* reference) {
     return reinterpret_cast<std::intptr_t>(reference);
 }
@@ -61,8 +61,8 @@ short CallTypedTile(short (*procedure)(const Rect*, std::int32_t, const std::uin
                      reinterpret_cast<Reference*>(refCon));
 }
 
-/// A TileProc that calls `Procedure` with its reference typed: pass AsTileProc<ExactCount> with
-/// TileRefCon(&info). The type behind the reference value must be the procedure's own.
+/// A TileProc that calls `Procedure` with a typed reference: pass AsTileProc<ExactCount> together
+/// with TileRefCon(&info). `info` must have the type that the procedure takes.
 template <auto Procedure>
 short AsTileProc(const Rect* band, std::int32_t rowBytes, void* data, std::intptr_t refCon) {
     return CallTypedTile(Procedure, band, rowBytes, data, refCon);

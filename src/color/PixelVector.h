@@ -14,17 +14,17 @@ inline std::uint32_t LoadFourBytes(const std::uint8_t* bytes) {
     return low | std::uint32_t{bytes[3]} << 24;
 }
 
-/// The cell of the colour cube in which a colour lies; red in the lowest byte, green and blue above
-/// it, the highest byte left aside.
+/// The cell of the colour cube in which a colour lies. Red is in the lowest byte, green and blue
+/// are above it, and the highest byte is ignored.
 inline std::uint32_t CellOf(std::uint32_t color) {
     return (color & 0xF8) << 7 | (color >> 6 & 0x3E0) | (color >> 19 & 0x1F);
 }
 
-/// The cells of four pixels of red, green, blue, two in each word, the first in its lower half.
+/// The cells of four pixels, two in each word, the first of them in its lower half.
 struct FourCells {
     std::uint64_t firstTwo, lastTwo;
 };
-/// Reads a few bytes more than the pixels' 12.
+/// Reads kFourCellsBytes bytes, more than the 12 of the pixels.
 constexpr int kFourCellsBytes = 16;
 FourCells FindFourCells(const std::uint8_t* rgb);
 
@@ -46,7 +46,7 @@ inline FourCells FindFourCells(const std::uint8_t* rgb) {
 
 /// Red, green, blue and a fourth value, 16 bits each; all arithmetic wraps.
 struct PixelVector {
-    __m128i lanes; // the upper half means nothing
+    __m128i lanes; // the upper half is unused
 
     static PixelVector Splat(int value) { return {_mm_set1_epi16(static_cast<short>(value))}; }
     /// Four bytes, the lowest for red, as 0..255.
@@ -79,18 +79,19 @@ struct PixelVector {
     PixelVector operator>>(int bits) const { return {_mm_srai_epi16(lanes, bits)}; }
     PixelVector ShiftUnsigned(int bits) const { return {_mm_srli_epi16(lanes, bits)}; }
     PixelVector SplatFourth() const { return {_mm_shufflelo_epi16(lanes, 0xFF)}; }
-    /// The same, hidden from the compiler, which would otherwise regroup sums that are grouped so
-    /// that they can run side by side.
+    /// The same value, computed where the compiler cannot look into it. Otherwise it would reorder
+    /// a sum whose parts are grouped so that the processor can compute them at the same time.
     PixelVector Grouped() const {
         PixelVector same = *this;
         asm("" : "+x"(same.lanes));
         return same;
     }
 
-    /// Each value clamped to 0..255, and the same as bytes in the order of Widen.
+    /// Each value clamped to 0..255.
     PixelVector Clamp() const {
         return {_mm_unpacklo_epi8(_mm_packus_epi16(lanes, lanes), _mm_setzero_si128())};
     }
+    /// The same as bytes, in the order that Widen takes.
     std::uint32_t ClampToBytes() const {
         return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(lanes, lanes)));
     }
@@ -115,10 +116,11 @@ struct ByteVector {
     ByteVector Choose(ByteVector yes, ByteVector no) const {
         return {_mm_or_si128(_mm_and_si128(lanes, yes.lanes), _mm_andnot_si128(lanes, no.lanes))};
     }
-    /// The lower (upper) halves of this and `other`, byte by byte in turn.
+    /// The lower halves of this and `other`, bytes alternating.
     ByteVector InterleaveLower(ByteVector other) const {
         return {_mm_unpacklo_epi8(lanes, other.lanes)};
     }
+    /// The upper halves of this and `other`, bytes alternating.
     ByteVector InterleaveUpper(ByteVector other) const {
         return {_mm_unpackhi_epi8(lanes, other.lanes)};
     }

@@ -30,8 +30,8 @@ Boolean GIF89ExportContext::Dispatch(short selector, ExportRecord* record, short
         DoFinish();
         return true;
     default:
-        // Deliberate: the code stays in the context and the host's result word keeps its value. A
-        // host that sends a selector from some later agreement is not told of a failed export.
+        // Deliberate: the code is not copied to the host's result word, which keeps its value. A
+        // host that sends a selector of some later version is not told that an export has failed.
         error = kUnknownSelector;
         DoFinish();
         return true;
@@ -45,7 +45,7 @@ void GIF89ExportContext::TakeShape() {
 
 void GIF89ExportContext::DoPrepare() {
     TakeShape();
-    // Sides below 0, which start refuses, would give a budget back that was never taken.
+    // Sides below 0, which start refuses, give a negative size, which must not increase the budget.
     const std::int32_t total = std::max(std::int32_t{0}, SizeBuffers(bufferSize));
     if (!WarnHostHandleProcsAvailable(exportRecord->handleProcs.Get())) {
         error = kHostLacksHandles;
@@ -58,8 +58,8 @@ void GIF89ExportContext::DoPrepare() {
 }
 
 void GIF89ExportContext::DoStart() {
-    // A host may start without prepare, or twice: sizes are taken from the record as it is now, and
-    // nothing of an earlier start is kept.
+    // A host may start without prepare, or twice. Therefore the sizes are taken from the record as
+    // it is now, and the buffers of an earlier start are freed.
     DeallocateBuffers();
     TakeShape();
     if (shape.rows < 1 || shape.columns < 1) {
@@ -103,8 +103,9 @@ void GIF89ExportContext::DeallocateBuffers() {
     comment = nullptr;
 }
 
-// Takes the document's comment from the host's property services, if there are any and it has one.
-// A host that cannot tell is one without a comment; only missing memory ends the export.
+// Takes the document's comment from the host's property services. If there are no such services, or
+// they answer an error, the document counts as one without a comment. Only a lack of memory ends
+// the export.
 void GIF89ExportContext::FetchComment() {
     const HostText text(*exportRecord, kCommentProperty, 0);
     if (text.Bytes().empty()) return;

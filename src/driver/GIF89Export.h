@@ -9,18 +9,19 @@
 class GIF89IndexedExport;
 class GIF89RGBExport;
 
-/// The options dialogs of the two kinds of export, which know the contexts and are not known to
-/// them. Each asks the user, sets the context's option members, and answers 0 or the code that ends
-/// the export.
+/// The options dialogs of the two kinds of export. They are handed in as functions, so that this
+/// folder does not depend on the dialogs. Each asks the user, sets the context's option members,
+/// and answers 0 or the code that ends the export.
 struct OptionsDialogs {
-    /// Also says which palette to build: `*exact` the picture's own colours, `*supplied` the one
-    /// already in `palette`, neither an adaptive one.
+    /// Also decides which palette is built: with `*exact` that of the picture's own colours, with
+    /// `*supplied` the one that is in `palette` already, with neither an adaptive one.
     short (*rgb)(GIF89RGBExport& context, unsigned char* exact, unsigned char* supplied);
     short (*indexed)(GIF89IndexedExport& context);
 };
 
-/// What the record says of the picture at the call of prepare or start. The host may change its
-/// record whenever it is called; buffers are made for this shape, so only this is used.
+/// What the record says about the picture when prepare or start is called. The host may change the
+/// record whenever one of its procedures is called, so the export uses this copy, for which its
+/// buffers were made.
 struct PictureShape {
     std::int16_t rows = 0, columns = 0;
     std::int16_t planes = 0; ///< of the document, transparency and further channels included
@@ -32,20 +33,20 @@ struct PictureShape {
 
 /// State of one export. Owns every buffer, the comment and the palette; finish frees them.
 ///
-/// The context lies in a block of the Memory Manager and its memory is simply released at the end,
-/// so members are plain values whose destructors have nothing to do.
+/// The context lies in a block of the Memory Manager, which is released at the end without calling
+/// a destructor. So its members must be plain values.
 class GIF89ExportContext {
   public:
     /// Runs one selector; true when the export is over.
     Boolean Dispatch(short selector, ExportRecord* record, short* result);
 
-    /// Takes `shape` from the record; before any of the steps below.
+    /// Takes `shape` from the record. Must be called before any of the steps below.
     void TakeShape();
 
     /// Bytes the export will allocate; *gifBufferSize becomes the size that the base
     /// AllocateBuffers gives `gifBuffer`.
     virtual std::int32_t SizeBuffers(std::int32_t& gifBufferSize) = 0;
-    /// 0, memFullErr, or the host's error. What was had stays recorded and is freed at finish.
+    /// 0, memFullErr, or the host's error. After an error, finish frees what was allocated.
     virtual short AllocateBuffers();
     virtual void DeallocateBuffers();
     /// Gathers the options and the output file; sets `error`.

@@ -14,13 +14,13 @@
 
 namespace {
 
-// Working memory that is asked for beside the indices.
+// Working memory that prepare asks for in addition to the indices.
 constexpr std::int32_t kTableBytes = 65536;
-constexpr int kVisibleFrom = 128; // mask bytes below it hide, unless the mask is inverted
+constexpr int kVisibleFrom = 128; // mask bytes below it hide a pixel, unless the mask is inverted
 constexpr int kFirstGivenUp = 2;  // indices 0 and 1 are never given up for transparency
 
-// The comment of the latest indexed export. Finish leaves it readable, and the next one frees it,
-// on whatever thread that one runs.
+// The comment of the latest indexed export. It stays readable after finish, and the next indexed
+// export frees it, on any thread.
 std::atomic<char*> keptComment = nullptr;
 
 bool IsVisible(std::uint8_t mask, unsigned char invert) {
@@ -39,10 +39,10 @@ std::array<std::int64_t, 256> CountVisible(const std::uint8_t* indices, std::int
     return counts;
 }
 
-// The nearest other entry to one that is given up. Deliberate: its own colour moves for the moment
-// to the farthest corner of the colour cube, where no search for it can end. Were it black, the
-// search for a colour that is black or nearly so could end at the entry itself, and visible pixels
-// would be hidden. The table is left as it was.
+// The entry nearest to one that is given up. Deliberate: while the search runs, the given up entry
+// has the colour farthest from its own, so that it cannot be found itself. If it were made black
+// instead, a nearly black entry could be replaced by itself, and visible pixels would be hidden.
+// The table is the same afterwards.
 int FindReplacement(RGBLookUpTable& table, int givenUp) {
     const RGBtuple color = TableEntry(table, givenUp);
     const auto away = [](std::uint8_t level) { return std::uint8_t(level < 128 ? 255 : 0); };
@@ -60,7 +60,8 @@ std::int32_t GIF89IndexedExport::SizeBuffers(std::int32_t& gifBufferSize) {
 }
 
 short GIF89IndexedExport::AllocateBuffers() {
-    // The planes are left as the host has them: the first request brings the index plane.
+    // The plane fields of the record are left as the host has set them, so that the first request
+    // is for the index plane.
     DeliveredArea delivered;
     if (const short code = RequestPlane(&delivered)) return code;
     alphaData = nullptr;
@@ -73,7 +74,8 @@ short GIF89IndexedExport::AllocateBuffers() {
     gifBuffer = NewPtr(Size{shape.rows} * gifRowBytes);
     if (!gifBuffer) return memFullErr;
     ownsGifBuffer = true;
-    // Row by row: what lies between the rows, and behind the last one, need not be readable.
+    // Copied row by row, because the bytes between the rows and behind the last one may not be
+    // readable.
     for (int y = 0; y < shape.rows; ++y) {
         const std::ptrdiff_t offset = std::ptrdiff_t{y} * gifRowBytes;
         BlockMove(delivered.data + offset, gifBuffer + offset, shape.columns);
@@ -81,7 +83,7 @@ short GIF89IndexedExport::AllocateBuffers() {
     return noErr;
 }
 
-// Deliberate: the comment is not freed here, unlike on the RGB path; whoever noted its address may
+// Deliberate: the comment is not freed here, unlike in an RGB export. Whoever has its address may
 // read it until the next indexed export.
 void GIF89IndexedExport::DeallocateBuffers() {
     if (ownsGifBuffer) DisposePtr(gifBuffer);
@@ -100,15 +102,15 @@ void GIF89IndexedExport::GetParameters() {
     error = dialogs->indexed(*this);
     if (error != noErr) return;
 
-    // The count was taken before the options were known. They may have put an index to use that
-    // the table of that count does not hold; no reader could decode such a file.
+    // The count was taken before the user chose the options. They may use an index that is past the
+    // end of a table of that size, and no reader could decode such a file.
     const int highest = HighestIndex();
     if (highest >= 1 << CeilLog2(numColors)) numColors = highest + 1;
     numColors = std::max(numColors, 2);
     GetOutputFile();
 }
 
-// The index plane that was delivered, or what the options made of it, is what is written.
+// Nothing to do: the delivered index plane is written, as the options have left it.
 void GIF89IndexedExport::MakeGIFBuffer() {}
 
 short GIF89IndexedExport::GetMaskFromAlphaChannel(short plane, unsigned char invert,
@@ -116,7 +118,8 @@ short GIF89IndexedExport::GetMaskFromAlphaChannel(short plane, unsigned char inv
     const int rows = shape.rows, columns = shape.columns;
     if (plane == alphaPlane) {
         if (!alphaData) return memFullErr;
-        // What was hidden before is what the transparent index marks; the mask is made from that.
+        // The pixels hidden before are those that carry the transparent index. The mask is made
+        // anew from them.
         std::uint8_t* row = alphaData;
         for (int y = 0; y < rows; ++y, row += alphaRowBytes)
             for (int x = 0; x < columns; ++x)
@@ -135,7 +138,7 @@ short GIF89IndexedExport::GetMaskFromAlphaChannel(short plane, unsigned char inv
     return noErr;
 }
 
-// A plane is taken whole or not at all.
+// A partly delivered plane is refused.
 short GIF89IndexedExport::RequestPlane(DeliveredArea* delivered) {
     const Rect whole = shape.Bounds();
     if (const short code = RequestArea(*exportRecord, whole, 1, delivered)) return code;

@@ -14,11 +14,11 @@ class GIF89IndexedExport final : public GIF89ExportContext {
     void GetParameters() override;
     void MakeGIFBuffer() override;
 
-    /// Makes `alphaData` a copy of the indices in which the pixels that plane `plane` hides carry
-    /// one index, which *transIndexOut becomes. A plane hides where it is below 128, inverted
-    /// where it is not. Asking for the plane of the last call again flips its sense without asking
-    /// the host; *transIndexOut must then hold the index of that call.
-    /// 0, the host's error, or memFullErr when that plane's data are gone.
+    /// Makes `alphaData` a copy of the indices in which all pixels hidden by plane `plane` carry
+    /// one index, and sets *transIndexOut to that index. A plane hides the pixels where it is below
+    /// 128, an inverted one the others. When the plane is that of the last call, the host is not
+    /// asked again and the present mask is turned around; *transIndexOut must then hold the index
+    /// of that call. Returns 0, the host's error, or memFullErr when the plane's data are gone.
     short GetMaskFromAlphaChannel(short plane, unsigned char invert, int* transIndexOut);
 
     std::uint8_t* alphaData =

@@ -12,10 +12,10 @@
 namespace {
 
 constexpr std::int32_t kCellCount = 32768;
-// The palette's histogram is counted in the GIF buffer before that holds any pixel, so the buffer
-// is never smaller than one.
+// The histogram for the palette is counted in the GIF buffer, which holds no pixels yet. So the
+// buffer is never smaller than a histogram.
 constexpr std::int32_t kHistogramBytes = 131072;
-// Where the transparent colour starts; the options replace it.
+// Each channel of the transparent colour before the user chooses another one.
 constexpr std::uint8_t kInitialTransparentLevel = 193;
 constexpr short kTooManyColors = 1;
 
@@ -97,7 +97,7 @@ void GIF89RGBExport::GetParameters() {
 
 void GIF89RGBExport::MakeGIFBuffer() {
     std::memset(errorBuffer, 0, static_cast<std::size_t>(ErrorBufferBytes()));
-    // The histogram may have been counted here, and rows that no band asks for keep index 0.
+    // The buffer may still hold the histogram, and rows that no band asks for must have index 0.
     std::memset(gifBuffer, 0, static_cast<std::size_t>(bufferSize));
     BuildInverse(&palette, inverseMap, inverseWork, static_cast<short>(numColors));
     const Rect whole = shape.Bounds();

@@ -15,7 +15,7 @@ HostText::HostText(const ExportRecord& record, OSType key, std::int32_t index) {
     handleProcs = *handles;
     code = properties->getProperty(kModuleSignature, key, index, &text);
     if (code != noErr) {
-        text = nullptr; // nothing was handed out, whatever stands there
+        text = nullptr; // after an error the field does not hold a text
         return;
     }
     if (!text) {

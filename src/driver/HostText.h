@@ -13,8 +13,8 @@ class HostText {
     HostText& operator=(const HostText&) = delete;
     ~HostText();
 
-    /// 0, the host's error, or kServiceNotOffered without such a text or without the services that
-    /// find it and take it back.
+    /// 0, the host's error, or kServiceNotOffered when there is no such text or the host lacks the
+    /// services to find it and to take it back.
     OSErr Code() const { return code; }
     /// Empty unless the code is 0.
     std::string_view Bytes() const { return bytes; }

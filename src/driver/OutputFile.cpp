@@ -21,8 +21,8 @@ int CutLength(const std::uint8_t* text, int length, int limit) {
     return cut;
 }
 
-// The document's name with the suffix behind it. When both do not fit, the document's name gives
-// way: a proposal without its suffix could be the name of the picture being exported.
+// The document's name followed by the suffix. When both do not fit, the document's name is cut: a
+// proposal without its suffix could be the name of the picture that is exported.
 void MakeDefaultName(const std::uint8_t* documentName, const std::uint8_t* suffix,
                      std::uint8_t* name) {
     const int stem = CutLength(documentName + 1, documentName[0], 255 - suffix[0]);

@@ -20,7 +20,7 @@ template <class Context> GIF89ExportContext* MakeContext() {
     return memory ? new (memory) Context : nullptr;
 }
 
-// Null with *code telling why: a mode that cannot be exported, or no memory.
+// Returns null, and the reason in *code, when the mode cannot be exported or memory is short.
 GIF89ExportContext* MakeContextForMode(const ExportRecord& record, OSErr* code) {
     *code = memFullErr;
     if (record.imageMode == kRGBColorMode) return MakeContext<GIF89RGBExport>();

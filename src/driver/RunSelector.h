@@ -8,8 +8,8 @@ void DoAbout(const ExportRecord* record);
 
 /// Serves one call of the host: makes the context when `*data` is 0, runs the selector, and
 /// destroys the context and clears `*data` when the export is over. Codes go to `*result`; an
-/// unknown selector ends the export and leaves the result word alone. A call that comes while the
-/// context is at work, from inside one of the host's own procedures, is answered kExportAtWork and
-/// changes nothing. The dialogs must outlive the context.
+/// unknown selector ends the export and leaves the result word alone. A call from inside one of the
+/// host's own procedures, while the context is at work, is answered kExportAtWork and changes
+/// nothing. The dialogs must outlive the context.
 void RunSelector(short selector, ExportRecord* record, std::intptr_t* data, short* result,
                  const OptionsDialogs& dialogs);

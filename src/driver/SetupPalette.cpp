@@ -17,9 +17,9 @@ bool IsBlack(const RGBLookUpTable& table, int index) {
     return (table.red[index] | table.green[index] | table.blue[index]) == 0;
 }
 
-// Cuts `supplied` down to `colors` entries: those nearest to the adaptive colours in `palette`
-// come first, then the others, each group in its own order. Only supplied colours are written; the
-// adaptive ones merely say which of them the picture needs.
+// Reduces `supplied` to `colors` entries. The entries nearest to the adaptive colours in `palette`
+// come first, then the others, each group in its own order. The adaptive colours only show which
+// supplied ones the picture needs; none of them is written.
 void KeepNeededColors(const RGBLookUpTable& supplied, int colors, RGBLookUpTable& palette) {
     std::bitset<256> needed;
     for (int i = 0; i < colors; ++i)
@@ -60,8 +60,8 @@ void AdaptiveTable(RGBLookUpTable* table, short colors, std::uint8_t* histogram,
                    ExportRecord* record, const PictureShape& shape, RGBtuple transparentColor) {
     std::memset(histogram, 0, sizeof(Histogram));
     auto& cells = *reinterpret_cast<Histogram*>(histogram);
-    // Deliberate: the walk's result is not looked at. A host that failed or was cancelled here
-    // answers the same at the next walk, which is looked at, before anything is written.
+    // Deliberate: the result of this pass is ignored. A host that fails or is cancelled here
+    // answers the same in the next pass, whose result counts, before anything is written.
     const Rect whole = shape.Bounds();
     if (shape.hasTransparency) {
         HistInfo info = {&cells, PackColor(transparentColor)};
@@ -91,7 +91,7 @@ short GIF89RGBExport::SetupPalette(unsigned char exact, unsigned char supplied) 
     for (int i = numColors; i < 256; ++i) SetTableEntry(palette, i, kBlack);
 
     if (shape.hasTransparency) {
-        // With a floor just below the count this takes nothing away.
+        // With a floor of numColors - 1 this leaves the count as it is.
         numColors = TrimTopBlacks(&palette, numColors, numColors - 1);
         if (numColors < 256) {
             transIndex = static_cast<std::int16_t>(numColors);

@@ -8,8 +8,8 @@
 struct ExportRecord;
 struct PictureShape;
 
-/// Index of the nearest of all 256 entries by squared distance; an equal entry wins at once, ties
-/// go to the lowest index.
+/// Index of the nearest of all 256 entries by squared distance. The search ends at the first entry
+/// that is equal; ties go to the lowest index.
 int FindMatchingIndex(const RGBLookUpTable* table, RGBtuple color);
 
 /// The count without the black entries at the top of the table; entries up to and including index

@@ -8,11 +8,11 @@
 namespace {
 
 constexpr int kMaxCodeSize = 12;
-// Deliberate: the compressor's last code is 4092, three short of what 12 bits hold. Raising the
-// limit would be valid GIF too, but other files.
+// Deliberate: the compressor's last code is 4092, three below the largest code of 12 bits. A higher
+// limit would be valid as well, but would change the bytes of our files.
 constexpr int kCompressorLimit = 4093;
 constexpr std::int16_t kNone = -1;
-constexpr std::int16_t kEnded = -2; // in outHead, as LZWExpandEnded asks
+constexpr std::int16_t kEnded = -2; // value of outHead after the end, for LZWExpandEnded
 
 std::uint16_t* HashSlots(const LZWData* lzw) {
     return reinterpret_cast<std::uint16_t*>(*lzw->hashTable);
@@ -44,14 +44,15 @@ void LZWInit(LZWData* lzw, std::uint16_t rootSize) {
 short SearchLZWTable(LZWData* lzw, unsigned char symbol) {
     std::uint16_t* const slots = HashSlots(lzw);
     const LZWString* const strings = Strings(lzw);
-    // Half of the slots stay empty, and a step of prefix + 1 comes to each of them: the search
-    // ends.
+    // The search always ends: half of the slots are empty, and steps of prefix + 1 reach every
+    // slot.
     for (int h = (symbol << 5) + lzw->prefix;; h += lzw->prefix) {
         ++h;
         while (h >= kLZWHashSlots) h -= kLZWHashSlots;
         const int code = slots[h];
         if (code == 0) {
-            // A slot that no code follows would stay taken for good in a table that is not reset.
+            // Without a code to assign, the slot must stay empty. Otherwise it would be lost for
+            // good in a table that is not reset.
             if (lzw->nextCode < kCompressorLimit) slots[h] = lzw->nextCode;
             return -1;
         }
@@ -63,8 +64,8 @@ short SearchLZWTable(LZWData* lzw, unsigned char symbol) {
 void AddLZWTable(LZWData* lzw, std::uint16_t symbol) {
     if (lzw->nextCode >= kLZWStrings) return;
     Strings(lzw)[lzw->nextCode] = {lzw->prefix, symbol};
-    // The expander learns a string one code later than the compressor assigned it. Counting before
-    // the comparison there and after it here lets both widen at the same code.
+    // The expander learns a string one code later than the compressor. It counts the code before
+    // the comparison and the compressor counts it afterwards, so that both widen at the same code.
     if (lzw->isExpander) ++lzw->nextCode;
     if ((1 << lzw->codeSize) - lzw->earlyChange == lzw->nextCode)
         lzw->codeSize = static_cast<std::uint16_t>(std::min(lzw->codeSize + 1, kMaxCodeSize));
@@ -98,19 +99,20 @@ std::uint32_t LoadWord(const unsigned char* strings, std::ptrdiff_t code) {
     return word;
 }
 
-// The slot `step` + 1 behind `slot`. In long strings of one colour a branch here is foreseen, and
-// the next load need not wait for it; without the hint compilers make it a selection that has to be
-// waited for. Where slots are scattered, the branch in the search costs far more than this one.
+// The slot `step` + 1 behind `slot`, going round at the end of the table. The hint makes the
+// compiler use a branch instead of a conditional move: in long strings of one colour the processor
+// predicts the branch and starts the next load early. Where the prediction fails, the branch in the
+// search costs far more than this one.
 std::ptrdiff_t NextSlot(std::ptrdiff_t slot, std::ptrdiff_t step) {
     slot += step + 1;
     if (__builtin_expect_with_probability(slot >= kLZWHashSlots, 1, 0.99)) slot -= kLZWHashSlots;
     return slot;
 }
 
-// SearchLZWTable and AddLZWTable for many symbols, while there are codes to assign. What they read
-// from the record at every symbol stays in registers here, a string is compared and stored as one
-// word, and the codes are left in a batch, so that nothing is called in between. What remains are
-// two loads, one after the other, and a branch that nobody can foresee: is the string there?
+// SearchLZWTable and AddLZWTable for many symbols, while there are codes to assign. It is faster
+// than those because the state is kept in registers, a string is compared and stored as one word,
+// and codes go into a batch instead of a callback. What costs time in the end are two dependent
+// loads and the branch on whether the string is in the table, which cannot be predicted.
 const unsigned char* MatchAndAdd(LZWData* lzw, const unsigned char* data, const unsigned char* end,
                                  LZWCodes* batch) {
     std::uint16_t* const slots = HashSlots(lzw);
@@ -127,7 +129,7 @@ const unsigned char* MatchAndAdd(LZWData* lzw, const unsigned char* data, const 
         std::ptrdiff_t slot = NextSlot(prefix, symbol << 5);
         std::ptrdiff_t found = slots[slot];
         const auto isString = [&] { return found != 0 && LoadWord(strings, found) == string; };
-        if (isString()) { // mostly in the first slot, if at all
+        if (isString()) { // a string that is in the table is mostly in its first slot
             prefix = found;
             continue;
         }
@@ -155,7 +157,7 @@ const unsigned char* MatchAndAdd(LZWData* lzw, const unsigned char* data, const 
     return data;
 }
 
-// The same, symbol by symbol, while the table is full; up to the clear code where that is wanted.
+// The same, symbol by symbol, for a full table. Stops after the clear code if one is to be sent.
 const unsigned char* MatchInFullTable(LZWData* lzw, const unsigned char* data,
                                       const unsigned char* end, LZWCodes* batch) {
     const auto put = [batch](int code) {
@@ -207,7 +209,8 @@ short LZWCompress(LZWData* lzw, std::int32_t count, const unsigned char* data) {
 short LZWCompressEnd(LZWData* lzw) {
     if (lzw->prefix != kNone) {
         EmitCode(lzw, lzw->prefix);
-        // No string follows; only the width advances, as the expander's does after that code.
+        // No string is added here, but the expander's width grows after this code, so this one's
+        // has to as well.
         AddLZWTable(lzw, 0);
     }
     EmitCode(lzw, lzw->endCode);
@@ -222,14 +225,15 @@ std::uint16_t FirstSymbol(const LZWData* lzw, int code) {
     return strings[code].suffix;
 }
 
-// Right after a clear code only single symbols have codes. Later, nextCode itself may come before
-// its string is complete, unless the table is full and will never have it.
+// Right after a clear code only single symbols have codes. Later nextCode is possible too: its
+// string is the previous one and that one's first symbol. When the table is full there is no such
+// code.
 bool IsPossible(const LZWData* lzw, int code) {
     if (lzw->prefix == kNone) return code >= 0 && code < lzw->clearCode;
     return code >= 0 && code <= lzw->nextCode && code < kLZWStrings;
 }
 
-// Turns the chain of prefixes around, so that it leads from a string's first symbol to its last.
+// Reverses the chain of prefixes, so that it leads from the string's first symbol to its last.
 void QueueString(LZWData* lzw, std::int16_t code) {
     LZWString* const strings = Strings(lzw);
     lzw->outHead = kNone;
@@ -260,7 +264,7 @@ void ExpandNextCode(LZWData* lzw) {
     QueueString(lzw, code);
 }
 
-// Hands out one symbol and turns its link back to what it was.
+// Takes one symbol from the queue and restores its link.
 short TakeSymbol(LZWData* lzw) {
     LZWString& string = Strings(lzw)[lzw->outHead];
     const std::int16_t following = string.prefix;

@@ -1,11 +1,11 @@
-// Variable-width LZW coding as GIF has it: symbols become codes through a callback, and back. Knows
-// nothing of files, allocates nothing.
+// LZW coding with codes of variable width, as GIF has it. Codes are passed through callbacks; there
+// is no file access and no allocation here.
 #pragma once
 
 #include "ToolboxTypes.h"
 
-/// Takes the next code, `width` bits of it, from the compressor. Its result matters to
-/// LZWCompressStart only, which returns it.
+/// Receives the next code of `width` bits from the compressor. Its result is ignored, except that
+/// LZWCompressStart returns it.
 using LZWPutCode = short (*)(std::intptr_t refcon, short code, short width);
 
 /// Gives the expander the next code of `width` bits; any negative number when there is none.
@@ -32,7 +32,7 @@ struct LZWData {
     std::uint16_t clearCode = 0;  ///< 1 << rootSize
     std::uint16_t endCode = 0;    ///< clearCode + 1
     std::uint16_t nextCode = 0;   ///< the next code to assign, from clearCode + 2
-    std::int16_t prefix = -1;     ///< the string matched so far; expander: the last one; or -1
+    std::int16_t prefix = -1;     ///< compressor: string matched so far; expander: the last; or -1
     std::int16_t outHead = -1;    ///< expander: first code to hand out, -1 none, -2 ended
     std::int16_t outLink = -1;    ///< expander: the code handed out before outHead, or -1
     LZWGetCode getCode = nullptr; ///< expander only
@@ -52,8 +52,9 @@ struct LZWData {
 ///                 different codes
 void LZWInit(LZWData* lzw, std::uint16_t rootSize);
 
-/// The code of the string `prefix` + symbol, or -1 after noting in the hash table that nextCode,
-/// if one can still be assigned, is about to become that string's code. `prefix` must not be -1.
+/// The code of the string `prefix` + symbol, or -1 when it is not in the table. In that case the
+/// hash table gets nextCode for it, if there is one left, and AddLZWTable must follow. `prefix`
+/// must not be -1.
 short SearchLZWTable(LZWData* lzw, unsigned char symbol);
 
 /// Assigns nextCode to the string `prefix` + symbol and widens the codes where that is due. Does
@@ -81,11 +82,11 @@ struct LZWCodes {
     std::uint16_t codes[kMost];
 };
 
-/// LZWCompress for whoever takes codes by the batch: compresses as many of the `count` symbols, at
-/// least one unless there are none, as lead to no more codes than `batch` holds and to none of
-/// another width, and puts those codes into it. Nothing goes to putCode.
+/// LZWCompress without callbacks: compresses some of the `count` symbols and stores the codes in
+/// `batch`. It stops when the batch is full or the width of the codes changes, but not before it
+/// has compressed one symbol. putCode is not called.
 ///
-/// @return the symbols done
+/// @return the number of symbols compressed
 std::int32_t LZWCompressSome(LZWData* lzw, std::int32_t count, const unsigned char* data,
                              LZWCodes* batch);
 

@@ -131,8 +131,8 @@ void GIF89Writer::OutputData(const unsigned char* pixels, const Point* size, std
 }
 
 short GIF89Writer::Done() {
-    // What closing answers is left aside here on purpose: the bytes are out of this writer's hands.
-    // A flush that fails now is kept by the file layer, where TakeCloseError still shows it.
+    // Deliberate: the result of closing is ignored. The file layer keeps an error that shows only
+    // now, and TakeCloseError tells it.
     if (stream) FastClose(stream);
     if (fileRefNum != 0) FSClose(fileRefNum);
     stream = nullptr;
@@ -159,7 +159,7 @@ void GIF89Writer::PutBlock(const void* bytes, int count) {
     Put(bytes, count);
 }
 
-// What LZWCompress does with PutCodeword, but a batch of codes at a time.
+// The same as LZWCompress with PutCodeword, for a batch of codes at a time.
 void GIF89Writer::CompressRow(const unsigned char* pixels, std::int32_t columns) {
     LZWCodes batch;
     while (columns > 0) {
@@ -170,7 +170,8 @@ void GIF89Writer::CompressRow(const unsigned char* pixels, std::int32_t columns)
     }
 }
 
-// Four codes of at most 12 bits make one number, so that the buffer is touched once for all.
+// Joins four codes of at most 12 bits to one number, so that the buffer is written once for all
+// four.
 void GIF89Writer::PackCodes(const std::uint16_t* codes, int count, int width) {
     const auto code = [&codes, width](int i) { return std::uint64_t{codes[i]} << i * width; };
     for (; count >= 4; count -= 4, codes += 4)
@@ -178,8 +179,8 @@ void GIF89Writer::PackCodes(const std::uint16_t* codes, int count, int width) {
     for (; count > 0; --count) PackBits(*codes++, width);
 }
 
-// Appends up to 56 bits, the least significant first; those above them are 0. Eight bytes are
-// written whole, and what lies behind the bits is clean again for the next ones to be merged into.
+// Appends up to 56 bits, the least significant first. Higher bits of `bits` must be 0. Always
+// writes eight bytes, so that the buffer behind the new bits is zero, as the next call needs it.
 void GIF89Writer::PackBits(std::uint64_t bits, int count) {
     unsigned char* const byte = codeBuffer + (bitCount >> 3);
     bits = bits << (bitCount & 7) | *byte;

@@ -16,7 +16,8 @@
 /// @param numColors  palette entries in use, 2..256
 /// @param comment    zero-terminated, any bytes; null writes no comment block
 /// @return 0, or the first error of FSpOpenDF or FastWrite, or memFullErr; the file then holds
-///         what was written before it. An error that shows only on closing goes to TakeCloseError.
+///         what was written before it. An error that shows only on closing is not returned; ask
+///         TakeCloseError for it.
 short WriteGIF89(const FSSpec* file, const Point* size, const unsigned char* pixels,
                  std::int32_t rowBytes, Boolean interlace, short transIndex,
                  const RGBLookUpTable* table, short numColors, const char* comment);

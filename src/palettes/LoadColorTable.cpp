@@ -130,8 +130,9 @@ Boolean IsPaletteFile(const OSType* type, const unsigned char* name) {
     int dot = name[0];
     while (dot >= 1 && name[dot] != '.') --dot;
     if (dot == 0) return 0;
-    // Deliberate: as many characters as the name has, so that the start of an extension, even an
-    // empty one, counts. A file cut off by an old file system's name limit stays in sight.
+    // Deliberate: only as many characters as the name has are compared, so that the beginning of an
+    // extension, even an empty one, is enough. A file whose name an old file system has cut off is
+    // still shown.
     const auto length = static_cast<std::size_t>(name[0] - dot);
     const auto* extension = reinterpret_cast<const char*>(name + dot + 1);
     return std::any_of(std::begin(kExtensions), std::end(kExtensions), [&](const char* known) {
@@ -157,8 +158,8 @@ Boolean GetColorTableFile(FSSpec* file, OSType* type) {
 
 OSErr LoadColorTable(RGBLookUpTable* table, std::int32_t* count, const FSSpec* file, OSType type) {
     std::int16_t refNum = 0;
-    // Deliberate: the palette in force stays, without a word. Whoever let the user choose the file
-    // has seen it a moment ago.
+    // Deliberate: when the file cannot be opened, the present palette stays and no error is told.
+    // The user chose the file a moment ago, so this is rare.
     if (FSpOpenDF(file, fsRdPerm, &refNum) != noErr) return noErr;
     const OSErr error = LoadByType(refNum, type, table, count);
     FSClose(refNum);

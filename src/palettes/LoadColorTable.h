@@ -1,7 +1,7 @@
 // Palettes from files: colour swatches (ZCO), raw colour tables (ZCT) and RIFF palettes (PAL).
 //
-// Loaded tables hold 256 colours; those past the count are black. Readers take a file that is open
-// for reading with its mark at the start, and change table and count only when they answer 0.
+// Loaded tables hold 256 colours; those past the count are black. Readers want a file that is open
+// for reading, with its mark at the start. They change table and count only when they answer 0.
 #pragma once
 
 #include "ColorTable.h"
@@ -30,7 +30,8 @@ OSErr LoadMicrosoftPalette(short refNum, RGBLookUpTable* table, std::int32_t* co
 /// with what follows the name's last dot, in capitals. `name` is length-prefixed.
 Boolean IsPaletteFile(const OSType* type, const unsigned char* name);
 
-/// File filter of the open dialog: hides all but folders and palette files, and what is invisible.
+/// File filter of the open dialog: shows folders and palette files, and hides everything else as
+/// well as invisible files.
 Boolean LoadPaletteFileFilter(ParamBlockRec* file);
 
 /// Asks for a palette file. 1 with both outputs filled, or 0 when the user cancelled.

@@ -1,5 +1,5 @@
-// The parameter block that host and module share, byte for byte. docs/host.md tells a host what to
-// put into it and when.
+// The record that host and module share, byte for byte. docs/host.md tells a host what to put into
+// it and when.
 #pragma once
 
 #include "AddressTable.h"
@@ -30,7 +30,7 @@ enum : OSErr {
     kServiceNotOffered = -30900 ///< a host service answers that it does not serve this
 };
 
-/// Signature and keys under which the host's property services know what the module asks for.
+/// Signature and keys with which the module asks the host's property services.
 constexpr OSType kModuleSignature = FourCC("Q7IM");
 constexpr OSType kChannelNameProperty = FourCC("nmch"); ///< index k: name of channel k
 constexpr OSType kCommentProperty = FourCC("cmnt");     ///< index 0: the document's comment

@@ -1,6 +1,6 @@
-// The module's resources by number, for the module and for whoever operates its dialogs: dialogs,
-// their items, entries of menus and string lists, cells of the colour table. The texts in
-// resources/ give the same numbers.
+// The numbers of the module's resources: dialogs, their items, entries of menus and string lists,
+// and cells of the colour table. The module uses them, and so does everything that operates its
+// dialogs. The texts in resources/ must have the same numbers.
 #pragma once
 
 #include <cstdint>
@@ -10,11 +10,11 @@ constexpr std::int16_t kRGBDialog = 16000, kIndexedDialog = 16001, kRGBPreviewDi
                        kAboutDialog = 16010;
 /// An alert whose only text is the first of ParamText.
 constexpr std::int16_t kErrorAlert = 2001;
-/// The palette `PLUT` that is always there.
+/// The palette `PLUT` that the pop-up calls Fixed.
 constexpr std::int16_t kFixedPalette = 3;
 constexpr std::int16_t kWatchCursor = 4;
 
-/// The first and the second item of every options dialog.
+/// The first two items of every options dialog.
 constexpr std::int16_t kOKItem = 1;
 constexpr std::int16_t kCancelItem = 2; ///< puts everything back while the option key is down
 
@@ -83,7 +83,7 @@ constexpr std::int16_t kCancelString = 5;
 constexpr std::int16_t kResetString = 6; ///< what Cancel means while option is held
 constexpr std::int16_t kCountString = 7;
 
-/// String list of what is asked and told beside the dialogs, and its entries.
+/// String list with the texts of file dialogs and alerts, and its entries.
 constexpr std::int16_t kSharedStrings = 16002;
 constexpr std::int16_t kSuffixString = 2; ///< of proposed file names
 constexpr std::int16_t kSavePromptString = 3;
