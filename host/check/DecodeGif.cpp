@@ -21,7 +21,7 @@ class FileInMemory final : public GifSource {
     std::span<const std::uint8_t> file;
 };
 
-// The bytes of data in the sub-blocks from `offset` on, as far as there are any.
+// The number of data bytes in the sub-blocks from `offset` to the terminator or the file's end.
 std::size_t CountDataBytes(std::span<const std::uint8_t> file, std::size_t offset) {
     std::size_t total = 0;
     while (offset < file.size() && file[offset] != 0) {
@@ -31,8 +31,9 @@ std::size_t CountDataBytes(std::span<const std::uint8_t> file, std::size_t offse
     return total;
 }
 
-/// Asks for memory only when the data could hold that many pixels: no code stands for more symbols
-/// than there were codes up to it, nor for more than a string table has entries.
+/// Collects the pixels, but allocates memory only when the data can hold that many of them. A code
+/// stands for at most as many pixels as there are codes up to it, and for at most as many as the
+/// string table has entries.
 class CarefulCollector final : public GifSink {
   public:
     explicit CarefulCollector(std::span<const std::uint8_t> bytes) : file(bytes) {}

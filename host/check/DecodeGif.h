@@ -1,4 +1,4 @@
-// Reads a GIF file whole, from memory.
+// Decodes a complete GIF file in memory.
 #pragma once
 
 #include "ScanGif.h"
@@ -13,10 +13,10 @@ struct DecodedGif : GifHead {
 };
 
 /// Decodes a file that ScanGif accepts; throws Problem for any other. Throws std::bad_alloc when
-/// there is no memory; a file asks for no more than its data can fill.
+/// there is no memory. A small file cannot make it allocate more pixels than its data can hold.
 DecodedGif DecodeGif(std::span<const std::uint8_t> file);
 
-/// Takes pixels to where they belong.
+/// Stores the pixels of a scanned file.
 class GifCollector final : public GifSink {
   public:
     void Begin(const GifHead& head, std::size_t dataOffset, int rootSize) override;

@@ -1,4 +1,4 @@
-// What became of a picture on its way into a GIF file.
+// The report of one export: what the file holds, and what was lost.
 #pragma once
 
 #include "Picture.h"
@@ -15,15 +15,15 @@ enum class CommentFate : std::uint8_t { none, kept, dropped };
 /// Something of the input file that its GIF does not have.
 struct Loss {
     enum class Kind : std::uint8_t {
-        // In reading
+        // Lost when the input was read
         pictures,  ///< count: pictures of the file, of which the first was kept
-        samples,   ///< count: samples of each pixel, for which there is no place
+        samples,   ///< count: samples of each pixel that a picture cannot hold
         bits,      ///< count: bits of a sample, rounded to 8
         inks,      ///< cyan, magenta, yellow and black became RGB
         converted, ///< the colour profile: its colours became those of sRGB
         unusable,  ///< the colour profile: left out, so that colours may look different
-        // In the export
-        colors,      ///< count: colours found, fewer or others of which are shown
+        // Lost in the export
+        colors,      ///< count: colours of the picture, not all of which the file shows
         opacities,   ///< count: pixels that were neither opaque nor transparent
         transparent, ///< count: pixels that cannot be seen any more
         opaque,      ///< count: pixels that can be seen now
@@ -48,15 +48,14 @@ struct ExportReport {
     Way way = Way::module;
     PaletteKind palette = PaletteKind::open; ///< that the module used; open where it used none
 
-    // The pixels. Those of opacity 0 in the picture that are transparent in the file are equal,
-    // whatever their colours.
+    // The pixels. A pixel of opacity 0 equals a transparent one of the file, whatever its colour.
     std::int64_t pixels = 0;
     std::int64_t sourceColors = 0;    ///< distinct colours of visible pixels (opacity above 0)
     std::int64_t changedPixels = 0;   ///< another colour or another opacity
     std::int64_t madeTransparent = 0; ///< had some opacity, transparent in the file
     std::int64_t madeOpaque = 0;      ///< had opacity 0, visible in the file
     std::int64_t partlyOpaque = 0;    ///< had an opacity of 1..254, which a GIF cannot say
-    int alphaLevels = 0;              ///< distinct opacities among those, all lost
+    int alphaLevels = 0;              ///< distinct opacities of those pixels, all lost
     // Over pixels that are opaque in both:
     int largestError = 0; ///< of a channel, 0..255
     double meanError = 0; ///< of all their channels; 0 when there are none
@@ -66,7 +65,7 @@ struct ExportReport {
 
     /// The file shows exactly the picture that was read.
     bool KeepsPixels() const { return changedPixels == 0; }
-    /// All that was lost between the input file and this one, in the order of the kinds.
+    /// Everything that was lost between the input file and the GIF file, in the order of the kinds.
     std::vector<Loss> Losses() const;
     bool Lossless() const { return Losses().empty(); }
 };

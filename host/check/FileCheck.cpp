@@ -8,7 +8,7 @@
 namespace gif89 {
 namespace {
 
-constexpr std::int64_t kWorthAThread = 1 << 16; // pixels, about a millisecond's
+constexpr std::int64_t kWorthAThread = 1 << 16; // pixels; about a millisecond of work
 
 std::size_t FileSize(int descriptor) {
     struct stat status = {};
@@ -45,7 +45,7 @@ void FileCheck::Begin(int descriptor) {
     file = descriptor;
     followed.emplace(descriptor);
     const bool isLarge = std::int64_t{original.rows} * original.columns >= kWorthAThread;
-    // Where the system has no thread to give, this is deferred as well.
+    // Also deferred when the system cannot start a thread.
     const auto policy =
         isLarge ? std::launch::async | std::launch::deferred : std::launch::deferred;
     colors = std::async(policy, [this] {
@@ -55,7 +55,7 @@ void FileCheck::Begin(int descriptor) {
     });
 }
 
-// What is wrong with the file is no fault of the picture it was made of.
+// An error in the written file is reported as one of the output, not of the picture.
 std::int64_t FileCheck::WaitForColors() {
     try {
         return colors.get();

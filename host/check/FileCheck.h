@@ -16,29 +16,30 @@ struct CheckedGif {
     DecodedGif gif; ///< empty unless its indices were to be kept
 };
 
-/// Follows a file on a thread of its own: the picture's colours are counted while the module looks
-/// at its pixels, and the file is decoded and compared as it is written. Small pictures, for which
-/// that is not worth a thread, are checked afterwards.
+/// Checks a file on a thread of its own while the module writes it. The picture's colours are
+/// counted first, while the module still reads its pixels; then the file is decoded and compared as
+/// it grows. Small pictures are not worth a thread and are checked afterwards.
 class FileCheck {
   public:
-    /// Both pictures stay as they are until this ends; `original` is the one to compare with.
+    /// Both pictures must stay unchanged during the life of this object. The file is compared with
+    /// `original`.
     FileCheck(const Picture& originalPicture, const Picture& exportedPicture, bool keepIndices);
     FileCheck(const FileCheck&) = delete;
     FileCheck& operator=(const FileCheck&) = delete;
     ~FileCheck();
 
-    /// Begins with the file, which is still empty. The descriptor is borrowed and stays open.
+    /// Starts the check while the file is still empty. The descriptor is borrowed and stays open.
     void Begin(int descriptor);
-    /// Ends with the file, which is complete; `palette` is the one that the
-    /// module used. Throws
-    /// OutputProblem when the file is not a GIF file of the picture's size and comment. Called
+    /// Finishes the check once the file is complete; `palette` is as in the report. Throws
+    /// OutputProblem when the file is not a GIF file of the picture's size and comment. Call it
     /// once, after Begin.
     CheckedGif Finish(PaletteKind palette);
 
   private:
     std::int64_t WaitForColors();
 
-    /// Decodes the file for the comparison and, where its indices are kept, for the collector.
+    /// Passes the decoded pixels to the comparison and, if the indices are to be kept, to the
+    /// collector.
     class Sink final : public GifSink {
       public:
         Sink(const Picture& original, bool keepIndices);
@@ -54,7 +55,7 @@ class FileCheck {
     Sink sink;
     int file = -1;
     std::optional<FollowedFile> followed;
-    std::future<std::int64_t> colors; ///< of the original, when the whole file has been compared
+    std::future<std::int64_t> colors; ///< of the original; ready when the comparison is complete
 };
 
 } // namespace gif89

@@ -22,8 +22,8 @@ FollowedFile::Stage FollowedFile::CurrentStage() {
     return stage;
 }
 
-// The system tells nobody of a write, so that one looks again after a while. A file of a megabyte
-// takes about ten milliseconds to write.
+// How long to wait before looking for new bytes, because the system has no cheap way to announce a
+// write. A file of a megabyte takes about ten milliseconds to write.
 void FollowedFile::WaitAWhile() {
     std::unique_lock lock(mutex);
     ended.wait_for(lock, std::chrono::microseconds(200),
@@ -48,7 +48,8 @@ std::span<const std::uint8_t> FollowedFile::From(std::size_t offset, std::size_t
         bufferOffset = offset;
     }
     while (bufferOffset + filled < offset + count) {
-        const Stage before = CurrentStage(); // what is complete by now is read to its end
+        const Stage before =
+            CurrentStage(); // taken before reading: a complete file has all its bytes
         if (before == Stage::abandoned) throw Problem("the file was given up");
         if (ReadMore()) continue;
         if (before == Stage::complete) break;

@@ -55,7 +55,8 @@ void GifComparison::Take(int row, int column, Indices indices) {
         first, indices);
 }
 
-// Counts the pairs of indices, which are few, so that each kind of pair is looked at once.
+// Counts how often each pair of indices occurs. There are few different pairs, so the colours of
+// each are compared only once.
 void GifComparison::TakeIndexed(std::size_t first, Indices indices) {
     const std::uint8_t* was = original.pixels.get() + first;
     for (const std::uint8_t index : indices) ++pairs[static_cast<std::size_t>(*was++ << 8 | index)];
@@ -69,8 +70,9 @@ void GifComparison::AddPairs() {
     }
 }
 
-// Photographs. The file's pixels are laid out as the picture's are, each stored with a byte behind
-// it, so that the compiler can take many bytes at a time for the differences.
+// For photographs. The file's pixels are expanded to the picture's layout, so that the compiler can
+// compute the differences of many bytes at a time. Each pixel is stored as four bytes, of which the
+// next one overwrites the fourth.
 void GifComparison::TakeOpaque(std::size_t first, Indices indices) {
     const std::uint8_t* const was = original.pixels.get() + first * 3;
     const std::size_t samples = indices.size() * 3;

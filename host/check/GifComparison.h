@@ -21,13 +21,13 @@ class GifComparison final : public GifSink {
 
     const GifHead& Head() const { return gif; }
     /// To be called once, after the last pixel. `exported` is the picture that was handed to the
-    /// module, often the original; `sourceColors` is what CountColors finds in the original,
-    /// `bytes` the file's size; `palette` the one that the module used where it reduced colours.
+    /// module, often the original. `sourceColors` is the result of CountColors for the original,
+    /// `bytes` is the size of the file, and `palette` is as in the report.
     ExportReport Report(const Picture& exported, std::int64_t sourceColors, std::size_t bytes,
                         PaletteKind palette);
 
   private:
-    /// A pixel of the picture that was read, or of the file.
+    /// A pixel of the original or of the file.
     struct Pixel {
         int red, green, blue;
         int opacity;
@@ -48,8 +48,8 @@ class GifComparison final : public GifSink {
     ExportReport report;
     Pixel shown[256] = {}; ///< entries of the file; opacity 0 or 255
     std::uint8_t shownBytes[256][4] = {};
-    std::vector<std::uint8_t> line;  ///< the file's pixels, laid out as an RGB picture's are
-    std::vector<std::int32_t> pairs; ///< of an opaque indexed picture: counts by both indices
+    std::vector<std::uint8_t> line;  ///< pixels of the file as red, green, blue
+    std::vector<std::int32_t> pairs; ///< counts by both indices; for opaque indexed pictures
     bool used[256] = {};
     std::bitset<256> levels;
     std::int64_t compared = 0, errorSum = 0;

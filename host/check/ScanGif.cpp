@@ -24,7 +24,7 @@ constexpr int kCopyBytes = 16;
     Fail(offset, std::string("the file ends inside the ") + what);
 }
 
-/// Walks through the file; `what` names the field that is being read.
+/// Reads the fields of the file in order; `what` names the field, for error messages.
 class GifReader {
   public:
     explicit GifReader(GifSource& bytes) : source(bytes) {}
@@ -67,8 +67,8 @@ class GifReader {
     std::size_t offset = 0;
 };
 
-/// Takes codes from data sub-blocks. Bits are fetched eight bytes at a time where the sub-block has
-/// them.
+/// Reads codes from data sub-blocks. It loads eight bytes at a time while the sub-block has as
+/// many.
 class CodeReader {
   public:
     CodeReader(GifSource& bytes, std::size_t firstBlock)
@@ -86,8 +86,8 @@ class CodeReader {
         if (blockLeft + bitCount / 8 == 0) blockLeft = OpenBlock();
         return blockLeft + bitCount / 8 == 0;
     }
-    /// Behind the last byte that a code has taken bits from, or behind the terminator. Whole bytes
-    /// are left over only from the sub-block that `next` is in.
+    /// The offset behind the last byte of which a code has used bits, or behind the terminator.
+    /// Whole bytes that were loaded but not used all lie in the present sub-block.
     std::size_t Offset() const { return NextOffset() - static_cast<std::size_t>(bitCount / 8); }
 
   private:
@@ -105,9 +105,9 @@ class CodeReader {
         }
         return true;
     }
-    /// The number of bytes in the next sub-block, all of which can be read then.
+    /// Returns the number of bytes in the next sub-block, which is then in the window as a whole.
     int OpenBlock() {
-        constexpr std::ptrdiff_t kMost = 256; // with its count
+        constexpr std::ptrdiff_t kMost = 256; // including the count byte
         if (end - next < kMost) MoveWindow();
         return *next++;
     }
@@ -138,10 +138,12 @@ class CodeReader {
     const std::uint8_t* window = nullptr;
     const std::uint8_t* next = nullptr;
     const std::uint8_t* end = nullptr;
-    std::size_t windowOffset; // of `window` in the file
+    std::size_t windowOffset; // place of `window` in the file
     int blockLeft = 0;
     int bitCount = 0;
-    std::uint64_t bits = 0; // above bitCount lies a part of the byte that comes next, or nothing
+    // The next bits of the data, bitCount of them. Bits above these are zero or belong to the next
+    // byte, so that loading that byte again does not change them.
+    std::uint64_t bits = 0;
 };
 
 void ReadHeader(GifReader& reader, GifHead& gif) {
@@ -156,7 +158,7 @@ void ReadHeader(GifReader& reader, GifHead& gif) {
     const int packed = reader.Byte("screen descriptor");
     if ((packed & 0x80) == 0) Fail(10, "there is no global colour table");
     gif.colors = 2 << (packed & 7);
-    reader.Bytes(2, "screen descriptor"); // background and aspect ratio say nothing of the pixels
+    reader.Bytes(2, "screen descriptor"); // background and aspect ratio do not matter to the pixels
 }
 
 void ReadColorTable(GifReader& reader, GifHead& gif) {
@@ -211,12 +213,12 @@ void ReadImageDescriptor(GifReader& reader, GifHead& gif) {
     gif.interlaced = packed != 0;
 }
 
-/// Where the next pixel of the file belongs.
+/// Row and column of the next pixel of the file.
 class PixelPlace {
   public:
     explicit PixelPlace(const GifHead& head) : gif(head) {}
 
-    /// Hands out pixels, each row's on their own.
+    /// Passes pixels to the sink, row by row.
     void Give(const std::uint8_t* pixels, const std::uint8_t* end, GifSink& sink) {
         while (pixels < end) {
             const std::ptrdiff_t count =
@@ -243,9 +245,9 @@ class PixelPlace {
     int pass = 0; // of an interlaced picture
 };
 
-/// Expands codes into pixels. Every string but those of one symbol is a place in the pixels since
-/// the last clear code, where it has been before: each is the string of the code before it and one
-/// symbol more. The plain way is a table of prefixes, walked through symbol by symbol and back.
+/// Expands codes into pixels. Each string of the table is stored as a place in the pixels since the
+/// last clear code: a new string is that of the previous code and one symbol more, and both have
+/// just been written there. Copying from there is faster than following a chain of prefixes.
 class Expander {
   public:
     Expander(const GifHead& head, int codeRootSize, GifSink& pixelSink)
@@ -265,15 +267,17 @@ class Expander {
 
   private:
     static constexpr int kSymbols = 256;
-    /// Once the table is full no pixel is looked back at that comes later.
+    /// Room for pixels that come after the table is full. No string refers to those, so the room is
+    /// used again when they have been handed out.
     static constexpr std::int64_t kSpare = 1 << 16;
-    /// One code teaches one string, which is longer than any before by one symbol at most.
+    /// The most pixels that strings can refer to: each code adds one string, which is at most one
+    /// symbol longer than the longest before it.
     static constexpr std::int64_t kMostLookedBackAt =
         std::int64_t{kMostStrings} * (kMostStrings + 1) / 2;
 
-    /// Why an expansion went no further.
+    /// Why an expansion ended.
     enum class Stop { endCode, endOfData, impossibleCode, wrongIndex, surplusPixels };
-    /// How far it came.
+    /// Where an expansion ended.
     struct Expansion {
         Stop stop;
         int lastCode;
@@ -286,7 +290,7 @@ class Expander {
             std::min(pixelsLeft, kMostLookedBackAt + kMostStrings + kSpare));
     }
     Expansion Expand(CodeReader codes);
-    /// Hands out the pixels up to `end`; those from `from` on are not handed out yet.
+    /// Passes the pixels between both pointers to the sink.
     void Give(const std::uint8_t* from, const std::uint8_t* end) {
         pixelsLeft -= end - from;
         place.Give(from, end, sink);
@@ -297,33 +301,33 @@ class Expander {
     const int rootSize;
     PixelPlace place;
     GifSink& sink;
-    std::int64_t pixelsLeft; ///< that were not handed out yet
+    std::int64_t pixelsLeft; ///< pixels of the image that the sink has not got yet
     const std::unique_ptr<std::uint8_t[]> memory;
     std::uint8_t* const held; ///< pixels since the last clear code
     const std::uint8_t* start[kMostStrings];
     std::uint16_t length[kMostStrings];
 };
 
-/// Copies a string to behind it; up to kCopyBytes of what follows it may come along, since most
-/// strings are short, and copying a fixed number of bytes is faster than counting them.
+/// Copies a string to `pixel`. A short one is copied as kCopyBytes bytes, whatever its length,
+/// because that is faster; the bytes too many are overwritten by the next string.
 void CopyString(const std::uint8_t* string, int length, std::uint8_t* pixel) {
     if (length > kCopyBytes) {
         std::memcpy(pixel, string, static_cast<std::size_t>(length));
         return;
     }
-    std::uint8_t bytes[kCopyBytes]; // what follows may overlap the pixels
+    std::uint8_t bytes[kCopyBytes]; // source and target may overlap
     std::memcpy(bytes, string, kCopyBytes);
     std::memcpy(pixel, bytes, kCopyBytes);
 }
 
-// The reader comes and goes by value, so that its bits can stay in registers.
+// The reader is passed and returned by value, so that its bits can stay in registers.
 Expander::Expansion Expander::Expand(CodeReader codes) {
     const int clearCode = 1 << rootSize;
     int width = rootSize + 1, nextCode = clearCode + 2;
     std::uint8_t* pixel = held;
-    const std::uint8_t* given = held;   // up to here
-    const std::uint8_t* last = nullptr; // the pixels of the code before
-    std::uint8_t* fullSince = nullptr;  // where the table was full
+    const std::uint8_t* given = held;   // the sink has got the pixels up to here
+    const std::uint8_t* last = nullptr; // the pixels of the previous code
+    std::uint8_t* fullSince = nullptr;  // where the pixels begin that came after the table was full
     for (;;) {
         const int code = codes.NextCode(width);
         const auto stopped = [&](Stop reason) {
@@ -360,7 +364,7 @@ Expander::Expansion Expander::Expand(CodeReader codes) {
 
         const int count = length[code];
         if (count > pixelsLeft - (pixel - given)) return stopped(Stop::surplusPixels);
-        // The string learnt just now ends with a pixel that is written here: its own first one.
+        // The string that was added just now ends with its own first pixel, which is not there yet.
         const bool isLearnt = code == learnt;
         CopyString(start[code], count - isLearnt, pixel);
         if (isLearnt) pixel[count - 1] = *pixel;

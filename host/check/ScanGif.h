@@ -1,5 +1,5 @@
-// Goes through a GIF file once, strictly, from front to back: to check what the module wrote, as it
-// is written or afterwards.
+// Reads a GIF file once from front to back and accepts only what our module writes. Used to check a
+// file while it is written or afterwards.
 #pragma once
 
 #include "ColorTable.h"
@@ -12,7 +12,7 @@
 
 namespace gif89 {
 
-/// What a GIF file says before its pixels.
+/// What stands in a GIF file before its pixels.
 struct GifHead {
     int rows = 0;
     int columns = 0;
@@ -23,25 +23,25 @@ struct GifHead {
     std::optional<std::string> comment;
 };
 
-/// Where a file's bytes come from.
+/// Delivers the bytes of a file.
 class GifSource {
   public:
-    /// The bytes from `offset` on, `count` of them or more, fewer only where the file ends before.
-    /// They stay valid until the next call, whose offset is never a lower one.
+    /// At least `count` bytes from `offset` on; fewer only when the file ends before. They stay
+    /// valid until the next call. Offsets never decrease from call to call.
     virtual std::span<const std::uint8_t> From(std::size_t offset, std::size_t count) = 0;
 
   protected:
     ~GifSource() = default;
 };
 
-/// Where a file's pixels go.
+/// Receives the pixels of a file.
 class GifSink {
   public:
-    /// The bytes of pixel data begin at `dataOffset` with their first sub-block, in codes of
-    /// `rootSize + 1` bits. May throw to stop.
+    /// Called before the first pixel. The image data begin at `dataOffset` with their first
+    /// sub-block; the first codes have `rootSize + 1` bits. May throw to stop.
     virtual void Begin(const GifHead& head, std::size_t dataOffset, int rootSize) = 0;
-    /// Pixels of one row side by side. They come in the order of the file, which takes the rows of
-    /// an interlaced picture in four passes.
+    /// Receives neighbouring pixels of one row. Rows come in the order of the file; an interlaced
+    /// file has them in four passes.
     virtual void Take(int row, int column, std::span<const std::uint8_t> indices) = 0;
 
   protected:
@@ -51,8 +51,8 @@ class GifSink {
 /// Reads a file that holds exactly one image covering the screen, with a global colour table.
 /// Throws Problem, with the byte offset, for anything else: a wrong signature, a block cut short,
 /// an impossible code, too few or too many pixels, an index past the table, bytes after the
-/// trailer. The sink may have taken pixels before; it takes every pixel once when nothing is
-/// thrown. Throws std::bad_alloc when there is no memory; no more than 9 megabytes are asked for.
+/// trailer. When it throws, the sink may have got some of the pixels; otherwise it has got each of
+/// them once. Throws std::bad_alloc when there is no memory; it needs at most 9 megabytes.
 void ScanGif(GifSource& source, GifSink& sink);
 
 } // namespace gif89
