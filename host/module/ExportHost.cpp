@@ -13,8 +13,8 @@
 namespace gif89 {
 namespace {
 
-// A request repeated more often than this while the budget does not hold one row is a walk that
-// will never end.
+// With a budget below one row the module repeats the same request for ever. After this many
+// repetitions the export is ended.
 constexpr int kMostRepeatsWithoutBudget = 3;
 
 Handle NewHostHandle(std::int32_t size) {
@@ -58,8 +58,8 @@ class ExportHost {
     short PlaneCount() const;
     void Call(short selector);
 
-    // The module's requests carry no reference of their own; an export may run inside another one
-    // (an editor's preview), so the one outside is put back at the end.
+    // The module's requests do not say which export they belong to. An export may run inside
+    // another one, for instance for an editor's preview, so the outer one is restored at the end.
     static thread_local ExportHost* current;
     ExportHost* outer = current;
 
@@ -69,7 +69,7 @@ class ExportHost {
     ExportRecord record = {};
     std::intptr_t moduleData = 0;
     short result = noErr;
-    OSErr deliveryError = noErr; // the first failure of our own, whatever the module made of it
+    OSErr deliveryError = noErr; // our first failure to deliver, which the module may ignore
     std::vector<std::uint8_t> scratch;
     Rect lastArea = {};
     short lastFirstPlane = -1, lastLastPlane = -1;
@@ -117,10 +117,11 @@ void ExportHost::FillRecord() {
     record.advanceProc.Set(advanceKey);
 }
 
-// What the module takes for itself and, beside it, one band. That is an index a pixel and 64 KiB of
-// tables for an indexed picture, whose planes it asks for whole, whatever is left. For another one
-// it is at least 128 KiB of indices and twelve bytes a column more, and the band is one row more
-// than the picture at the plane count that the module reckons with.
+// The memory that the module takes for itself and that of one band. For an indexed picture the
+// module takes a byte for each pixel and 64 KiB of tables, and its planes need no budget because
+// they are asked for whole. For an RGB picture it takes at least 128 KiB for the indices and
+// another twelve bytes for each column. The band must be one row higher than the picture, at one
+// plane less than is delivered, so that the module asks for one band only.
 std::int32_t ExportHost::BudgetForOneBand() const {
     const std::int64_t rows = picture.rows, columns = picture.columns;
     const bool indexed = picture.kind == Picture::Kind::indexed;
@@ -137,9 +138,10 @@ std::int32_t ExportHost::BudgetForOneBand() const {
     return static_cast<std::int32_t>(own + band);
 }
 
-// One code stands for several reasons that the system tells apart, such as a full disk, a quota and
-// a limit on the size of files. Where the module could not read, its dialogs have said so; a code
-// it ends with is about the file that it writes.
+// One code of the module stands for several errors of the system, such as a full disk, a quota and
+// a limit on the size of files, so the system's own reason is told. A code at the end of an export
+// is always about the file that was written, because the dialogs tell about files that cannot be
+// read.
 [[noreturn]] void FailWith(OSErr code) {
     if (const int error = SystemErrorBehind(code))
         throw OutputProblem("cannot be written: " + SystemReason(error));
@@ -153,10 +155,10 @@ void ExportHost::Call(short selector) {
 }
 
 void ExportHost::Run() {
-    TakeCloseError(); // an older export's, if nobody took it
+    TakeCloseError(); // forgets that of an earlier export
     Call(kSelectorPrepare);
     Call(kSelectorStart);
-    // Nothing is left to deliver when the module has emptied its request.
+    // The module empties its request when it wants no more data.
     while (record.requestRect.top < record.requestRect.bottom && deliveryError == noErr) {
         deliveryError = Deliver();
         Call(kSelectorContinue);
@@ -172,7 +174,7 @@ OSErr ExportHost::Deliver() {
     const short first = record.requestFirstPlane, last = record.requestLastPlane;
     OSErr error = CheckRequest(area, first, last);
     if (error == noErr) {
-        // An indexed picture's plane may be edited where it lies, so it is always a copy.
+        // The module edits the planes of an indexed picture in place, so it always gets a copy.
         if (picture.kind != Picture::Kind::indexed && first == 0 && last == PlaneCount() - 1)
             DeliverInPlace(area);
         else
@@ -205,7 +207,7 @@ void ExportHost::DeliverInPlace(const Rect& area) {
     record.returnedRowBytes = static_cast<std::int32_t>(rowBytes);
 }
 
-// Interleaves the planes asked for, from the picture's own pixels and its further channels.
+// Interleaves the requested planes of the picture's pixels and its channels.
 OSErr ExportHost::DeliverCopy(const Rect& area, short first, short last) {
     const auto rows = static_cast<std::size_t>(std::max(0, area.bottom - area.top));
     const std::size_t columns = static_cast<std::size_t>(area.right - area.left);

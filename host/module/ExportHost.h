@@ -12,16 +12,16 @@
 
 namespace gif89 {
 
-/// What an export is about.
+/// What is exported, and who answers the module's dialogs.
 struct ExportJob {
     const Picture& picture;
-    std::string documentName;              ///< the module proposes this name plus its suffix
+    std::string documentName;              ///< the module proposes this name and its suffix
     StandardFileResponder& files;          ///< answers the module's file dialogs
-    EventSource* events = nullptr;         ///< operates its other dialogs; null cancels them
+    EventSource* events = nullptr;         ///< operates the other dialogs; null cancels them
     std::int32_t bandBudget = kWholeImage; ///< bytes that one request may deliver
 
-    /// A budget that lets every pass over the picture run in one band. Rows between bands are never
-    /// asked for, so that hosts other than tests want no smaller one.
+    /// A budget with which every pass over the picture takes one band. With a smaller one the
+    /// module leaves out the rows between two bands, which only tests want.
     static constexpr std::int32_t kWholeImage = -1;
 };
 

@@ -10,7 +10,7 @@
 namespace gif89 {
 
 ExportModule::ExportModule(const std::string& path) {
-    // Local symbols: the module's `main` must not be taken for the program's.
+    // RTLD_LOCAL, so that the module's `main` cannot be mistaken for the program's.
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) throw Problem(std::string("cannot load the export module: ") + dlerror());
     entry = reinterpret_cast<Entry*>(dlsym(library, "main"));

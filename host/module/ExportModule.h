@@ -12,7 +12,8 @@ namespace gif89 {
 /// stays loaded for the life of the process; its resources are freed with this object.
 class ExportModule {
   public:
-    /// Throws Problem when the module, its entry or its resource file cannot be had.
+    /// Throws Problem when the module, its entry or its resource file is missing or cannot be
+    /// loaded.
     explicit ExportModule(const std::string& path);
     ExportModule(const ExportModule&) = delete;
     ExportModule& operator=(const ExportModule&) = delete;
@@ -23,7 +24,7 @@ class ExportModule {
         entry(selector, record, data, result);
     }
 
-    /// Where the module lies for the running program, in the build tree and when installed alike.
+    /// The module's path for the running program, in the build tree and in an installation.
     static std::string DefaultPath();
 
   private:

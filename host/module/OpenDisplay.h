@@ -5,9 +5,9 @@
 
 namespace gif89 {
 
-/// Loads the display's library, which lies beside the module, and opens the display. The library
-/// and the display stay to the end of the process. Throws Problem when no window can be had. Must
-/// be called from the main thread.
+/// Loads the display's library, which lies beside the module, and opens the display. Both stay open
+/// until the process ends. Throws Problem when there is no screen to show windows on. Must be
+/// called from the main thread.
 DisplayParts OpenDisplay();
 
 } // namespace gif89
