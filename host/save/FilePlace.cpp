@@ -23,8 +23,8 @@ bool IsLink(const FilePlace& place) {
            S_ISLNK(status.st_mode);
 }
 
-// The system refuses some links, for instance another user's in a folder for everyone; what it does
-// not follow is not followed here either. Only that nothing is there yet is no refusal.
+// The system refuses to follow some links, for instance another user's in a folder for everyone.
+// Such a link is not followed here either. A link whose target does not exist yet is not a refusal.
 std::string ReadLink(const FilePlace& place) {
     struct stat status;
     if (fstatat(place.folder.Get(), place.name.c_str(), &status, 0) != 0 && errno != ENOENT)
@@ -73,7 +73,7 @@ bool LeadToOneFile(const std::string& one, const std::string& other) {
     try {
         return Identify(FindPlace(one)) == Identify(FindPlace(other));
     } catch (const OutputProblem&) {
-        return false; // at least one of them leads nowhere
+        return false; // at least one of them cannot be reached
     }
 }
 

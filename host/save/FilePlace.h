@@ -17,9 +17,9 @@ struct FilePlace {
     std::string name; ///< empty where the path ends in a slash
 };
 
-/// Finds the place of a file, of any bytes and any length. A symbolic link stands for the place it
-/// leads to, whether anything is there or not. Throws OutputProblem when the folder cannot be
-/// reached, or the link not be followed.
+/// Finds the place of a file; its path may have any bytes and any length. A symbolic link stands
+/// for the place it leads to, whether a file exists there or not. Throws OutputProblem when the
+/// folder cannot be reached or the link cannot be followed.
 FilePlace FindPlace(const std::string& path);
 
 /// Tells places apart, however their paths are spelt.
@@ -31,8 +31,8 @@ struct PlaceId {
 };
 PlaceId Identify(const FilePlace& place);
 
-/// Whether both paths lead to one file or, where there is none yet, to one place. A character
-/// device is nobody's file, since what is written there replaces nothing.
+/// Whether both paths lead to the same file or, if it does not exist yet, to the same place. False
+/// for a character device, because writing there replaces nothing.
 bool LeadToOneFile(const std::string& one, const std::string& other);
 
 } // namespace gif89

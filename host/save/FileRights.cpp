@@ -16,7 +16,7 @@ namespace {
 
 using Bytes = std::vector<char>;
 
-// The value is read in one go; what is larger is not the system's.
+// The largest value that the system allows, so that one read is enough.
 Bytes ReadAttribute(int file, const char* name) {
     Bytes value(XATTR_SIZE_MAX);
     const ssize_t size = fgetxattr(file, name, value.data(), value.size());
@@ -24,7 +24,8 @@ Bytes ReadAttribute(int file, const char* name) {
     return value;
 }
 
-// What the new file has of its own stays, such as its type.
+// Copies the user's attributes. The new file keeps its value of those that it has already, such as
+// its type.
 void CopyUserAttributes(int from, int to) {
     if (flistxattr(from, nullptr, 0) <= 0) return;
     Bytes names(XATTR_LIST_MAX);
@@ -49,8 +50,8 @@ bool HandOnOwner(const struct stat& old, int newFile) {
 // which begin with its tag and its rights, two bytes each, the low one first.
 constexpr std::size_t kListHead = 4, kListEntry = 8, kRights = 2;
 
-// The members of another group than before were others, and the old group's are others now. So both
-// get what both had.
+// The new file has another group than the old one. Members of the new group used to be others, and
+// members of the old group are others now. So group and others get only the rights that both had.
 void NarrowList(Bytes& list) {
     char common = ACL_READ | ACL_WRITE | ACL_EXECUTE;
     const auto forEntries = [&list](int tags, auto act) {
@@ -67,8 +68,8 @@ mode_t NarrowMode(mode_t mode) {
     return (mode & 0700) | common << 3 | common;
 }
 
-// A new file may have got a list from its folder, which would let people in whom the old one did
-// not know.
+// A new file may have got a list from its folder, which could give rights to people who had none on
+// the old file.
 bool DropList(int file) {
     return fremovexattr(file, XATTR_NAME_POSIX_ACL_ACCESS) == 0 || errno == ENODATA ||
            errno == EOPNOTSUPP;
@@ -96,7 +97,7 @@ void HandOnRights(const OldFile& old, int newFile) {
     }
     mode_t mode = old.status.st_mode & 0777;
     if (!sameGroup) mode = NarrowMode(mode);
-    // A list that could not be read or kept may have forbidden what these bits allow.
+    // If the list could not be read or set, it may have forbidden what these bits allow.
     if (!DropList(newFile) || hasList != HasList::no) mode &= 0700;
     static_cast<void>(fchmod(newFile, mode));
 }

@@ -1,4 +1,4 @@
-// What a file hands on to the one that replaces it: owner, rights, and the user's own attributes.
+// Gives a new file the owner, rights and user attributes of the file that it replaces.
 #pragma once
 
 #include "Descriptor.h"
@@ -15,8 +15,8 @@ struct OldFile {
 
 /// Gives the new file what the old one has: the user's extended attributes, owner and group, and
 /// the rights, access control list included, each as far as the system allows. The bits that run
-/// a program as its file's owner are not handed on. Where something cannot be kept, nobody gets a
-/// right that he did not have.
+/// a program as its file's owner are not copied. When something cannot be kept, nobody gets a right
+/// on the new file that they did not have on the old one.
 ///
 /// @param newFile descriptor of a file of this process's user that nobody else has a right to yet
 void HandOnRights(const OldFile& old, int newFile);

@@ -20,8 +20,8 @@
 namespace gif89 {
 namespace {
 
-/// Answers the module's save dialog with a file that the host has open, and hands on the question
-/// for a file to open.
+/// Answers the module's save dialog with a file that the host has open. Questions for a file to
+/// open are passed on.
 class SaveDialog : public StandardFileResponder {
   public:
     explicit SaveDialog(StandardFileResponder* openDialog) : opener(openDialog) {}
@@ -35,17 +35,17 @@ class SaveDialog : public StandardFileResponder {
             reply->sfGood = 1;
             check->Begin(file);
         } catch (...) {
-            refusal = std::current_exception(); // the module only hears "cancelled"
+            refusal = std::current_exception(); // the module is told that the user cancelled
         }
     }
     void GetFile(FileFilterProc filter, StandardFileReply* reply) override {
         if (opener) opener->GetFile(filter, reply);
     }
 
-    FileCheck* check = nullptr; ///< set before the dialog comes up; follows the file
+    FileCheck* check = nullptr; ///< follows the file; set before the dialog comes up
     std::exception_ptr refusal;
     std::string target;          ///< what is written; empty until it is known
-    bool replacesSource = false; ///< it is the picture's own file
+    bool replacesSource = false; ///< the target is the file that the picture was read from
 
   protected:
     ~SaveDialog() override = default;
@@ -77,7 +77,7 @@ class SaveToFolder final : public SaveDialog {
     const SaveChecks& checks;
 };
 
-/// A stream gets its bytes only when they have been checked; until then they stay in memory.
+/// The output to a stream. The file stays in memory until it has been checked.
 class SaveToMemory final : public SaveDialog {
   public:
     using SaveDialog::SaveDialog;
@@ -117,7 +117,7 @@ class MappedFile {
     std::size_t size;
 };
 
-/// One picture's way into a file.
+/// Saves one picture.
 struct Export {
     const ExportModule& module;
     const Picture& picture;
@@ -126,7 +126,8 @@ struct Export {
     const SaveChecks& checks;
 };
 
-// A refusal of the save dialog is the better reason than the module's "cancelled".
+// If our answer to the save dialog was a refusal, its reason is thrown instead of the module's
+// "cancelled".
 void Run(const Export& job, SaveDialog& dialog) {
     try {
         ExportPicture(job.module, {job.picture, job.documentName, dialog, job.user.events});
@@ -141,7 +142,7 @@ CheckedGif RunChecked(const Export& job, SaveDialog& dialog) {
     const SaveChecks& checks = job.checks;
     FileCheck check(checks.original ? *checks.original : job.picture, job.picture,
                     checks.keepIndices);
-    dialog.check = &check; // which ends before the dialog closes its file
+    dialog.check = &check; // the check ends before the dialog closes its file
     Run(job, dialog);
     CheckedGif checked = check.Finish(job.user.palette ? *job.user.palette : PaletteKind::open);
     if (checks.accept) checks.accept(checked.report);
@@ -153,7 +154,7 @@ CheckedGif RunChecked(const Export& job, SaveDialog& dialog) {
     return checked;
 }
 
-// Runs the export and then the last step. What goes wrong with the written file is said of it.
+// Runs the export and then the last step. Problems with the written file name that file.
 template <typename LastStep>
 SavedGif Save(const Export& job, SaveDialog& dialog, const LastStep& lastStep) {
     try {

@@ -28,22 +28,22 @@ struct SavedGif : CheckedGif {
     std::string path; ///< empty for a descriptor
 };
 
-/// What is looked at on the way; each may throw Problem, and then nothing is written.
+/// The conditions of a save. Each function may throw Problem; then nothing is written.
 struct SaveChecks {
     const Picture* original = nullptr; ///< to compare with; null is the exported picture itself
-    bool keepIndices = false;          ///< in what is returned
+    bool keepIndices = false;          ///< whether the result has the file's indices
     /// The file that the picture was read from; it is not replaced where anything is lost.
     std::optional<FileId> source;
-    /// Asked with the target's path before anything is written there.
+    /// Called with the target's path before anything is written there.
     std::function<void(const std::string&)> mayWrite;
-    /// Asked before the finished file takes its place.
+    /// Called before the finished file takes its place.
     std::function<void(const ExportReport&)> accept;
 };
 
 /// Exports the picture under the document's name through the dialogs that `user` answers (the save
-/// dialog is answered here), decodes the file, compares and saves it. Throws
-/// Problem, OutputProblem where it is about the file; whatever fails, what was at the destination
-/// is whole and nothing else is left there.
+/// dialog is answered here), decodes the file, compares it with the picture and saves it. Throws
+/// Problem, or OutputProblem when it is about the file. After a failure the target is as it was, and
+/// nothing else is left in its folder.
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
                      const DialogUser& user, const SaveChecks& checks = {});

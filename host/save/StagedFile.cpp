@@ -19,8 +19,9 @@
 namespace gif89 {
 namespace {
 
-// Named files that a signal must remove. The handler may only read atomics and call unlinkat, so a
-// slot is filled before its name is set, and what both lead to outlives its stay here.
+// The staging files with names, which a signal must remove. The handler may only read atomics and
+// call unlinkat. So a slot gets its folder before its name, and what both point to stays valid
+// while they are here.
 struct Slot {
     std::atomic<const char*> name;
     std::atomic<int> folder;
@@ -37,7 +38,7 @@ int TakeSlot(int folder, const char* name) {
         slots[slot].name = name;
         return slot;
     }
-    return -1; // more files at once than anyone stages; the destructor still removes it
+    return -1; // all slots are in use; the destructor still removes the file
 }
 
 void FreeSlot(int slot) {
@@ -47,7 +48,7 @@ void FreeSlot(int slot) {
 void RemoveAndEnd(int signal) {
     for (const Slot& slot : slots)
         if (const char* name = slot.name.load()) unlinkat(slot.folder, name, 0);
-    // SA_RESETHAND has put the default action back.
+    // SA_RESETHAND has restored the default action.
     raise(signal);
 }
 
@@ -55,7 +56,7 @@ void RemoveAndEnd(int signal) {
     throw OutputProblem(what + ": " + SystemReason());
 }
 
-// A short name: the target's may already be as long as names can be.
+// A short name of its own, because the target's name may already have the maximum length.
 std::string MakeStagingName() {
     std::uint64_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) Fail("there are no random numbers");
@@ -64,9 +65,9 @@ std::string MakeStagingName() {
     return name;
 }
 
-// Holds back the signals of this thread while it exists, because a commit may take two steps,
-// between which the file lies there under another name. One that came meanwhile acts at its end;
-// only SIGKILL and SIGSTOP do not wait.
+// Blocks the signals of this thread during its life, because a commit may take two steps, between
+// which the file lies in the folder under its staging name. A signal that comes meanwhile is
+// handled afterwards; only SIGKILL and SIGSTOP cannot be blocked.
 class SignalsWait {
   public:
     SignalsWait() {
@@ -82,15 +83,15 @@ class SignalsWait {
     sigset_t before;
 };
 
-// The way to a file without a name, where the system shows descriptors as paths.
+// The path of an open file without a name, on systems that show descriptors as paths.
 std::string PathOfDescriptor(int descriptor) {
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
 constexpr char kNotInPlace[] = "the finished file cannot be put in place";
 
-// The file that is in the place, if one is. Only files are opened, since opening a device may be
-// an order to it.
+// The file that is at the place, if there is one. Only regular files are opened, because opening a
+// device may make it do something.
 std::optional<OldFile> LookAtOldFile(const FilePlace& place) {
     const int folder = place.folder.Get();
     const char* const name = place.name.c_str();
@@ -101,14 +102,14 @@ std::optional<OldFile> LookAtOldFile(const FilePlace& place) {
     }
     if (S_ISREG(old.status.st_mode))
         old.file = Descriptor(openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (old.file.IsOpen()) fstat(old.file.Get(), &old.status); // another one may be there by now
+    if (old.file.IsOpen()) fstat(old.file.Get(), &old.status); // the name may lead elsewhere by now
     if (S_ISDIR(old.status.st_mode)) throw OutputProblem("is a folder; a file name was expected");
     if (!S_ISREG(old.status.st_mode))
         throw OutputProblem("is a pipe or a device, which no file replaces");
     return old;
 }
 
-// Some file systems know no such order, and say so.
+// Forces a file or folder to the disk. File systems that cannot do that say so, which is no error.
 void ForceToDisk(int file) {
     if (fdatasync(file) != 0 && errno != EINVAL) Fail("the finished file cannot be stored");
 }
@@ -127,7 +128,7 @@ StagedFile::StagedFile(const std::string& targetPath, Existing whatExists, Stagi
     const bool replaces = LookAtOldFile(place).has_value();
     if (replaces && existing == Existing::keep)
         throw OutputProblem("exists already", ProblemKind::fileExists);
-    // Until a new file gets an old one's rights, it is nobody else's.
+    // Only the owner may read the new file until it has the rights of the old one.
     const mode_t mode = replaces ? 0600 : 0666;
     if (staging == Staging::nameless) CreateNameless(mode);
     if (!file.IsOpen()) CreateNamed(mode);
@@ -140,7 +141,7 @@ StagedFile::~StagedFile() {
 
 void StagedFile::CreateNameless(mode_t mode) {
     file = Descriptor(openat(place.folder.Get(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
-    // It could not be given a name later where descriptors have no paths.
+    // Without paths for descriptors the file could not get a name later.
     if (file.IsOpen() && access(PathOfDescriptor(file.Get()).c_str(), F_OK) != 0)
         file = Descriptor();
 }
@@ -164,7 +165,7 @@ void StagedFile::TakeStagingName() {
 
 void StagedFile::Commit(Sync sync) {
     while (!TryToCommit(sync)) {
-        // Somebody made the target since we looked.
+        // Another program has created the target since we looked.
     }
     if (sync == Sync::everything) ForceFolderToDisk(place);
 }
@@ -185,8 +186,8 @@ bool StagedFile::TryToCommit(Sync sync) {
     return true;
 }
 
-// A file without a name can take a free place at once but not another's; it needs a name of its
-// own for a moment.
+// A file without a name can be linked to a free name directly, but it cannot replace another file.
+// For that it needs a staging name first.
 void StagedFile::Replace() {
     if (stagingName.empty()) {
         TakeStagingName();
@@ -199,7 +200,7 @@ void StagedFile::Replace() {
         Fail(kNotInPlace);
 }
 
-// False when the place is not free any more, and the file there may be replaced.
+// Returns false when the place is not free any more and the file there may be replaced.
 bool StagedFile::PutInFreePlace() {
     const int folder = place.folder.Get();
     const char* const name = place.name.c_str();
@@ -210,7 +211,7 @@ bool StagedFile::PutInFreePlace() {
     } else {
         failed = renameat2(folder, stagingName.c_str(), folder, name, RENAME_NOREPLACE);
         if (failed && (errno == EINVAL || errno == ENOSYS)) {
-            // Not every file system can rename without replacing; a second name says the same.
+            // Some file systems cannot rename without replacing; a second link has the same effect.
             failed = linkat(folder, stagingName.c_str(), folder, name, 0);
             if (!failed) unlinkat(folder, stagingName.c_str(), 0);
         }

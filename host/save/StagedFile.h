@@ -10,15 +10,15 @@ namespace gif89 {
 /// Whether an existing file may give way.
 enum class Existing : bool { keep, replace };
 
-/// Which files are forced to the disk before they take their place: those that replace another,
-/// which would else be lost with it when the machine fails, or all of them and their folder too.
+/// Which files are forced to the disk before they take their place: only those that replace another
+/// file, because both could be lost when the machine fails, or all of them, with their folder.
 enum class Sync : bool { replacements, everything };
 
-/// A new file on its way to its target. Until it is committed it has no name, so that nothing is
-/// left when the process ends, however it does; on file systems without such files it has one of
-/// its own beside the target, which is removed with the object and by the signals below. A commit
-/// may be two steps of the system; only SIGKILL or a failing machine comes between them, and leaves
-/// the file under its staging name beside what was there. Every failure is an OutputProblem.
+/// A new file that is to take the place of its target. Until it is committed it has no name, so
+/// that nothing is left in whatever way the process ends. On file systems without such files it has
+/// a staging name beside the target, which is removed by the destructor and by the signals below. A
+/// commit may take two steps of the system. If SIGKILL or a failing machine comes between them, the
+/// file stays under its staging name beside the old one. Every failure is an OutputProblem.
 class StagedFile {
   public:
     enum class Staging : bool { nameless, named };
@@ -26,7 +26,7 @@ class StagedFile {
     /// Creates the file, empty. A target that is a symbolic link stands for the place it leads to,
     /// whether a file is there or not. Throws when the target is a folder, a pipe or a device, its
     /// folder does not exist or cannot be written, or it exists and must be kept. `staging` can
-    /// only ask for less.
+    /// demand a file with a name even where one without a name is possible.
     StagedFile(const std::string& targetPath, Existing whatExists,
                Staging staging = Staging::nameless);
     StagedFile(const StagedFile&) = delete;
@@ -36,9 +36,9 @@ class StagedFile {
     int FileDescriptor() const { return file.Get(); } ///< open for reading and writing
     const std::string& Target() const { return place.path; }
 
-    /// Puts the file in the target's place. A file that is replaced hands on its rights
-    /// (FileRights.h). Throws with the target as it was; only when its folder cannot be forced to
-    /// the disk, the file is in its place already.
+    /// Puts the file in the target's place, with the rights of the file that it replaces
+    /// (FileRights.h). When this throws, the target is as it was, except that a failure to force
+    /// the folder to the disk comes after the file has taken its place.
     void Commit(Sync sync = Sync::replacements);
 
   private:
@@ -56,9 +56,9 @@ class StagedFile {
     int cleanupSlot = -1;
 };
 
-/// Prepares a program's signals for saving: the usual ones that end a process remove the
-/// staged files first (unless they are ignored), and a file that grows past the user's limit is an
-/// error of the write instead of a signal.
+/// Prepares a program's signals for saving. The usual signals that end a process remove the staging
+/// files first, unless they are ignored. A file that grows past the user's limit becomes an error
+/// of the write instead of a signal.
 void HandleSignalsWhileSaving();
 
 } // namespace gif89
