@@ -10,7 +10,7 @@ std::uint8_t* Plane::At(int row, int column) const {
 }
 
 void FillAround(const Plane& plane, const Frame& frame, std::uint8_t value) {
-    // Row by row the gap from where the frame last ended to where it begins again.
+    // Fills the gap between the end of the frame in one row and its beginning in the next.
     std::uint8_t* free = plane.bytes;
     for (int row = frame.top; row < frame.top + frame.rows; ++row) {
         std::fill(free, plane.At(row, frame.left), value);

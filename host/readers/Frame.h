@@ -5,7 +5,7 @@
 
 namespace gif89 {
 
-/// Lies inside the picture.
+/// A rectangle inside the picture.
 struct Frame {
     int left = 0, top = 0;
     int columns = 0, rows = 0;
@@ -15,7 +15,7 @@ struct Frame {
     }
 };
 
-/// A plane of rows x columns pixels without padding, which somebody else owns.
+/// A plane of rows x columns pixels without padding. Does not own it.
 struct Plane {
     std::uint8_t* bytes;
     int rows, columns;

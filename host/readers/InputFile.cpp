@@ -25,7 +25,7 @@ InputProblem SystemProblem(const char* what) {
 } // namespace
 
 InputFile InputFile::Open(const std::string& path) {
-    // By way of its folder, since a path may be longer than the system takes at once.
+    // Opened through its folder, because the whole path may be longer than the system accepts.
     const std::size_t slash = path.rfind('/');
     const Descriptor folder =
         OpenFolder(slash == std::string::npos ? "." : path.substr(0, slash + 1));
@@ -65,7 +65,7 @@ std::size_t InputFile::Read(std::uint8_t* bytes, std::size_t count) {
     std::size_t done = 0;
     while (done < count) {
         const std::size_t wanted = count - done;
-        if (next == filled && wanted >= buffer.size()) { // straight to where it belongs
+        if (next == filled && wanted >= buffer.size()) { // read without the buffer
             const std::size_t got = ReadFromSystem(bytes + done, wanted);
             if (got == 0) break;
             done += got;
@@ -95,7 +95,7 @@ std::span<const std::uint8_t> InputFile::ReadAvailable() {
 std::vector<std::uint8_t> InputFile::ReadRest(std::size_t mostBytes) {
     std::vector<std::uint8_t> bytes;
     try {
-        // The size is a hint that spares copies; a pipe has none, and a file may grow meanwhile.
+        // The size of the file only saves copies: a pipe has none, and a file may grow meanwhile.
         struct stat status = {};
         if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
             bytes.reserve(std::min(static_cast<std::size_t>(status.st_size), mostBytes));
@@ -110,7 +110,7 @@ std::vector<std::uint8_t> InputFile::ReadRest(std::size_t mostBytes) {
     return bytes;
 }
 
-// Appends to what the buffer holds, as much as one system call brings; false at the end.
+// Appends what one system call reads to the buffer. Returns false at the end of the file.
 bool InputFile::Fill() {
     std::memmove(buffer.data(), buffer.data() + next, filled - next);
     filled -= next;
@@ -121,7 +121,7 @@ bool InputFile::Fill() {
 }
 
 std::size_t InputFile::ReadFromSystem(std::uint8_t* bytes, std::size_t count) {
-    if (atEnd) return 0; // a terminal would ask again
+    if (atEnd) return 0; // reading again from a terminal would wait for more input
     const ssize_t got = ReadSome(descriptor, bytes, count);
     if (got < 0) throw SystemProblem("cannot be read");
     atEnd = got == 0;

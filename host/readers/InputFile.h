@@ -11,15 +11,15 @@
 
 namespace gif89 {
 
-/// The system's own reason why a file cannot be read, as opposed to what stands in it.
+/// A file cannot be read, for a reason of the system and not because of its content.
 class InputProblem : public Problem {
   public:
     using Problem::Problem;
 };
 
-/// Bytes in order, buffered, without seeking, so that a pipe does as well as a file. Every member
-/// that reads throws InputProblem with the system's reason when the system reports an error; an
-/// error is never taken for the end of the file.
+/// Reads bytes in order, buffered and without seeking, so that a pipe can be read like a file.
+/// Every member that reads throws InputProblem with the system's reason when the system reports an
+/// error; an error is never taken for the end of the file.
 class InputFile {
   public:
     /// How many bytes Peek shows.
@@ -54,7 +54,8 @@ class InputFile {
     /// Problem when there is more than `mostBytes` of it or not enough memory.
     std::vector<std::uint8_t> ReadRest(std::size_t mostBytes = kMostBytes);
 
-    /// A file of the largest picture we take, stored plainly with four samples a pixel.
+    /// The size of a file with the largest picture that we accept, four samples a pixel,
+    /// uncompressed.
     static constexpr std::size_t kMostBytes = std::size_t{1} << 32;
 
   private:

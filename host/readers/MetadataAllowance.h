@@ -1,4 +1,4 @@
-// One limit on what a picture file's texts and profiles may take in memory.
+// One limit on the memory that the texts and profiles of a picture file may take.
 #pragma once
 
 #include "Problem.h"
@@ -7,13 +7,13 @@
 
 namespace gif89 {
 
-/// Counts the bytes that a reader takes for the texts and profiles of one file, copies that a
-/// library makes of them included. A few bytes of a file can stand for many of these.
+/// Counts the bytes of memory that a reader takes for the texts and profiles of one file, copies by
+/// a library included. Compressed, they may be only a few bytes of the file.
 class MetadataAllowance {
   public:
     static constexpr std::size_t kMegabytes = 32;
 
-    /// Throws Problem when the file has had its share.
+    /// Throws Problem when the limit is exceeded.
     void Take(std::size_t bytes) {
         if (bytes > left)
             throw Problem("has more than " + std::to_string(kMegabytes) +

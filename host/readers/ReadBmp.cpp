@@ -17,8 +17,8 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t kInfo = 14;              // where the second header starts, behind the file's
 constexpr std::uint32_t kOldestInfoBytes = 12; // the only version with words for sides
-constexpr std::uint32_t kShortestInfoBytes = 16; // of the others; fields may be cut off
-constexpr std::uint32_t kAlphaInfoBytes = 56;    // from here on with a mask for alpha
+constexpr std::uint32_t kShortestInfoBytes = 16; // of the later versions; the rest is optional
+constexpr std::uint32_t kAlphaInfoBytes = 56;    // headers of this size have a mask for opacity
 constexpr std::uint32_t kVersion5InfoBytes = 124;
 constexpr std::uint32_t kEmbeddedProfile = 0x4D424544; // 'MBED'
 constexpr std::uint32_t kLinkedProfile = 0x4C494E4B;   // 'LINK', in a file of its own
@@ -38,7 +38,7 @@ struct Header {
     bool topDown = false;
     int bits = 0; // of a pixel
     std::uint32_t compression = kPlain;
-    std::uint32_t colors = 0; // in the table; 0 for as many as there can be
+    std::uint32_t colors = 0; // in the table; 0 means as many as the pixels can refer to
 
     bool HasTable() const { return bits <= 8; }
     std::size_t RowBytes() const {
@@ -53,7 +53,7 @@ struct Mask {
     int Shift() const { return std::countr_zero(bits); }
     std::uint64_t Maximum() const { return bits >> Shift(); }
 };
-using Masks = std::array<Mask, 4>; // red, green, blue, alpha; no bits for none
+using Masks = std::array<Mask, 4>; // red, green, blue, opacity; 0 bits: the sample is not there
 
 Problem DamageProblem(const std::string& what) {
     return Problem("is a damaged BMP picture: " + what);
@@ -136,7 +136,7 @@ Masks ReadMasks(const Bytes& file, const Header& header) {
     return masks;
 }
 
-/// The bytes of a stored row, the first of which may be the picture's last.
+/// The bytes of a row of the picture. Files store the rows from the bottom up or from the top down.
 const std::uint8_t* StoredRow(const Bytes& file, const Header& header, int row) {
     const auto place = static_cast<std::size_t>(header.topDown ? row : header.rows - 1 - row);
     return file.data() + header.firstPixel + place * header.RowBytes();
@@ -205,7 +205,7 @@ class RunReader {
     void Read() {
         while (ReadRun()) {
         }
-        SkipTo(picture.rows, 0); // only now, so that a small damaged file costs no memory
+        SkipTo(picture.rows, 0); // after the runs, so that a small damaged file costs no memory
     }
 
   private:
@@ -219,7 +219,7 @@ class RunReader {
         if (next >= file.size()) throw EndProblem();
         return file[next++];
     }
-    // Of a byte that stands for one pixel or, high bits first, for two.
+    // An index from a byte that holds one pixel or, high bits first, two.
     int IndexOf(int byte, int n) const {
         if (header.compression == kRuns8) return byte;
         return n % 2 == 0 ? byte >> 4 : byte & 15;
@@ -228,11 +228,12 @@ class RunReader {
     const Bytes& file;
     const Header& header;
     Picture& picture;
-    std::size_t next;        // byte in the file
-    int row = 0, column = 0; // of the next pixel, in the order of the file
+    std::size_t next;        // offset of the next byte in the file
+    int row = 0, column = 0; // place of the next pixel, rows in the order of the file
 };
 
-// A count and what to repeat, or 0 and a code. False at the end of the picture.
+// Reads one run: a count and the byte to repeat, or 0 and a code. Returns false at the end of the
+// picture.
 bool RunReader::ReadRun() {
     const bool isWhole =
         row >= picture.rows || (row == picture.rows - 1 && column == picture.columns);
@@ -267,7 +268,7 @@ bool RunReader::ReadEscape(int code) {
     }
 }
 
-// As many pixels as they are, up to a whole word.
+// Reads pixels that are stored without repetition and padded to a whole word.
 void RunReader::ReadPixels(int count) {
     const std::size_t first = next;
     const int perByte = header.compression == kRuns8 ? 1 : 2;
@@ -283,7 +284,7 @@ std::uint8_t* RunReader::Place() const {
     return picture.pixels.get() + place * picture.RowBytes() + column;
 }
 
-// There are writers that pack the bytes that pad a row as well; they are dropped.
+// Some writers also pack the padding at the end of a row. Such pixels past the row are dropped.
 void RunReader::Put(int index) {
     if (row >= picture.rows) throw DamageProblem("a run leaves the picture");
     if (column < picture.columns) {
@@ -304,7 +305,8 @@ void RunReader::SkipTo(int toRow, int toColumn) {
 
 void SetTable(const Bytes& file, const Header& header, Picture& picture) {
     const std::size_t first = kInfo + std::size_t{header.infoBytes};
-    // Files of the oldest version may leave out the last entries without saying so.
+    // Files of the oldest version may have fewer entries than the pixels can refer to, and do not
+    // state the number.
     const std::size_t room = (header.firstPixel - first) / header.EntryBytes();
     const std::size_t most = std::min<std::size_t>(std::size_t{1} << header.bits, room);
     const std::size_t colors =

@@ -16,8 +16,8 @@ namespace gif89 {
 /// file of its own is unusable. Throws Problem for input that is cut short or damaged; that only
 /// the end of the runs is missing is a warning in the notes. Bytes after the end are ignored.
 ///
-/// No library serves here: those at hand give up the indices of some pictures, stop short of full
-/// white for narrow samples, or take missing pixels for black ones.
+/// This is code of our own because the libraries at hand lose the indices of some pictures, do not
+/// reach full white for narrow samples, or turn missing pixels into black ones.
 /// Source: the bitmap structures of the Windows GDI.
 Picture ReadBmp(InputFile& input);
 

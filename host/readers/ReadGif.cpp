@@ -17,7 +17,7 @@ namespace gif89 {
 
 namespace {
 
-/// Damage of the file, which may lie behind the first picture.
+/// The file is damaged. If the damage is behind the first picture, it is only a warning.
 class DamageProblem : public Problem {
   public:
     explicit DamageProblem(const std::string& theDamage)
@@ -28,7 +28,7 @@ class DamageProblem : public Problem {
     std::string damage;
 };
 
-/// One reading.
+/// Reads one file.
 class GifReader {
   public:
     explicit GifReader(InputFile& file);
@@ -58,11 +58,11 @@ class GifReader {
 
     InputFile& input;
     GifFileType* gif = nullptr;
-    std::exception_ptr inputProblem; // thrown by the file, carried around giflib
+    std::exception_ptr inputProblem; // thrown by the file; must not pass through giflib's frames
 
     Frame frame; // of the first picture
     int transparentIndex = -1;
-    int background = -1; // index for pixels around the frame, if the picture's table has one
+    int background = -1; // index of the pixels around the frame; -1 when the table has none
     int pictures = 0;
     bool isFirstRead = false;
     Picture picture;
@@ -80,8 +80,8 @@ int GifReader::OnRead(GifFileType* gif, GifByteType* bytes, int count) {
     return static_cast<GifReader*>(gif->UserData)->Fetch(bytes, static_cast<std::size_t>(count));
 }
 
-// Where the file ends within the first picture, giflib is told that no block follows. It complains
-// where it still needs one.
+// When the file ends within the first picture, giflib gets an empty block, which ends the data. If
+// pixels are missing, it complains itself.
 int GifReader::Fetch(std::uint8_t* bytes, std::size_t count) noexcept {
     try {
         const std::size_t got = input.Read(bytes, count);
@@ -103,7 +103,7 @@ void GifReader::Check(int status) const {
 void GifReader::Fail(int error) const {
     if (inputProblem) std::rethrow_exception(inputProblem);
     if (error == D_GIF_ERR_NOT_ENOUGH_MEM) throw std::bad_alloc();
-    // What the library reports of a read that brings less than asked for.
+    // The codes with which the library reports a read that got fewer bytes than it asked for.
     constexpr int kEarlyEnds[] = {D_GIF_ERR_READ_FAILED, D_GIF_ERR_NO_SCRN_DSCR};
     if (std::find(std::begin(kEarlyEnds), std::end(kEarlyEnds), error) != std::end(kEarlyEnds))
         throw DamageProblem(isFirstRead ? "its end is missing"
@@ -202,7 +202,7 @@ void GifReader::ReadRows() {
             Check(DGifGetLine(gif, Indices().At(frame.top + row, frame.left), frame.columns));
 }
 
-// The data blocks are walked through, which finds out whether the file goes on.
+// Skips the data blocks of a further picture, which shows whether the file goes on.
 void GifReader::SkipPicture() {
     int codeSize = 0;
     GifByteType* block = nullptr;
@@ -220,12 +220,12 @@ void GifReader::CheckIndices() {
         if (found[index] && index != transparentIndex)
             throw DamageProblem("a pixel has colour " + std::to_string(index) + " of a table of " +
                                 std::to_string(picture.colors));
-    // A transparent index needs no color and is found past the table at times.
+    // A transparent index needs no colour and may be past the end of the table.
     if (transparentIndex >= picture.colors && (found[transparentIndex] || !IsFilled()))
         picture.colors = transparentIndex + 1;
 }
 
-// Only when the first picture is found sound, so that a small damaged one does not cost the memory
+// Done after the first picture has been read, so that a small damaged file does not cost the memory
 // of a large screen.
 void GifReader::Finish() {
     const int filler = transparentIndex >= 0 ? transparentIndex : std::max(background, 0);

@@ -17,7 +17,7 @@
 #include <string_view>
 #include <utility>
 
-#include <jpeglib.h> // wants <cstdio> before
+#include <jpeglib.h> // needs <cstdio> before it
 
 #include <jerror.h>
 
@@ -25,23 +25,23 @@ namespace gif89 {
 
 namespace {
 
-// A progressive picture of a few kilobytes can ask for thousands of walks over a huge picture.
+// A progressive file of a few kilobytes can demand thousands of passes over a huge picture.
 constexpr int kMostScans = 500;
 
-// What the library may hold of a picture that comes in several scans before its first row.
+// The most memory that the library may use for a picture in several scans before its first row.
 constexpr std::uint64_t kMostCoefficientBytes = std::uint64_t{1} << 31;
 
-// Complaints that leave the pixels as they were meant. Cameras are fond of padding.
+// Complaints that do not affect the pixels. Many cameras write padding.
 constexpr int kHarmlessWarnings[] = {JWRN_ADOBE_XFORM, JWRN_JFIF_MAJOR, JWRN_EXTRANEOUS_DATA,
                                      JWRN_TOO_MUCH_DATA, JWRN_BOGUS_ICC};
 
 constexpr char kEndsEarly[] = "the file ends before the picture does";
 
-// Markers beside those that make up the picture.
+// Markers that do not belong to the picture itself.
 constexpr int kExifMarker = JPEG_APP0 + 1, kProfileMarker = JPEG_APP0 + 2;
 
-/// One reading. libjpeg reports errors by a jump back into Guard; so whatever owns memory is a
-/// member, and the frames that a jump leaves hold only trivial objects.
+/// Reads one file. libjpeg reports errors by a jump back into Guard. Therefore everything that owns
+/// memory is a member, and the functions that a jump leaves have only trivial objects.
 class JpegReader {
   public:
     explicit JpegReader(InputFile& file) : input(file) {}
@@ -83,7 +83,7 @@ class JpegReader {
     std::jmp_buf jump = {};
     char reason[JMSG_LENGTH_MAX] = "";
     bool outOfMemory = false;
-    std::exception_ptr problem; // thrown by what libjpeg called, carried around it
+    std::exception_ptr problem; // thrown by a callback; must not pass through libjpeg's frames
     MetadataAllowance allowance;
     void* (*allocate)(j_common_ptr, int, std::size_t) = nullptr; // the library's own
     bool inPixels = false;
@@ -136,8 +136,8 @@ void JpegReader::OnProgress(j_common_ptr common) {
     if (reader.decoder.input_scan_number > kMostScans) reader.Jump("it has more than 500 scans");
 }
 
-// The library fetches more bits than it needs, so a file without its end marker is given one: where
-// bits are missing in fact it complains.
+// The library reads ahead, so a file without its end marker is given one. If bits of the picture
+// are missing, the library complains itself.
 boolean JpegReader::OnEmpty(j_decompress_ptr decoder) {
     static constexpr JOCTET kEnd[] = {0xFF, JPEG_EOI};
     JpegReader& reader = ReaderOf(reinterpret_cast<j_common_ptr>(decoder));
@@ -172,7 +172,7 @@ bool JpegReader::Fetch() noexcept {
     }
 }
 
-// The library has smaller blocks and those for samples made elsewhere; these are for saved markers.
+// Counts large blocks, which the library allocates for saved markers.
 void* JpegReader::OnAllocate(j_common_ptr common, int pool, std::size_t size) {
     JpegReader& reader = ReaderOf(common);
     if (!reader.Allow(size)) reader.Jump("");
@@ -195,7 +195,7 @@ Picture JpegReader::Read() {
     MakeTarget();
     ReadRows();
     picture.notes.orientation = Orientation();
-    picture.comment = Comment(); // both are forgotten by the next step
+    picture.comment = Comment(); // the next step of the library frees the markers
     ReadEnd();
     return std::move(picture);
 }
@@ -244,7 +244,8 @@ void JpegReader::ReadHeader() {
     decoder.do_fancy_upsampling = TRUE;
 }
 
-// A picture in several scans is kept whole as coefficients, of two bytes each, until the last one.
+// Until the last of several scans has been read, the whole picture is kept as coefficients of two
+// bytes each.
 void JpegReader::CheckCoefficients() {
     if (jpeg_has_multiple_scans(&decoder) == 0) return;
     std::uint64_t bytes = 0;
@@ -270,7 +271,7 @@ void JpegReader::MakeTarget() {
     if (grey) SetGreyRamp(picture, 256);
     if (decoder.out_color_space != JCS_CMYK) return;
     inks.resize(std::size_t{4} * decoder.image_width);
-    // Pictures with the Adobe marker store the paper that is left, the others the ink.
+    // Pictures with the Adobe marker store 255 minus the ink, the others the ink.
     inkConverter.emplace(picture.notes,
                          decoder.saw_Adobe_marker ? InkStorage::paper : InkStorage::ink);
 }
@@ -297,8 +298,9 @@ void JpegReader::ReadRows() {
     });
 }
 
-// A progressive file that ends between two scans would give a coarser picture, and not a word of
-// it. Where arithmetic codes end, zeros go on that are not stored, so that nothing is ever missing.
+// A progressive file that ends between two scans would give a coarser picture, and the library
+// would not complain. With arithmetic coding there is no telling, because zeros at the end of the
+// codes need not be stored; such a file counts as incomplete.
 bool JpegReader::AreScansComplete() {
     if (decoder.arith_code != 0) return false;
     if (jpeg_has_multiple_scans(&decoder) == 0) return true;
@@ -325,7 +327,7 @@ int JpegReader::Orientation() const {
     for (jpeg_saved_marker_ptr marker = decoder.marker_list; marker; marker = marker->next) {
         const std::span<const std::uint8_t> block(marker->data, marker->data_length);
         const std::string_view text(reinterpret_cast<const char*>(block.data()), block.size());
-        // Other things come in markers of the same number.
+        // Markers of the same number are used for other things as well.
         if (marker->marker == kExifMarker && text.starts_with(std::string_view("Exif\0\0", 6)))
             return ExifOrientation(block);
     }

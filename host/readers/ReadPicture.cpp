@@ -37,7 +37,7 @@ constexpr Format kFormats[] = {{"\x89PNG\r\n\x1a\n", "", ReadPng},
                                {"BM", "", ReadBmp},
                                {"P5", " \t\n\v\f\r#", ReadPnm},
                                {"P6", " \t\n\v\f\r#", ReadPnm},
-                               {"P7", "\n", ReadPnm}}; // "P7 332" is something else
+                               {"P7", "\n", ReadPnm}}; // "P7 332" begins files of another format
 
 bool Matches(const Format& format, std::string_view start) {
     const auto fits = [](char wanted, char byte) { return wanted == '?' || wanted == byte; };

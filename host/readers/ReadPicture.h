@@ -1,4 +1,4 @@
-// Reads a picture of any format that we know.
+// Reads a picture of any supported format.
 #pragma once
 
 #include "InputFile.h"
@@ -6,12 +6,12 @@
 
 namespace gif89 {
 
-/// Whether a picture that the file declares turned is turned upright.
+/// Whether a picture that the file declares to be turned is turned upright.
 enum class Orientation : bool { asStored, upright };
 
-/// Reads a picture, its format told by the first bytes alone; brings its colours to sRGB with the
-/// profile in the file, then turns it upright if asked. Throws Problem for an empty input, an
-/// unknown content and whatever the format's own reader refuses.
+/// Reads a picture. The first bytes alone decide on its format. Its colours are converted to sRGB
+/// with the profile in the file, and it is turned upright if wanted. Throws Problem for an empty
+/// input, for an unknown format and for everything that the format's reader refuses.
 Picture ReadPicture(InputFile& input, Orientation orientation = Orientation::upright);
 
 } // namespace gif89

@@ -23,11 +23,11 @@ namespace gif89 {
 
 namespace {
 
-// Chunks that libpng 1.6 knows nothing of: the animation, and colours by number.
+// Chunks that libpng 1.6 does not know: those of an animation, and colours as code points.
 constexpr png_byte kFurtherChunks[] = "acTL\0fcTL\0cICP";
 constexpr int kFurtherChunkCount = 3;
 
-/// Which pixels of the picture one pass brings.
+/// The pixels of the picture that one pass holds.
 struct Grid {
     int firstRow, firstColumn, rowStep, columnStep;
 };
@@ -35,12 +35,12 @@ constexpr Grid kWholePicture[] = {{0, 0, 1, 1}};
 constexpr Grid kAdam7[] = {{0, 0, 8, 8}, {0, 4, 8, 8}, {4, 0, 8, 4}, {0, 2, 4, 4},
                            {2, 0, 4, 2}, {0, 1, 2, 2}, {1, 0, 2, 1}};
 
-/// What becomes of a colour type.
+/// How pictures of a colour type are stored.
 struct ColorForm {
     int type;
     Picture::Kind kind;
     int samples;             // in the file
-    int from[4];             // the file's sample for each byte of a pixel; -1 for opacity by colour
+    int from[4];             // the file's sample for each byte of a pixel; -1: opacity by colour
     Picture::Kind keyedKind; // the kind when one colour is declared transparent
 };
 using enum Picture::Kind;
@@ -59,8 +59,8 @@ std::uint8_t ReduceTo8Bits(unsigned sample) {
     return static_cast<std::uint8_t>((sample * 255 + 32767) / 65535);
 }
 
-/// One reading. libpng reports errors by a jump back into Guard; so whatever owns memory is a
-/// member, and the frames that a jump leaves hold only trivial objects.
+/// Reads one file. libpng reports errors by a jump back into Guard. Therefore everything that owns
+/// memory is a member, and the functions that a jump leaves have only trivial objects.
 class PngReader {
   public:
     explicit PngReader(InputFile& file);
@@ -102,17 +102,17 @@ class PngReader {
     png_structp png = nullptr;
     png_infop info = nullptr;
     char reason[200] = "";
-    bool atEnd = false;         // the file ended where libpng wanted more
-    std::exception_ptr problem; // thrown by what libpng called, carried around it
-    // libpng asks for little else, and for the rest of it once.
+    bool atEnd = false;         // the file ended where libpng needed more
+    std::exception_ptr problem; // thrown by a callback; must not pass through libpng's frames
+    // Counts what libpng allocates for texts and profiles. It allocates little else, and that once.
     MetadataAllowance allowance;
 
     png_uint_32 columns = 0, rows = 0;
     int depth = 0, colorType = 0;
     bool interlaced = false;
-    bool colorsDoubted = false; // what the file says of its colours is damaged
+    bool colorsDoubted = false; // a chunk that describes the colours is damaged
     const ColorForm* form = nullptr;
-    bool keyed = false;          // pixels of color `key` are transparent
+    bool keyed = false;          // pixels of the colour `key` are transparent
     unsigned key[3] = {};        // at full depth
     std::uint8_t opacityOf[256]; // by index, for indexed pictures of up to 8 bits
     Picture picture;
@@ -147,9 +147,9 @@ void PngReader::OnError(png_structp png, png_const_charp message) {
     png_longjmp(png, 1);
 }
 
-// Warnings open with the name of the chunk. The library drops a damaged profile, and one that is
-// not for the picture's color type. It would do without a text that there is no memory for, and
-// unpack the next one in vain.
+// Warnings begin with the name of the chunk. The library leaves out a damaged profile, and one that
+// does not fit the picture's colour type. Without memory for a text it would leave that out as well
+// and go on to unpack the next one, so this ends the reading.
 void PngReader::OnWarning(png_structp png, png_const_charp message) {
     auto* reader = static_cast<PngReader*>(png_get_error_ptr(png));
     if (reader->problem) png_longjmp(png, 1);
@@ -161,8 +161,8 @@ png_voidp PngReader::OnAllocate(png_structp png, png_alloc_size_t size) {
     return static_cast<PngReader*>(png_get_mem_ptr(png))->Allocate(size);
 }
 
-// The length of a chunk alone can make libpng ask for, and clear, 2 gigabytes; its own limit only
-// warns.
+// The stated length of a chunk can make libpng allocate and clear 2 gigabytes, and its own limit
+// leads only to a warning.
 void* PngReader::Allocate(std::size_t size) noexcept {
     try {
         allowance.Take(size);
@@ -208,11 +208,11 @@ Picture PngReader::Read() {
 void PngReader::ReadHeader() {
     Guard([this] {
         png_set_read_fn(png, this, OnRead);
-        // Sides are left to MakePicture, which says more than libpng would. Nothing before it
-        // asks for memory by the size of the picture.
+        // The sides are checked by MakePicture, whose message is clearer than libpng's. Until then
+        // no memory is allocated for pixels.
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-        png_set_chunk_malloc_max(png, MetadataAllowance::kMegabytes << 20); // unpacked
-        // By default a damaged tRNS is skipped, and the picture loses its transparency unseen.
+        png_set_chunk_malloc_max(png, MetadataAllowance::kMegabytes << 20); // of an unpacked chunk
+        // By default libpng skips a damaged tRNS, and the picture silently loses its transparency.
         png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, kFurtherChunks,
                                     kFurtherChunkCount);
@@ -248,7 +248,7 @@ void PngReader::SetTable() {
         return;
     }
     png_colorp entries = nullptr;
-    png_get_PLTE(png, info, &entries, &picture.colors); // libpng saw to it that there is one
+    png_get_PLTE(png, info, &entries, &picture.colors); // libpng has made sure that it is there
     for (int index = 0; index < picture.colors; ++index)
         SetTableEntry(picture.table, index,
                       {0, entries[index].red, entries[index].green, entries[index].blue});
@@ -276,14 +276,14 @@ void PngReader::SetTransparency() {
              std::make_unique_for_overwrite<std::uint8_t[]>(picture.PixelBytes())});
 }
 
-// Pixels that the file stores as we do go straight to their place. libpng is not asked to put
-// interlaced pictures together, because it could do so only in a second picture of its own form.
+// Pixels that the file stores in our layout are read into their place directly. Interlaced pictures
+// are put together here, because libpng would need a second picture in its own layout for that.
 void PngReader::ReadRows() {
     const bool inPlace = !interlaced && depth <= 8 && picture.BytesPerPixel() == form->samples;
     const std::span<const Grid> passes = interlaced ? std::span<const Grid>(kAdam7) : kWholePicture;
     Guard([this, inPlace, passes] {
         for (const Grid& grid : passes) {
-            if (grid.firstColumn >= picture.columns) continue; // a pass without pixels has no rows
+            if (grid.firstColumn >= picture.columns) continue; // the file has no rows for this pass
             for (int row = grid.firstRow; row < picture.rows; row += grid.rowStep) {
                 std::uint8_t* const place =
                     picture.pixels.get() + picture.RowBytes() * static_cast<std::size_t>(row);
@@ -326,8 +326,8 @@ void PngReader::PlaceRow(int row, const Grid& grid) {
     }
 }
 
-// Behind the pixels are texts at most, and the further pictures of an animation. A wrong sum of the
-// pixels' own chunk is found here as well.
+// Behind the pixels there are only texts and the further pictures of an animation. A wrong checksum
+// of the last chunk of pixels is found here as well.
 void PngReader::ReadEnd() {
     if (setjmp(png_jmpbuf(png)) == 0)
         png_read_end(png, info);
@@ -335,7 +335,7 @@ void PngReader::ReadEnd() {
         Fail();
     else
         NoteDamage(picture.notes, atEnd ? "its end is missing" : reason);
-    if (problem) Fail(); // libpng does without some texts in silence
+    if (problem) Fail(); // libpng leaves out some texts without an error
 }
 
 void PngReader::CheckIndices() const {
@@ -358,7 +358,7 @@ void PngReader::FinishTransparency() {
         picture.channels.clear();
 }
 
-// Those before the pixels; later ones are not kept.
+// Looks at the chunks before the pixels; libpng does not keep later ones.
 std::span<const png_unknown_chunk> PngReader::FurtherChunks() const {
     png_unknown_chunkp first = nullptr;
     const int count = png_get_unknown_chunks(png, info, &first);
@@ -377,7 +377,7 @@ void PngReader::CountPictures() {
     if (frames > 0) picture.notes.pictures = static_cast<int>(others + 1);
 }
 
-// Whatever comes first in this order says what the colors are.
+// The first of these chunks that the file has describes the colours.
 void PngReader::TakeProfile() {
     using enum InputNotes::ProfileUse;
     InputNotes& notes = picture.notes;
@@ -386,7 +386,7 @@ void PngReader::TakeProfile() {
     for (const png_unknown_chunk& chunk : FurtherChunks())
         if (IsNamed(chunk, "cICP"))
             return StateCodePoints(notes, {chunk.data, chunk.size}, samples);
-    png_charp name = nullptr; // chosen by the writing program; the profile has one of its own
+    png_charp name = nullptr; // unused: the writing program's name for the profile
     png_bytep bytes = nullptr;
     png_uint_32 count = 0;
     int method = 0, intent = 0;

@@ -46,7 +46,7 @@ void SkipRemark(InputFile& input) {
     while (character != '\n' && character != '\r' && character >= 0);
 }
 
-// One number of a PGM or PPM header with the one blank, or the remark, that ends it.
+// Reads a number of a PGM or PPM header and the blank or the remark that ends it.
 long long ReadNumber(InputFile& input, const char* format, const char* name) {
     int character = input.ReadByte();
     while (IsSpace(character) || character == '#') {
@@ -126,7 +126,7 @@ Header ReadPamHeader(InputFile& input) {
         const std::string_view word = TakeWord(rest);
         if (word == "ENDHDR") break;
         if (word.empty() || word[0] == '#') continue;
-        if (word == "TUPLTYPE") { // several of them make one name of several words
+        if (word == "TUPLTYPE") { // several such lines make one name of several words
             if (!type.empty()) type += ' ';
             type += TakeWord(rest);
             continue;
@@ -173,7 +173,8 @@ Picture MakeTarget(const Header& header) {
     return picture;
 }
 
-// What each sample value becomes: itself where it is an index into a table of all levels.
+// The byte for each value of a sample. Where the table has an entry for each level, it is the value
+// itself.
 std::vector<std::uint8_t> MakeLevels(const Header& header) {
     const auto maximum = static_cast<unsigned>(header.maximum);
     const bool isIndex = header.depth == 1 && maximum <= 255;
@@ -193,7 +194,7 @@ class PixelReader {
 
     void Read(Picture& picture) {
         const auto rows = static_cast<std::size_t>(picture.rows);
-        if (header.maximum == 255 && header.depth != 2) // stored as we keep them
+        if (header.maximum == 255 && header.depth != 2) // the file has our layout
             return ReadRows(picture.pixels.get(), rows, 0);
         row.resize(rowBytes);
         for (std::size_t y = 0; y < rows; ++y) {
@@ -254,7 +255,7 @@ void SkipBytes(InputFile& input, const char* format, std::uint64_t count) {
     }
 }
 
-// Streams of several pictures are legal. What is no picture any more is not looked at.
+// A stream may hold several pictures. Bytes behind them that do not begin a picture are ignored.
 void CountFurther(InputFile& input, InputNotes& notes) {
     try {
         while (IsPnmNext(input)) {

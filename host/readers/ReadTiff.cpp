@@ -17,8 +17,8 @@ namespace {
 
 constexpr int kMostSamples = 64; // of a pixel
 
-// The library knows more, but these few decoders are in wide use. Some of the others follow what
-// damaged data say until the memory or the day is over.
+// The library has more decoders, but only these are in wide use. Some of the others have no limit
+// on the memory and the time that damaged data can make them use.
 constexpr std::uint16_t kCompressions[] = {
     COMPRESSION_NONE,          COMPRESSION_LZW,  COMPRESSION_PACKBITS, COMPRESSION_DEFLATE,
     COMPRESSION_ADOBE_DEFLATE, COMPRESSION_JPEG, COMPRESSION_CCITTRLE, COMPRESSION_CCITTFAX3,
@@ -31,13 +31,13 @@ constexpr TiffColorForm kColorForms[] = {{PHOTOMETRIC_MINISWHITE, indexed, 1},
                                          {PHOTOMETRIC_RGB, rgb, 3},
                                          {PHOTOMETRIC_SEPARATED, rgb, 4}};
 
-// The library's decoder converts the colors of JPEG pictures when it is told to before it starts.
+// The library's decoder converts the colours of JPEG pictures if it is told to before it starts.
 bool IsJpegOfRGB(const TiffLayout& layout) {
     return layout.photometric == PHOTOMETRIC_YCBCR && layout.compression == COMPRESSION_JPEG &&
            layout.samples == 3 && !layout.separate;
 }
 
-// Where each sample of color may stand for several pixels.
+// Photometric interpretations in which a sample of colour may belong to several pixels.
 bool IsLeftToLibrary(const TiffLayout& layout) {
     return layout.photometric == PHOTOMETRIC_YCBCR && !IsJpegOfRGB(layout);
 }
@@ -62,7 +62,7 @@ void FindAlpha(const TiffFile& file, TiffLayout& layout) {
             kinds[n] == EXTRASAMPLE_ASSOCALPHA && layout.photometric != PHOTOMETRIC_PALETTE;
         return;
     }
-    // Many writers leave out what a fourth sample beside RGB is.
+    // Many writers do not state what the fourth sample of an RGB picture is.
     layout.guessed = layout.form->colorants == 3 && layout.samples > 3 &&
                      (count == 0 || kinds[0] == EXTRASAMPLE_UNSPECIFIED);
     if (layout.guessed) layout.alpha = 3;
@@ -133,8 +133,8 @@ std::string TakeComment(const TiffFile& file) {
     return text ? CommentText(text) : std::string();
 }
 
-/// How a table's 16 bits a channel are meant. They should fill the whole range, but there are
-/// writers who put their 8 bits into the low or the high byte.
+/// How the 16 bits of a table's entries are used. They should fill the whole range, but some
+/// writers put levels of 8 bits into the low or the high byte.
 enum class TableRange : std::uint8_t { whole, lowByte, highByte };
 
 TableRange FindRange(std::span<std::uint16_t* const> channels, int colors) {
@@ -179,7 +179,7 @@ void Unpack(const std::uint8_t* bytes, int bits, int count, std::uint16_t* sampl
         for (; count > 0; --count, samples += step) *samples = *bytes++;
         return;
     }
-    if (bits == 16) { // in the order of this machine
+    if (bits == 16) { // the library has brought them into this machine's byte order
         for (; count > 0; --count, samples += step, bytes += 2) std::memcpy(samples, bytes, 2);
         return;
     }
@@ -192,7 +192,7 @@ void Unpack(const std::uint8_t* bytes, int bits, int count, std::uint16_t* sampl
     }
 }
 
-/// Reads the rows or tiles of a picture whose samples we place ourselves.
+/// Reads the rows or tiles of a picture whose samples we store ourselves.
 class SampleReader {
   public:
     SampleReader(std::span<const std::uint8_t> bytes, MetadataAllowance& left,
@@ -221,12 +221,12 @@ class SampleReader {
     const TiffLayout& layout;
     TiffSamplePlacer placer;
     const int planes, samplesOfPlane;
-    std::vector<std::vector<std::uint8_t>> buffers; // of each plane: a row or a tile
-    std::vector<std::uint16_t> samples;             // of one row of them
+    std::vector<std::vector<std::uint8_t>> buffers; // a row or a tile of each plane
+    std::vector<std::uint16_t> samples;             // unpacked from one row of the buffers
 };
 
-// Row by row, since a strip may be the whole picture. The library can only read on in the strip
-// where it is, so each plane is read through an opened file of its own.
+// Reads row by row, because a strip may be the whole picture. The library can only read on in the
+// present strip, so the file is opened once for each plane.
 void SampleReader::ReadRows() {
     std::deque<TiffFile> others;
     std::vector<const TiffFile*> files = {&file};
@@ -309,7 +309,7 @@ Picture ReadThroughLibrary(const TiffFile& file, const TiffLayout& layout) {
         throw Problem("is a TIFF picture of a kind that cannot be read: " + std::string(reason));
     Picture picture = MakePicture(rgbAlpha, layout.rows, layout.columns);
     picture.notes = TakeNotes(file, layout);
-    // The library packs each pixel into a word with red lowest.
+    // The library packs each pixel into a word, red in the lowest byte.
     static_assert(std::endian::native == std::endian::little);
     auto* const words = reinterpret_cast<std::uint32_t*>(picture.pixels.get());
     constexpr int kStopOnError = 1;
@@ -318,8 +318,8 @@ Picture ReadThroughLibrary(const TiffFile& file, const TiffLayout& layout) {
     return picture;
 }
 
-// A sample that is 0 everywhere, and of which the file does not say what it is, was more likely
-// left unused than meant to hide the whole picture.
+// If a sample of unstated meaning is 0 everywhere, it is more likely unused than meant to make the
+// whole picture transparent.
 void DropUnusedSample(Picture& picture) {
     std::uint8_t* const pixels = picture.pixels.get();
     for (std::size_t at = 3; at < picture.PixelBytes(); at += 4)

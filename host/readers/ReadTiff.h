@@ -19,11 +19,11 @@ namespace gif89 {
 ///   multiplication.
 /// - YCbCr becomes RGB of 8 bits as libtiff converts it.
 ///
-/// The first extra sample that is declared as opacity becomes that; without one the fourth of RGB
-/// does if the file does not say what it is, unless it is 0 everywhere. Where colours are stored
-/// multiplied by it they are divided again, rounded. Other extra samples become channels "Alpha 1",
-/// "Alpha 2", ... of palette and grey pictures and are dropped from others, which
-/// notes.droppedSamples counts.
+/// The first extra sample that is declared as opacity becomes the opacity. Without such a sample
+/// the fourth one of an RGB picture does, if the file does not state its meaning and it is not 0
+/// everywhere. Colours that are stored multiplied by the opacity are divided by it, rounded. Other
+/// extra samples become the channels "Alpha 1", "Alpha 2", ... of palette and grey pictures. In
+/// other pictures they are dropped and counted in notes.droppedSamples.
 ///
 /// The comment is the image description. Throws Problem for input that is cut short or damaged, and
 /// for kinds of samples that are not among these; damage of the further directories is a warning in

@@ -44,7 +44,7 @@ void CheckStatus(VP8StatusCode status) {
     }
 }
 
-/// What the demuxer found, and what kept it from the end of the file, if anything.
+/// The demuxer's result, and the reason why it did not get to the end of the file, if it did not.
 struct Opened {
     Demuxer demuxer;
     const char* damage = nullptr;
@@ -59,7 +59,7 @@ Opened Open(std::span<const std::uint8_t> file) {
     return opened;
 }
 
-// The bytes up to the end of the first chunk with pixels; none without one.
+// The number of bytes up to the end of the first chunk with pixels; 0 when there is none.
 std::span<const std::uint8_t> UpToFirstPicture(std::span<const std::uint8_t> file) {
     constexpr std::size_t kFirstChunk = 12, kHead = 8;
     for (std::size_t at = kFirstChunk; at + kHead <= file.size();) {
@@ -110,13 +110,13 @@ InputNotes TakeNotes(const Opened& file) {
     notes.orientation = ExifOrientation(TakeChunk(demuxer, "EXIF", allowance));
     if (!file.damage) return notes;
     NoteDamage(notes, "its chunks are cut short or out of order");
-    // The demuxer does not count what was cut.
+    // The demuxer does not count a frame that is cut short.
     if ((WebPDemuxGetI(demuxer, WEBP_FF_FORMAT_FLAGS) & ANIMATION_FLAG) != 0)
         notes.pictures = std::max(notes.pictures, 2);
     return notes;
 }
 
-/// Where the first picture lies on the canvas, and its data, which belong to the file.
+/// The place of the first picture on the canvas, and its data, which are part of the file's bytes.
 struct FirstPicture {
     Frame frame;
     WebPData data;

@@ -14,15 +14,15 @@ namespace gif89 {
 
 namespace {
 
-// In some complaints the library names the file first.
+// Some of the library's messages begin with the name of the file.
 constexpr std::string_view kName = "picture", kNameInComplaints = "picture: ";
 
 TiffFile& FileOf(void* handle) {
     return *static_cast<TiffFile*>(handle);
 }
 
-// Most warnings are about fields that do not matter to us. These stand for pixels that the decoder
-// made up, or for a field that lies behind the end of the file.
+// Most warnings are about fields that we do not use. These are about pixels that the decoder has
+// made up, or about a field whose data are behind the end of the file.
 bool TellsOfDamage(std::string_view module, std::string_view text) {
     if (module == "JPEGLib") return text.find("extraneous bytes") == std::string_view::npos;
     return module.starts_with("Fax") || text.starts_with("IO error");
@@ -44,10 +44,10 @@ bool TellsWherePixelsAre(std::uint64_t tag) {
     return std::find(std::begin(kTags), std::end(kTags), tag) != std::end(kTags);
 }
 
-// The library copies the fields of the first directory, known or not, and they may all lie in the
+// The library copies the data of all fields of the first directory, and many fields may share the
 // same bytes of the file.
 void TakeFields(std::span<const std::uint8_t> file, MetadataAllowance& allowance) {
-    const bool isBig = NumberAt(file, 2, 2) == 43; // with addresses of 64 bits
+    const bool isBig = NumberAt(file, 2, 2) == 43; // BigTIFF has offsets of 64 bits
     const unsigned addressBytes = isBig ? 8 : 4, countBytes = isBig ? 8 : 2;
     const std::uint64_t directory = NumberAt(file, isBig ? 8 : 4, addressBytes);
     std::uint64_t left = NumberAt(file, directory, countBytes);
@@ -69,7 +69,7 @@ TiffFile::TiffFile(std::span<const std::uint8_t> bytes, MetadataAllowance& allow
     TakeFields(bytes, allowance);
     TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
     if (!options) throw std::bad_alloc();
-    errno = 0; // what it was left at by others is not the library's
+    errno = 0; // so that an older error is not taken for one of the library
     Open(options);
     TIFFOpenOptionsFree(options);
     if (!tiff) Check(false);
@@ -83,7 +83,8 @@ void TiffFile::Open(TIFFOpenOptions* options) {
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, kLargestBlock);
     TIFFOpenOptionsSetErrorHandlerExtR(options, OnError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, OnWarning, this);
-    // "C": a strip of the whole picture stays one, since nothing here loads strips as a whole.
+    // "C" stops the library from splitting a strip that holds the whole picture. Strips are read
+    // row by row here, so a large one does no harm.
     tiff = TIFFClientOpenExt(kName.data(), "rC", this, OnRead, OnWrite, OnSeek, OnClose, OnSize,
                              OnMap, OnUnmap, options);
 }
@@ -107,12 +108,12 @@ std::string TiffFile::TakeComplaint() {
     return taken;
 }
 
-// The library's texts for it are many, but the system's own mark stays the same.
+// The library has many texts for a lack of memory, but errno is always the same.
 int TiffFile::OnError(TIFF*, void* file, const char*, const char* format, va_list values) {
     if (errno == ENOMEM) FileOf(file).outOfMemory = true;
     auto& complaint = FileOf(file).complaint;
     if (!*complaint) std::vsnprintf(complaint, sizeof complaint, format, values);
-    return 1; // not to be printed
+    return 1; // tells the library not to print it
 }
 
 int TiffFile::OnWarning(TIFF*, void* file, const char* module, const char* format, va_list values) {
@@ -144,7 +145,7 @@ toff_t TiffFile::OnSize(thandle_t file) {
     return FileOf(file).content.size();
 }
 
-// The library reads fields and pixels from there without copies; it never writes to it.
+// The library reads fields and pixels directly from these bytes and never writes to them.
 int TiffFile::OnMap(thandle_t file, void** first, toff_t* count) {
     const std::span<const std::uint8_t> content = FileOf(file).content;
     *first = const_cast<std::uint8_t*>(content.data());

@@ -10,15 +10,15 @@
 
 namespace gif89 {
 
-/// Opens the first picture. The library prints nothing: its first error, and the warnings that
-/// tell of missing or wrong pixels, are kept for Check.
+/// Opens the first picture. The library prints nothing. Its first error or warning about missing or
+/// wrong pixels is kept for Check.
 class TiffFile {
   public:
-    /// What libtiff may ask for at once; more is refused.
+    /// The largest block that libtiff may allocate.
     static constexpr std::int64_t kLargestBlock = 256 << 20;
 
     /// @param bytes     the whole file, which must outlive this object; it is not changed
-    /// @param allowance for what the library copies of the fields
+    /// @param allowance counts what the library copies of the fields
     ///
     /// Throws Problem when the directory of the first picture is damaged or too large.
     TiffFile(std::span<const std::uint8_t> bytes, MetadataAllowance& allowance);
@@ -28,8 +28,8 @@ class TiffFile {
 
     TIFF* Get() const { return tiff; }
 
-    /// Throws Problem with the library's first complaint when there was one, or when a call of the
-    /// library is said to have failed.
+    /// Throws Problem with the library's first complaint, if there was one or if the caller says
+    /// that a call of the library has failed.
     void Check(bool succeeded = true) const {
         if (!succeeded || *complaint) FailCheck();
     }
@@ -37,7 +37,7 @@ class TiffFile {
     /// The library's first complaint, which Check forgets from then on; empty for none.
     std::string TakeComplaint();
 
-    /// The value of a field of one number, or the one that stands in for a missing field.
+    /// The value of a field that holds one number, or a default when the field is missing.
     template <typename Number> Number Field(std::uint32_t tag, Number missing) const {
         Number value = missing;
         return TIFFGetFieldDefaulted(tiff, tag, &value) != 0 ? value : missing;

@@ -9,7 +9,7 @@ namespace gif89 {
 
 namespace {
 
-/// A sample's share of `whole`, in steps of 1 / top, rounded.
+/// A sample of the range 0..top, scaled to 0..whole and rounded.
 std::uint8_t Scale(unsigned sample, unsigned whole, unsigned top) {
     if (whole == 0) return 0;
     return static_cast<std::uint8_t>(std::min((sample * top + whole / 2) / whole, top));

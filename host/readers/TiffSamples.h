@@ -10,33 +10,33 @@
 
 namespace gif89 {
 
-/// What becomes of a photometric interpretation.
+/// How pictures of a photometric interpretation are stored.
 struct TiffColorForm {
     int photometric;
-    Picture::Kind kind; // without alpha
-    int colorants;      // the first samples of a pixel
+    Picture::Kind kind; // of a picture without opacity
+    int colorants;      // number of samples, from the first on, that make up the colour
 };
 
-/// What the fields of a directory say of its pixels.
+/// What the fields of a directory say about its pixels.
 struct TiffLayout {
     std::uint32_t columns = 0, rows = 0;
-    std::uint16_t bits = 1, samples = 1; ///< of a sample, of a pixel
+    std::uint16_t bits = 1, samples = 1; ///< bits of a sample, samples of a pixel
     std::uint16_t sampleFormat = 0;
     std::uint16_t photometric = 0;
     std::uint16_t compression = 0;
     bool separate = false;               ///< each sample in a plane of its own
-    const TiffColorForm* form = nullptr; ///< null: left to the library
-    int alpha = -1;                      ///< which sample it is
-    bool guessed = false;                ///< that it is; the file does not say
-    bool multiplied = false;             ///< the colorants, by alpha
+    const TiffColorForm* form = nullptr; ///< null: the library converts the pixels
+    int alpha = -1;                      ///< the sample that holds the opacity, or -1
+    bool guessed = false;                ///< the file does not state that this sample is opacity
+    bool multiplied = false;             ///< the colours are multiplied by the opacity
 };
 
 /// Puts samples of 1 to 16 bits into their places, rounded to what the picture holds, and notes
 /// whether more than 8 bits were lost to that.
 class TiffSamplePlacer {
   public:
-    /// Adds the picture's channels and takes its profile where it has inks; the table must be
-    /// there. Both objects must outlive this one. Throws Problem without memory.
+    /// Adds the picture's channels and, if it has inks, takes its profile. The picture must have
+    /// its table already. Both objects must outlive this one. Throws Problem without memory.
     TiffSamplePlacer(Picture& target, const TiffLayout& fileLayout);
 
     /// A run of pixels of one row.
