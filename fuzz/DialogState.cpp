@@ -36,7 +36,7 @@ void CheckBoxes(DialogPtr dialog, short comment, std::initializer_list<short> ot
 }
 
 /// `Globals` has the members that describe a view.
-template <class Globals> void CheckView(const Globals& g, const Rect& box) {
+void CheckView(const PreviewView& g, const Rect& box) {
     Require(g.enlarge >= 1 && g.enlarge <= 16, "pictures are enlarged up to 16 times");
     Require(g.maxShrink >= 1 && g.maxShrink <= 16, "pictures are reduced up to 16 times");
     Require(g.shrink >= 1 && g.shrink <= g.maxShrink, "no further than to be seen whole");
@@ -75,7 +75,7 @@ void CheckRGBDialog(DialogPtr dialog) {
 }
 
 void CheckIndexedDialog(DialogPtr dialog) {
-    const auto& g = *reinterpret_cast<const IndexedDialogGlobals*>(GetWRefCon(dialog));
+    const auto& g = *GlobalsOf(dialog);
     CheckView(g, dialog->Item(kIndexedPreviewItem)->rect);
     Require(ShowsEntry(dialog, kIndexedChannelItem), "a channel is chosen, or none");
     const bool hasChannel = ValueOf(dialog, kIndexedChannelItem) != kNoChannelEntry;
@@ -94,7 +94,7 @@ void CheckIndexedDialog(DialogPtr dialog) {
 }
 
 void CheckPreview(DialogPtr dialog) {
-    const auto& g = *reinterpret_cast<const PreviewDialogGlobals*>(GetWRefCon(dialog));
+    const auto& g = *ViewOf(dialog);
     CheckView(g, dialog->Item(kRGBPreviewImageItem)->rect);
     for (const ToolType tool : {g.currentTool, g.selectedTool})
         Require(tool == handTool || tool == zoomInTool || tool == zoomOutTool,

@@ -2,7 +2,9 @@
 #include "Cursors.h"
 #include "GiflibDecode.h"
 #include "HostDialogs.h"
+#include "IndexedDialog.h"
 #include "PixelSurface.h"
+#include "PreviewDialog.h"
 #include "RGBPreview.h"
 #include "RGBSession.h"
 #include "RandomPictures.h"
@@ -13,14 +15,14 @@ namespace {
 
 const Act kPreview = PressItem(kRGBPreviewItem), kDone = PressItem(kRGBPreviewDoneItem);
 
-PreviewDialogGlobals& GlobalsOf(DialogPtr dialog) {
-    return *reinterpret_cast<PreviewDialogGlobals*>(GetWRefCon(dialog));
+PreviewDialogGlobals& StateOf(DialogPtr dialog) {
+    return *static_cast<PreviewDialogGlobals*>(ViewOf(dialog));
 }
 
 /// Remembers what a preview is of.
 Look Remember(GiflibPicture* seen) {
     return [seen](DialogPtr dialog) {
-        const GIF89RGBExport& context = *GlobalsOf(dialog).context;
+        const GIF89RGBExport& context = *StateOf(dialog).context;
         const ExportRecord& record = *context.exportRecord;
         seen->indices.assign(context.gifBuffer,
                              context.gifBuffer + record.imageRows * record.imageColumns);
@@ -91,7 +93,7 @@ TEST(RGBPreview, FitsItsSmallestScaleAndItsPartToTheImage) {
         {{32767, 1}, {338, 514}, 16, {0, 0, 5408, 1}},
     };
     for (const auto& c : cases) {
-        PreviewDialogGlobals g;
+        PreviewDialogGlobals g(nullptr);
         g.imageSize = c.image;
         FitPreview(&g, c.box);
         EXPECT_EQ(g.maxShrink, c.maxShrink) << c.image.v << " x " << c.image.h;
@@ -111,7 +113,7 @@ void ShowPreview(int rows, int columns, PixelSurface* surface, Steps steps) {
 /// Expects scale and read-out, and that every point of the box shows its pixel of the image.
 Look ExpectView(const PixelSurface* surface, int enlarge, int shrink, const char* scale) {
     return [=](DialogPtr dialog) {
-        const PreviewDialogGlobals& g = GlobalsOf(dialog);
+        const PreviewDialogGlobals& g = StateOf(dialog);
         EXPECT_EQ(g.enlarge, enlarge);
         EXPECT_EQ(g.shrink, shrink);
         EXPECT_EQ(SubstituteParamText(TextOf(dialog, kRGBPreviewScaleItem)), scale);
@@ -141,12 +143,12 @@ TEST(RGBPreview, ZoomsWithClicksKeysAndDoubleClicks) {
     Point pressed;
     const Look notePressed = [&](DialogPtr dialog) {
         const Rect& box = dialog->Item(kRGBPreviewImageItem)->rect;
-        const Rect& part = GlobalsOf(dialog).srcRect;
+        const Rect& part = StateOf(dialog).srcRect;
         pressed.v = static_cast<short>(part.top + kInBox.v - box.top);
         pressed.h = static_cast<short>(part.left + kInBox.h - box.left);
     };
     const Look expectPressedInMiddle = [&](DialogPtr dialog) {
-        const Rect& part = GlobalsOf(dialog).srcRect;
+        const Rect& part = StateOf(dialog).srcRect;
         EXPECT_LE(std::abs(part.top + part.bottom - 2 * pressed.v), 2);
         EXPECT_LE(std::abs(part.left + part.right - 2 * pressed.h), 2);
     };
@@ -171,8 +173,8 @@ TEST(RGBPreview, DragsWithTheHandAndStopsAtTheEdges) {
     PixelSurface surface(508, 668);
     const auto expectCorner = [&](short top, short left) -> Look {
         return [&, top, left](DialogPtr dialog) {
-            EXPECT_EQ(GlobalsOf(dialog).srcRect.top, top);
-            EXPECT_EQ(GlobalsOf(dialog).srcRect.left, left);
+            EXPECT_EQ(StateOf(dialog).srcRect.top, top);
+            EXPECT_EQ(StateOf(dialog).srcRect.left, left);
             ExpectView(&surface, 1, 1, " 1:1")(dialog);
         };
     };
@@ -195,13 +197,13 @@ TEST(RGBPreview, AnImageSmallerThanTheBoxLiesInItsMiddle) {
     const Look expectMiddle = [&](DialogPtr dialog) {
         ExpectView(&surface, 1, 1, " 1:1")(dialog);
         const Rect& box = dialog->Item(kRGBPreviewImageItem)->rect;
-        const Rect& place = GlobalsOf(dialog).dstRect;
+        const Rect& place = StateOf(dialog).dstRect;
         EXPECT_LE(std::abs(place.top + place.bottom - box.top - box.bottom), 1);
         EXPECT_LE(std::abs(place.left + place.right - box.left - box.right), 1);
     };
     const auto expectTool = [](ToolType tool, const char* where) -> Look {
         return [=](DialogPtr dialog) {
-            EXPECT_EQ(GlobalsOf(dialog).currentTool, tool) << where;
+            EXPECT_EQ(StateOf(dialog).currentTool, tool) << where;
             const auto* user = static_cast<const ScriptSource*>(CurrentEventSource());
             const Cursor* const want = tool == handTool ? nullptr : *GetCursor(2003);
             EXPECT_EQ(user->ShownCursor(), want) << where;

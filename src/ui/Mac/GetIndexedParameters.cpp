@@ -2,7 +2,6 @@
 
 #include "ChannelNames.h"
 #include "Cursors.h"
-#include "DialogResources.h"
 #include "GIF89IndexedExport.h"
 #include "IndexedDialog.h"
 #include "IndexedFilter.h"
@@ -10,86 +9,24 @@
 #include "ItemDrawing.h"
 #include "LocalDialogUtilities.h"
 #include "LumoGetColor.h"
-#include "MemoryManager.h"
 #include "MenuManager.h"
 #include "ModuleResources.h"
 #include "PascalStrings.h"
+#include "PreviewDialog.h"
 #include "PreviewTools.h"
 #include "ResourceManager.h"
 #include "TransparencyMap.h"
 
-#include <algorithm>
-#include <new>
 #include <string>
 
 namespace {
 
-constexpr short kNoDialog = -1; // the code of a dialog that cannot be had
-constexpr int kMostShrink = 16;
-constexpr int kPreviewSlack = 16; // what the visible part may run over the box
-
-void InstallDrawProcedures(DialogPtr dialog) {
-    constexpr struct {
-        short item;
-        UserItemProc draw;
-    } kProcedures[] = {
-        {kIndexedPreviewItem, DrawImageBox},       {kIndexedTableItem, DrawIndexedCLUT},
-        {kIndexedSwatchItem, DrawColorBox},        {kIndexedHandItem, DrawIndexedToolItem},
-        {kIndexedZoomItem, DrawIndexedToolItem},   {kIndexedDropperItem, DrawIndexedToolItem},
-        {kIndexedToolFrameItem, DrawToolBoxFrame}, {kIndexedZoomFrameItem, DrawToolBoxFrame},
-        {kIndexedHintItem, DrawSmallText},         {kIndexedCountItem, DrawSmallText},
-    };
-    for (const auto& [item, draw] : kProcedures) {
-        short kind = 0;
-        Handle handle = nullptr;
-        Rect rect;
-        GetDialogItem(dialog, item, &kind, &handle, &rect);
-        SetDialogItem(dialog, item, kind, ProcToHandle(draw), &rect);
-    }
-}
-
-/// What the dialog shows at first of a picture: as much as fits in the box at the smallest scale.
-void ChooseZoom(IndexedDialogGlobals* g, const Rect& box) {
-    const int height = box.bottom - box.top, width = box.right - box.left;
-    const int rows = g->imageSize.v, columns = g->imageSize.h;
-    const int shrink = std::max({(columns + width - 1) / width, (rows + height - 1) / height, 1});
-    g->enlarge = g->shrink = 1;
-    g->maxShrink = std::min(shrink, kMostShrink);
-    // Less than the picture when even the smallest scale does not show it whole.
-    g->srcRect = {0, 0, static_cast<std::int16_t>(std::min(rows, g->maxShrink * height)),
-                  static_cast<std::int16_t>(std::min(columns, g->maxShrink * width))};
-}
-
-CTabHandle NewPreviewColors() {
-    auto* const colors = reinterpret_cast<CTabHandle>(NewHandle(sizeof(ColorTable)));
-    if (!colors) return nullptr;
-    new (*colors) ColorTable{};
-    (*colors)->ctSize = 255;
-    for (std::int16_t i = 0; i < 256; ++i) (*colors)->ctTable[i].value = i;
-    return colors;
-}
-
-/// The blocks of the preview, freed at its end.
-class PreviewMemory {
-  public:
-    explicit PreviewMemory(IndexedDialogGlobals* globals) : g(globals) {}
-    PreviewMemory(const PreviewMemory&) = delete;
-    PreviewMemory& operator=(const PreviewMemory&) = delete;
-    ~PreviewMemory() {
-        DisposePtr(g->previewBuffer);
-        DisposeHandle(reinterpret_cast<Handle>(g->previewColors));
-    }
-
-    /// Makes them for a preview box; false without memory.
-    bool Allocate(const Rect& box) {
-        const int rowBytes = (box.right - box.left + kPreviewSlack + 3) / 4 * 4;
-        g->previewBuffer = NewPtr(Size{box.bottom - box.top + kPreviewSlack} * rowBytes);
-        g->previewColors = NewPreviewColors();
-        return g->previewBuffer && g->previewColors;
-    }
-
-  private:
-    IndexedDialogGlobals* g;
+constexpr DrawnItem kDrawnItems[] = {
+    {kIndexedPreviewItem, DrawImageBox},       {kIndexedTableItem, DrawIndexedCLUT},
+    {kIndexedSwatchItem, DrawColorBox},        {kIndexedHandItem, DrawToolButton},
+    {kIndexedZoomItem, DrawToolButton},        {kIndexedDropperItem, DrawToolButton},
+    {kIndexedToolFrameItem, DrawToolBoxFrame}, {kIndexedZoomFrameItem, DrawToolBoxFrame},
+    {kIndexedHintItem, DrawSmallText},         {kIndexedCountItem, DrawSmallText},
 };
 
 /// Shows the transparency as it is chosen now.
@@ -131,12 +68,7 @@ void ListChannels(DialogPtr dialog, const GIF89IndexedExport& context) {
 
 /// Sets every item as it is when the dialog comes up.
 void PrepareItems(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlobals* g) {
-    const Rect box = ItemRect(dialog, kIndexedPreviewItem);
-    ChooseZoom(g, box);
-    CalculateViewRects(&g->srcRect, &g->dstRect, &box, g->shrink, g->enlarge, &g->imageSize,
-                       nullptr);
-    SetZoomFactor(dialog, g->enlarge, g->shrink, kIndexedZoomTextItem);
-
+    OpenView(dialog, g);
     const bool hasComment = context.comment != nullptr;
     context.interlaced = 1;
     SetCheckBoxState(dialog, kIndexedInterlaceItem, true);
@@ -158,8 +90,7 @@ void PickTransparentColor(DialogPtr dialog, IndexedDialogGlobals* g) {
         LumoGetColor(g->exportRecord->colorServicesProc.Get(), Point{}, prompt, &color, &color);
     }
     // A picker that chose nothing has left the colour as it was.
-    const auto highByte = [](std::uint16_t level) { return static_cast<std::uint8_t>(level >> 8); };
-    g->transparentColor = {0, highByte(color.red), highByte(color.green), highByte(color.blue)};
+    g->transparentColor = TakeHighBytes(color);
     g->needsRedraw = 1;
     FixupPreview(g);
 }
@@ -237,13 +168,8 @@ short RunDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlob
     }
 }
 
-/// Readies the dialog, shows it, and serves it to its end.
+/// Fills the dialog, shows it, and serves it to its end.
 short ShowDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlobals* g) {
-    SetWRefCon(dialog, reinterpret_cast<std::intptr_t>(g));
-    InstallDrawProcedures(dialog);
-    SetDialogDefaultItem(dialog, kOKItem);
-    SetDialogCancelItem(dialog, kCancelItem);
-    SetDialogTracksCursor(dialog, true);
     FillGlobals(context, g);
     FixupPreview(g);
     PrepareItems(dialog, context, g);
@@ -255,18 +181,7 @@ short ShowDialog(DialogPtr dialog, GIF89IndexedExport& context, IndexedDialogGlo
 } // namespace
 
 short GetIndexedParameters(GIF89IndexedExport& context) {
-    const Handle resource = GetResource(FourCC("DLOG"), kIndexedDialog);
-    if (!resource) return kNoDialog;
-    HNoPurge(resource);
-    CenterDialog(resource);
-    short code = kNoDialog;
     IndexedDialogGlobals g;
-    PreviewMemory memory(&g);
-    if (const DialogPtr dialog = GetNewDialog(kIndexedDialog, nullptr, nullptr)) {
-        const bool canPreview = memory.Allocate(ItemRect(dialog, kIndexedPreviewItem));
-        code = canPreview ? ShowDialog(dialog, context, &g) : short{memFullErr};
-        DisposeDialog(dialog);
-    }
-    HPurge(resource);
-    return code;
+    return RunPreviewDialog({kIndexedDialog, kCancelItem, kDrawnItems}, &g,
+                            [&](DialogPtr dialog) { return ShowDialog(dialog, context, &g); });
 }

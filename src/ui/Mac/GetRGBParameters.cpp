@@ -43,16 +43,6 @@ bool CanBeExact(const GIF89RGBExport& context) {
     return count >= 0 && !(context.shape.hasTransparency && count >= kMostColors);
 }
 
-RGBColor WidenToWords(RGBtuple color) {
-    const auto widen = [](std::uint8_t level) { return static_cast<std::uint16_t>(level * 257); };
-    return {widen(color.red), widen(color.green), widen(color.blue)};
-}
-
-RGBtuple TakeHighBytes(const RGBColor& color) {
-    const auto level = [](std::uint16_t word) { return static_cast<std::uint8_t>(word >> 8); };
-    return {0, level(color.red), level(color.green), level(color.blue)};
-}
-
 // The colour of transparent pixels, or gray where there are none.
 void DrawColorBox(DialogPtr dialog, short item) {
     const UsualPen pen;
@@ -97,15 +87,6 @@ void RGBResetAll(DialogPtr dialog, GIF89RGBExport* context) {
     InvalItem(dialog, kRGBColorBoxItem);
 }
 
-// Cancel puts everything back while the option key is down, and says so.
-void FollowOptionKey(DialogPtr dialog) {
-    Str255 wanted, shown;
-    GetIndString(wanted, kDialogStrings, IsThisKeyDown(kKeyOption) ? kResetString : kCancelString);
-    const ControlHandle button = ItemToControl(dialog, kCancelItem);
-    GetControlTitle(button, shown);
-    if (!std::equal(wanted, wanted + wanted[0] + 1, shown)) SetControlTitle(button, wanted);
-}
-
 bool EndsDialog(const EventRecord& event) {
     const int key = event.message >> 8 & 0xFF, character = event.message & 0xFF;
     return key == kKeyReturn || key == kKeyEnter || key == kKeyEscape ||
@@ -122,7 +103,7 @@ bool IsMeantForCount(DialogPtr dialog, const EventRecord& event) {
 // Keeps presses and keys from a disabled count; they are reported as if they had changed it, so
 // that the pop-up beside it shows what the text says.
 Boolean DialogFilter(DialogPtr dialog, EventRecord* event, short* item) {
-    if (event->what == nullEvent) FollowOptionKey(dialog);
+    if (event->what == nullEvent) ShowCancelTitle(dialog, IsThisKeyDown(kKeyOption));
     if (!IsItemDisabled(dialog, kRGBCountItem)) return false;
     TEDeactivate(GetDialogTextEditHandle(dialog));
     if (!IsMeantForCount(dialog, *event)) return false;
@@ -269,11 +250,7 @@ DialogPtr OpenDialog(GIF89RGBExport* context) {
     SetDialogDefaultItem(dialog, kOKItem);
     SetDialogCancelItem(dialog, kCancelItem);
     SetWRefCon(dialog, reinterpret_cast<std::intptr_t>(context));
-    short kind = 0;
-    Handle handle = nullptr;
-    Rect rect;
-    GetDialogItem(dialog, kRGBColorBoxItem, &kind, &handle, &rect);
-    SetDialogItem(dialog, kRGBColorBoxItem, kind, ProcToHandle(DrawColorBox), &rect);
+    SetDrawProcedure(dialog, kRGBColorBoxItem, DrawColorBox);
     SetOutlineGroup(dialog, kRGBGroupItem);
     return dialog;
 }

@@ -20,9 +20,13 @@ PickerRefCon::~PickerRefCon() {
     runningPicker = outer;
 }
 
-IndexedDialogGlobals* GlobalsOf(DialogPtr dialog) {
+PreviewView* ViewOf(DialogPtr dialog) {
     const std::intptr_t refCon = GetMoveableWRefCon(dialog);
     if (runningPicker && refCon == reinterpret_cast<std::intptr_t>(runningPicker))
         return runningPicker->globals;
-    return reinterpret_cast<IndexedDialogGlobals*>(refCon);
+    return reinterpret_cast<PreviewView*>(refCon);
+}
+
+IndexedDialogGlobals* GlobalsOf(DialogPtr dialog) {
+    return static_cast<IndexedDialogGlobals*>(ViewOf(dialog));
 }

@@ -1,4 +1,4 @@
-// The indexed options dialog as its parts share it: the way from a dialog to its state.
+// The way from a dialog with a preview to its state.
 #pragma once
 
 #include "GetParameters.h"
@@ -33,5 +33,8 @@ class PickerRefCon {
     const DialogDuringPicker* outer;
 };
 
-/// The state of an indexed dialog, also while the colour picker runs over it.
+/// The preview that a dialog shows, which is the base of the dialog's state; also while the colour
+/// picker runs over it.
+PreviewView* ViewOf(DialogPtr dialog);
+/// The state of an indexed dialog.
 IndexedDialogGlobals* GlobalsOf(DialogPtr dialog);

@@ -5,17 +5,6 @@
 #include "EventManager.h"
 #include "GetParameters.h"
 
-/// Keys that change what the tools do.
-struct HeldKeys {
-    bool space;
-    bool command;
-    bool shift;
-    bool option;
-};
-
-/// What a click in the preview does with the selected tool and the keys held.
-ToolType ToolForKeys(ToolType selected, const HeldKeys& keys);
-
 /// Filter of the indexed dialog: draws what has changed, follows presses in the preview, the colour
 /// table and on the tools, and keeps Cancel's title, the tool and the cursor in step with the keys.
 /// Takes presses in the preview and null events that choose a cursor.

@@ -20,7 +20,7 @@ std::int32_t RoundUpTo4(std::int32_t bytes) {
     return (bytes + 3) / 4 * 4;
 }
 
-PixMap DescribePreview(const IndexedDialogGlobals& g, const Rect& bounds) {
+PixMap DescribePreview(const PreviewView& g, const Rect& bounds) {
     PixMap map = {};
     map.baseAddr = g.previewBuffer;
     map.rowBytes = static_cast<std::int16_t>(g.previewRowBytes | kPixMapFlag);
@@ -32,7 +32,7 @@ PixMap DescribePreview(const IndexedDialogGlobals& g, const Rect& bounds) {
     return map;
 }
 
-void RebuildPreview(IndexedDialogGlobals* g) {
+void RebuildPreview(PreviewView* g) {
     const bool isMasked = g->maskedData != nullptr;
     const std::uint8_t* const image = isMasked ? g->maskedData : g->imageData;
     const std::int32_t rowBytes = isMasked ? g->maskedRowBytes : g->rowBytes;
@@ -69,7 +69,7 @@ std::int32_t MakePreviewBuffer(const unsigned char* src, unsigned char* dst,
     return cols;
 }
 
-void DrawImageContent(IndexedDialogGlobals* g, Rect* viewRect) {
+void DrawImageContent(PreviewView* g, Rect* viewRect) {
     const Rect view = OutsetRect(*viewRect, -1);
     if (g->previewDirty) RebuildPreview(g);
 
@@ -94,7 +94,7 @@ void DrawImageBox(DialogPtr dialog, short item) {
     const UsualPen pen;
     Rect rect = ItemRect(dialog, item);
     FillRect(&rect, &kGrayPattern);
-    DrawImageContent(GlobalsOf(dialog), &rect);
+    DrawImageContent(ViewOf(dialog), &rect);
 }
 
 Boolean IsThereAnyTransparency(const unsigned char* transMap) {

@@ -1,5 +1,5 @@
-// The indexed dialog's picture of what will be written: the scaled preview, its colour table, and
-// on OK the indices and palette themselves.
+// The picture of what will be written: the scaled preview, its colour table, and on OK of the
+// indexed dialog the indices and palette themselves.
 #pragma once
 
 #include "DialogManager.h"
@@ -25,7 +25,7 @@ std::int32_t MakePreviewBuffer(const unsigned char* src, unsigned char* dst,
 /// preview buffer first when it is stale.
 ///
 /// @param viewRect the preview item's rectangle; its frame lies one pixel outside
-void DrawImageContent(IndexedDialogGlobals* g, Rect* viewRect);
+void DrawImageContent(PreviewView* g, Rect* viewRect);
 
 /// Draw procedure of the preview: the picture over gray.
 void DrawImageBox(DialogPtr dialog, short item);

@@ -1,10 +1,9 @@
 #include "ToolRules.h"
 
-#include "ModuleResources.h"
+#include <algorithm>
+#include <iterator>
 
 namespace {
-
-constexpr short kNoCursor = -1;
 
 struct ToolTraits {
     short cursor;
@@ -47,21 +46,22 @@ ToolButton ToolTypeToToolButton(ToolType tool) {
 }
 
 short ToolTypeToToolSlot(ToolType tool) {
-    switch (ToolTypeToToolButton(tool)) {
-    case ToolButton::zoom:
-        return kIndexedZoomItem;
-    case ToolButton::eyedropper:
-        return kIndexedDropperItem;
-    case ToolButton::hand:
-        break;
-    }
-    return kIndexedHandItem;
+    return SlotOfTool(kIndexedPreviewItems, tool);
 }
 
-ToolButton ToolSlotToToolButton(short item) {
-    if (item == kIndexedZoomItem) return ToolButton::zoom;
-    if (item == kIndexedDropperItem) return ToolButton::eyedropper;
-    return ToolButton::hand;
+short SlotOfTool(const PreviewItems& items, ToolType tool) {
+    return items.buttons[static_cast<int>(ToolTypeToToolButton(tool))];
+}
+
+ToolButton ButtonOfSlot(const PreviewItems& items, short item) {
+    const auto* const slot = std::find(std::begin(items.buttons), std::end(items.buttons), item);
+    return slot == std::end(items.buttons)
+               ? ToolButton::hand
+               : static_cast<ToolButton>(slot - std::begin(items.buttons));
+}
+
+bool IsButton(const PreviewItems& items, short item) {
+    return items.buttons[static_cast<int>(ButtonOfSlot(items, item))] == item;
 }
 
 short ToolPictureID(ToolButton button, const ToolButtonState& state, bool isSelected) {
@@ -90,4 +90,15 @@ std::optional<ToolChoice> ChooseTool(ToolButton button, bool optionDown, bool is
                           kNoZoomMode};
     }
     return ToolChoice{handTool, isDoubleClick ? kZoomToFit : kNoZoomMode};
+}
+
+ToolType ToolForKeys(ToolType selected, const HeldKeys& keys) {
+    const ToolButton button = keys.space ? ToolButton::hand : ToolTypeToToolButton(selected);
+    if (button == ToolButton::eyedropper) {
+        if (keys.shift) return eyeDropperPlusTool;
+        return keys.command ? eyeDropperMinusTool : selected;
+    }
+    if (keys.option) return zoomOutTool;
+    if (keys.command) return zoomInTool;
+    return button == ToolButton::hand ? handTool : selected;
 }

@@ -8,7 +8,16 @@
 #include <cstdint>
 #include <optional>
 
-enum class ToolButton : std::uint8_t { hand, zoom, eyedropper };
+/// No change of cursor.
+constexpr short kNoCursor = -1;
+
+/// Keys that change what the tools do.
+struct HeldKeys {
+    bool space;
+    bool command;
+    bool shift;
+    bool option;
+};
 
 /// What the buttons that have two sides show.
 struct ToolButtonState {
@@ -29,7 +38,7 @@ struct LastPress {
     short item = 0;
 };
 
-/// Resource id of a tool's cursor; -1 for values that are no tool: no change of cursor.
+/// Resource id of a tool's cursor; kNoCursor for values that are no tool.
 short GetToolCursorID(ToolType tool);
 
 /// The button that a tool belongs to; the hand's for values that are no tool.
@@ -38,8 +47,12 @@ ToolButton ToolTypeToToolButton(ToolType tool);
 /// Item of a tool's button in the indexed dialog.
 short ToolTypeToToolSlot(ToolType tool);
 
-/// The button that an item of the indexed dialog is; the hand for items that are none.
-ToolButton ToolSlotToToolButton(short item);
+/// Item of a tool's button.
+short SlotOfTool(const PreviewItems& items, ToolType tool);
+/// The button that an item is; the hand for items that are none.
+ToolButton ButtonOfSlot(const PreviewItems& items, short item);
+/// True for the items of the tool box's buttons.
+bool IsButton(const PreviewItems& items, short item);
 
 /// Resource id of a button's picture.
 short ToolPictureID(ToolButton button, const ToolButtonState& state, bool isSelected);
@@ -53,3 +66,6 @@ bool NotePress(LastPress* last, short item, std::uint32_t when, std::uint32_t no
 /// option key is down. Nothing, with nothing changed, for a dimmed eyedropper.
 std::optional<ToolChoice> ChooseTool(ToolButton button, bool optionDown, bool isDoubleClick,
                                      ToolButtonState* state);
+
+/// What a click in the preview does with the selected tool and the keys held.
+ToolType ToolForKeys(ToolType selected, const HeldKeys& keys);

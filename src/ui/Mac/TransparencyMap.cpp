@@ -130,8 +130,7 @@ void HighlightCLUTSelection(DialogPtr dialog, int index, Boolean erase) {
 namespace {
 
 void DrawUsedCell(const Rect& cell, RGBtuple color) {
-    const auto widen = [](std::uint8_t level) { return static_cast<std::uint16_t>(level * 257); };
-    FillWithColor(cell, {widen(color.red), widen(color.green), widen(color.blue)});
+    FillWithColor(cell, WidenToWords(color));
     PenNormal();
     FrameRect(&cell);
 }
