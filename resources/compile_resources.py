@@ -152,9 +152,8 @@ def read_alert(text):
 
 
 ITEMS = {  # code in item lists, and what follows the word: a text, nothing, or an id of that type
-    "button": (4, "text"), "check": (5, "text"), "radio": (6, "text"), "static": (8, "text"),
-    "edit": (16, "text"), "user": (0, None), "control": (7, b"CNTL"), "popup": (7, b"MENU"),
-    "picture": (64, b"PICT")}
+    "button": (4, "text"), "check": (5, "text"), "static": (8, "text"), "edit": (16, "text"),
+    "user": (0, None), "popup": (7, b"MENU")}
 
 
 def read_items(text, number):
@@ -172,24 +171,12 @@ def read_items(text, number):
             data = b"\2" + words(referred)
         bounds = text.bounds()
         if payload == b"MENU":  # the pop-up's control has the menu's id, and that as its minimum
-            yield b"CNTL", referred, control(bounds, 0, referred, 0, 1008, "")
+            visible = 0x0100  # a byte and its filler
+            fields = words(*bounds, 0, visible, 0, referred, 1008)
+            yield b"CNTL", referred, fields + longs(0) + string("")
         disabled = 128 if text.take(r"disabled\b") else 0
         items += padded(longs(0) + words(*bounds) + bytes([code + disabled]) + data)
     yield b"DITL", number, words(count - 1) + items
-
-
-def control(bounds, value, least, most, kind, title):
-    visible = 0x0100  # a byte and its filler
-    return words(*bounds, value, visible, most, least, kind) + longs(0) + string(title)
-
-
-def read_control(text):
-    number, title, bounds = text.id(), text.text("a title"), text.bounds()
-    fields = []
-    for word in ("value", "min", "max", "kind"):
-        text.expect(word)
-        fields.append(text.number("a number"))
-    yield b"CNTL", number, control(bounds, *fields, title)
 
 
 def read_menu(text):
@@ -289,9 +276,8 @@ def read_picture(text):
 
 
 STATEMENTS = {
-    "strings": read_strings, "dialog": read_dialog, "alert": read_alert, "control": read_control,
-    "menu": read_menu, "cursor": read_cursor, "picture": read_picture, "palette": read_palette,
-    "bytes": read_bytes}
+    "strings": read_strings, "dialog": read_dialog, "alert": read_alert, "menu": read_menu,
+    "cursor": read_cursor, "picture": read_picture, "palette": read_palette, "bytes": read_bytes}
 
 
 def read_png(path):

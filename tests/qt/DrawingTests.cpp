@@ -107,22 +107,4 @@ TEST_F(Drawing, UsesEveryPixelOfAFineScreen) {
     EXPECT_FALSE(IsMadeOfSquares(image, part(10, 68, 60, 14), ratio)) << "text is not enlarged";
 }
 
-TEST_F(Drawing, ShowsPictureItemsAsDrawPictureDoes) {
-    DialogItem& item = *dialog->Item(kTestHand);
-    item.kind = kPictureItem;
-    item.rect = {250, 20, 274, 44};
-    item.picture = 500;
-    ShowSamples();
-    const qreal ratio = Window()->devicePixelRatioF();
-    const QRect place(QPoint(20, 250) * ratio, QSize(24, 24) * ratio);
-    const QImage shown = Grab().copy(place);
-    SetPort(dialog);
-    EraseRect(&item.rect);
-    Settle();
-    EXPECT_NE(Grab().copy(place), shown) << "nothing was shown";
-    DrawPicture(GetPicture(500), &item.rect);
-    Settle();
-    EXPECT_EQ(Grab().copy(place), shown);
-}
-
 } // namespace

@@ -80,35 +80,27 @@ class CompilerTest(unittest.TestCase):
                 2 static "v${VERSION} \\"^0\\"" at 0 0 size 1 1 disabled
                 3 user at 1 2 size 3 4 disabled
                 4 popup 301 at 5 6 size 10 10
-                5 picture 302 at 0 0 size 1 1
-                6 edit "" at 0 0 size 1 1
-                7 check "A" at 0 0 size 1 1
-                8 radio "B" at 0 0 size 1 1
-                9 control 303 at 0 0 size 1 1
+                5 edit "" at 0 0 size 1 1
+                6 check "A" at 0 0 size 1 1
             }
             alert 400 size 10 20 { }
             menu 301 "M" { "One" "Two" disabled separator "Four" }
-            control 303 "C" at 1 2 size 3 4 value 5 min -6 max 7 kind 16
             bytes "PICT" 302 { }
             cursor 304 hotspot 3 15 { "#o.............."
             """ + '"................"' * 14 + '"oooooooooooooooo" }')
         expected = {
             ("DLOG", 300): "0000 0000 0064 00C8 0005 0000 0000 00000000 012C 05'Title'",
-            ("DITL", 300): "0008 00000000 0014 000A 0024 005A 04 02'OK'"
+            ("DITL", 300): "0005 00000000 0014 000A 0024 005A 04 02'OK'"
                            "00000000 0000 0000 0001 0001 88 09'v1.2 \"^0\"' 00"
                            "00000000 0002 0001 0006 0004 80 00"
                            "00000000 0006 0005 0010 000F 07 02 012D"
-                           "00000000 0000 0000 0001 0001 40 02 012E"
                            "00000000 0000 0000 0001 0001 10 00"
-                           "00000000 0000 0000 0001 0001 05 01'A' 00"
-                           "00000000 0000 0000 0001 0001 06 01'B' 00"
-                           "00000000 0000 0000 0001 0001 07 02 012F",
+                           "00000000 0000 0000 0001 0001 05 01'A' 00",
             ("CNTL", 301): "0006 0005 0010 000F 0000 0100 0000 012D 03F0 00000000 00",
             ("ALRT", 400): "0000 0000 0014 000A 0190 5555",
             ("DITL", 400): "FFFF",
             ("MENU", 301): "012D 0000 0000 0000 0000 FFFFFFF3 01'M' 03'One' 00000000"
                            "03'Two' 00000000 01'-' 00000000 04'Four' 00000000 00",
-            ("CNTL", 303): "0002 0001 0006 0004 0005 0100 0007 FFFA 0010 00000000 01'C'",
             ("PICT", 302): "",
             ("CURS", 304): "8000" + "0000" * 15 + "C000" + "0000" * 14 + "FFFF 000F 0003"}
         self.assertEqual(resources, {(kind.encode(), number): from_hex(data)

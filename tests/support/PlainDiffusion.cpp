@@ -1,18 +1,10 @@
 #include "PlainDiffusion.h"
 
+#include "DiffuseColor.h"
 #include "PlainAdaptivePalette.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <utility>
-
-namespace {
-
-void AddWrapping(std::int16_t& cell, int part) {
-    cell = static_cast<std::int16_t>(cell + part);
-}
-
-} // namespace
 
 PlainDiffusion::PlainDiffusion(const RGBLookUpTable& palette, std::vector<std::uint8_t> inverseMap,
                                int pictureColumns, int planeCount, PackedColor transparentColor,
@@ -63,18 +55,13 @@ void PlainDiffusion::OneRow(const std::uint8_t* pixels, int y, std::uint8_t* ind
         std::int16_t* cell = here + 3 * (x + 1);
         std::int16_t* under = next + 3 * (x + 1);
         for (int c = 0; c < 3; ++c)
-            wanted[c] = std::clamp(wanted[c] + cell[c] - (cell[c] >> 2), 0, 255);
+            wanted[c] = DiffuseIn(static_cast<std::uint8_t>(wanted[c]), cell[c]);
         const std::uint8_t index = inverse[static_cast<std::size_t>(
             (wanted[0] >> 3 << 10) + (wanted[1] >> 3 << 5) + (wanted[2] >> 3))];
         indices[x] = index;
         const int got[3] = {table.red[index], table.green[index], table.blue[index]};
-        for (int c = 0; c < 3; ++c) {
-            const int error = wanted[c] - got[c];
-            const int quarter = error >> 2; // shifts round down
-            const int share = (error - quarter) >> 1;
-            AddWrapping(under[c - ahead], quarter);
-            AddWrapping(under[c], share);
-            AddWrapping(cell[c + ahead], share);
-        }
+        for (int c = 0; c < 3; ++c)
+            DiffuseOut(static_cast<std::int16_t>(wanted[c] - got[c]), &under[c - ahead], &under[c],
+                       &cell[c + ahead]);
     }
 }

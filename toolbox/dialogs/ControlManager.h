@@ -24,20 +24,11 @@ inline short GetCtlValue(ControlHandle control) {
 inline void SetCtlValue(ControlHandle control, short value) {
     SetControlValue(control, value);
 }
-inline short GetCtlMin(ControlHandle control) {
-    return GetControlMinimum(control);
-}
 inline short GetCtlMax(ControlHandle control) {
     return GetControlMaximum(control);
 }
 inline void SetCtlMax(ControlHandle control, short maximum) {
     SetControlMaximum(control, maximum);
-}
-inline void GetCTitle(ControlHandle control, StringPtr title) {
-    GetControlTitle(control, title);
-}
-inline void SetCTitle(ControlHandle control, ConstStr255Param title) {
-    SetControlTitle(control, title);
 }
 
 #pragma GCC visibility pop

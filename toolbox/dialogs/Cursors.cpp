@@ -63,7 +63,3 @@ void SetCursor(const Cursor* cursor) {
 void SetArrowCursor() {
     Show(nullptr);
 }
-
-void InitCursor() {
-    SetArrowCursor();
-}

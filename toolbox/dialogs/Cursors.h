@@ -12,6 +12,5 @@ CursHandle GetCursor(short id);
 /// Shows a cursor; null does nothing.
 void SetCursor(const Cursor* cursor);
 void SetArrowCursor();
-void InitCursor();
 
 #pragma GCC visibility pop

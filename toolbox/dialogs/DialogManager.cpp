@@ -125,9 +125,6 @@ void AddItem(DialogRecord& dialog, const ItemTemplate& source) {
     case kEditTextItem:
         if (dialog.editItem == 0) dialog.editItem = number;
         return;
-    case kPictureItem:
-        item.picture = source.data;
-        return;
     default:
         throw CannotBuild(); // a kind that no display has
     }

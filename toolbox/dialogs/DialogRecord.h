@@ -60,7 +60,6 @@ enum : std::int16_t {
     kResourceControlItem = 7, ///< a control of a resource; here always a pop-up
     kStaticTextItem = 8,
     kEditTextItem = 16,
-    kPictureItem = 64,
     kItemDisabled = 128,
 };
 
@@ -74,7 +73,6 @@ struct DialogItem {
     MenuHandle menu = nullptr;   ///< of a pop-up
     UserItemProc draw = nullptr; ///< of a user item
     std::string text;            ///< title, static text as in the resource, or edit text; UTF-8
-    std::int16_t picture = 0;    ///< resource id of a picture item
     bool isGroup = false;        ///< an outline, not a target of presses
     bool invalid = true;         ///< is to be drawn
 

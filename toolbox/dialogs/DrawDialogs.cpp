@@ -47,7 +47,6 @@ void DrawItem(DialogPtr dialog, short number) {
         }
         return;
     case kStaticTextItem:
-    case kPictureItem:
         TellSource(dialog, number, ItemChange::look);
         return;
     default:

@@ -28,9 +28,6 @@ short GetPopUpMenuValue(DialogPtr dialog, short item);
 /// Digits with an optional sign; anything else ends the number. No digits give 0.
 void StringToNumber(ConstStr255Param text, std::int32_t* number);
 void NumberToString(std::int32_t number, StringPtr text);
-inline void StringToNum(ConstStr255Param text, std::int32_t* number) {
-    StringToNumber(text, number);
-}
 inline void NumToString(std::int32_t number, StringPtr text) {
     NumberToString(number, text);
 }

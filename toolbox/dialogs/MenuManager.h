@@ -15,18 +15,4 @@ short CountMenuItems(MenuHandle menu);
 void EnableItem(MenuHandle menu, short entry);
 void DisableItem(MenuHandle menu, short entry);
 
-// Older names
-inline short CountMItems(MenuHandle menu) {
-    return CountMenuItems(menu);
-}
-inline void InsMenuItem(MenuHandle menu, ConstStr255Param text, short after) {
-    InsertMenuItem(menu, text, after);
-}
-inline void SetItem(MenuHandle menu, short entry, ConstStr255Param text) {
-    SetMenuItemText(menu, entry, text);
-}
-inline void GetItem(MenuHandle menu, short entry, StringPtr text) {
-    GetMenuItemText(menu, entry, text);
-}
-
 #pragma GCC visibility pop

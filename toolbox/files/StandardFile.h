@@ -34,8 +34,8 @@ StandardFileResponder* SetStandardFileResponder(StandardFileResponder* responder
 void StandardPutFile(ConstStr255Param prompt, ConstStr255Param defaultName,
                      StandardFileReply* reply);
 
-/// Asks for a file to open among those that `filter` (may be null) does not hide and, when
-/// typeCount is not negative, whose type is in the list.
+/// Asks for a file to open among those that `filter` (may be null) does not hide. Every type is
+/// shown: typeCount is -1 and typeList null, since this toolbox has no lists of types.
 void StandardGetFile(FileFilterProc filter, std::int16_t typeCount, const OSType* typeList,
                      StandardFileReply* reply);
 

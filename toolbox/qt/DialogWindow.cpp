@@ -23,14 +23,6 @@ void InvalidateAll(DialogPtr dialog) {
         InvalItem(dialog, static_cast<short>(i + 1));
 }
 
-void DrawPictureItem(DialogPtr dialog, const DialogItem& item) {
-    GrafPtr before = nullptr;
-    GetPort(&before);
-    SetPort(dialog);
-    DrawPicture(GetPicture(item.picture), &item.rect);
-    SetPort(before);
-}
-
 } // namespace
 
 DialogWindow::DialogWindow(DialogPtr theDialog, Postings& thePostings)
@@ -94,11 +86,8 @@ void DialogWindow::Update(short item, ItemChange change) {
     if (item < 1 || static_cast<std::size_t>(item) > widgets.size()) return; // not yet presented
     QWidget* widget = widgets[static_cast<std::size_t>(item) - 1];
     if (!widget) return;
-    const DialogItem& record = *dialog->Item(item);
     if (change == ItemChange::focus) return UpdateFocus(item);
-    if (change == ItemChange::look && record.BaseKind() == kPictureItem)
-        return DrawPictureItem(dialog, record);
-    const bool isOff = change == ItemChange::state && record.IsDisabled();
+    const bool isOff = change == ItemChange::state && dialog->Item(item)->IsDisabled();
     if (isOff && widget->hasFocus()) canvas->setFocus(); // and not whatever comes next
     UpdateItemWidget(dialog, item, widget, change);
 }

@@ -155,7 +155,6 @@ QWidget* MakeWidget(DialogPtr dialog, short number, QWidget* parent, Postings& p
     case kStaticTextItem:
         return MakeStaticText(parent);
     case kUserItem:
-    case kPictureItem:
         return item.isGroup ? nullptr : new DrawnItem(parent);
     default:
         return nullptr;
