@@ -76,14 +76,14 @@ template <int kPixelBytes, int kStep> struct RowScan {
         // The same result as DiffuseIn, followed by a look into the inverse map.
         const PixelVector errors = cell + share;
         const PixelVector corrected = (color + errors).Grouped() - (errors >> 2);
-        const std::uint8_t index = mapping.inverse[CellOf(corrected.ClampToBytes())];
+        const PixelVector wanted = corrected.Clamp();
+        const std::uint8_t index = mapping.inverse[wanted.Cell()];
         dst[i * kStep] = index;
 
         // The same result as DiffuseOut. Each pixel needs the share of the pixel before it, so the
         // share is computed in as few dependent steps as possible: half of what remains of an error
         // e without its quarter is (3 * e + 3) >> 3, and three times the wanted colour is ready
         // before the palette entry has been loaded.
-        const PixelVector wanted = corrected.Clamp();
         const PixelVector error = wanted - PixelVector::LoadFour(mapping.levels[index]);
         const Step step = {errors, share + (error >> 2)};
         share = (wanted + wanted + wanted + PixelVector::Splat(3) -

@@ -43,7 +43,7 @@ void CountRGBARow(const std::uint8_t* pixel, int columns, PixelVector below,
     for (; columns > 0; --columns, pixel += 4) {
         const std::uint32_t bytes = LoadFourBytes(pixel);
         const PixelVector color = CompositePixel(PixelVector::Widen(bytes), below);
-        histogram[CellOf(color.ClampToBytes())] += pixel[3] != 0;
+        histogram[color.Clamp().Cell()] += pixel[3] != 0;
     }
 }
 

@@ -30,14 +30,13 @@ void SeedCells(const RGBLookUpTable& table, std::uint8_t* inverse, std::uint8_t*
 // SpreadAcross for 16 lines that lie side by side and do not depend on each other. A cell keeps its
 // own entry when its distance equals the smaller of both distances, so ties are kept as well.
 void SpreadManyAcross(std::uint8_t* inverse, std::uint8_t* distance, std::ptrdiff_t stride) {
-    const ByteVector one = ByteVector::Splat(1);
     ByteVector carriedIndex = ByteVector::Load(inverse);
     ByteVector carriedDistance = ByteVector::Load(distance);
     for (int i = 1; i < kCells; ++i) {
         inverse += stride;
         distance += stride;
         const ByteVector own = ByteVector::Load(distance);
-        carriedDistance = carriedDistance.AddSaturated(one).Min(own); // 255 stays unreached
+        carriedDistance = carriedDistance.Next().Min(own); // 255 stays unreached
         carriedIndex = own.Equal(carriedDistance).Choose(ByteVector::Load(inverse), carriedIndex);
         carriedIndex.Store(inverse);
         carriedDistance.Store(distance);

@@ -31,13 +31,11 @@ TEST(Composite, RoundsToTheNearestLevelOneByOneAndAllAtOnce) {
                     << level << " over " << below << " with opacity " << alpha;
                 const auto bytes = static_cast<std::uint32_t>(level | 255 << 16) |
                                    static_cast<std::uint32_t>(alpha) << 24;
-                const std::uint32_t mixed =
-                    CompositePixel(PixelVector::Widen(bytes), PixelVector::Splat(below))
-                        .ClampToBytes();
-                ASSERT_EQ(PackRGB(static_cast<std::uint8_t>(mixed),
-                                  static_cast<std::uint8_t>(mixed >> 8),
-                                  static_cast<std::uint8_t>(mixed >> 16)),
-                          wanted)
+                std::int16_t mixed[4];
+                CompositePixel(PixelVector::Widen(bytes), PixelVector::Splat(below))
+                    .StoreFour(mixed);
+                const auto byte = [&mixed](int i) { return static_cast<std::uint8_t>(mixed[i]); };
+                ASSERT_EQ(PackRGB(byte(0), byte(1), byte(2)), wanted)
                     << level << " over " << below << " with opacity " << alpha << ", all at once";
             }
 }
