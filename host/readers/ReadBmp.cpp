@@ -2,6 +2,7 @@
 
 #include "MetadataAllowance.h"
 #include "Problem.h"
+#include "ScaleSample.h"
 
 #include <algorithm>
 #include <array>
@@ -191,9 +192,9 @@ void ColorReader::ReadRow(const std::uint8_t* from, std::uint8_t* to) {
 
 std::uint8_t ColorReader::Level(std::uint32_t word, const Mask& mask) {
     const std::uint64_t maximum = mask.Maximum();
-    const std::uint64_t scaled = std::uint64_t{(word & mask.bits) >> mask.Shift()} * 255;
-    if (maximum > 255 && scaled % maximum != 0) picture.notes.rounded = true;
-    return static_cast<std::uint8_t>((scaled + maximum / 2) / maximum);
+    const std::uint64_t sample = (word & mask.bits) >> mask.Shift();
+    if (maximum > 255 && sample * 255 % maximum != 0) picture.notes.rounded = true;
+    return ScaleSample(sample, maximum);
 }
 
 /// Unpacks runs into a picture's indices.

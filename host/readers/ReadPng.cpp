@@ -4,6 +4,7 @@
 #include "ExifOrientation.h"
 #include "MetadataAllowance.h"
 #include "Problem.h"
+#include "ScaleSample.h"
 #include "StatedColors.h"
 
 #include <algorithm>
@@ -53,10 +54,6 @@ constexpr ColorForm kColorForms[] = {
 
 bool IsNamed(const png_unknown_chunk& chunk, std::string_view name) {
     return name == reinterpret_cast<const char*>(chunk.name);
-}
-
-std::uint8_t ReduceTo8Bits(unsigned sample) {
-    return static_cast<std::uint8_t>((sample * 255 + 32767) / 65535);
 }
 
 /// Reads one file. libpng reports errors by a jump back into Guard. Therefore everything that owns
@@ -319,7 +316,8 @@ void PngReader::PlaceRow(int row, const Grid& grid) {
                 continue;
             }
             const unsigned sample = samples[form->from[n]];
-            pixel[n] = depth == 16 ? ReduceTo8Bits(sample) : static_cast<std::uint8_t>(sample);
+            pixel[n] =
+                depth == 16 ? ScaleSample(sample, 65535U) : static_cast<std::uint8_t>(sample);
             if (depth == 16 && sample % 257 != 0) picture.notes.rounded = true;
         }
         if (opacities) opacities[column] = transparent ? 0 : 255;

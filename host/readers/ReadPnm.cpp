@@ -1,6 +1,7 @@
 #include "ReadPnm.h"
 
 #include "Problem.h"
+#include "ScaleSample.h"
 
 #include <algorithm>
 #include <bit>
@@ -180,8 +181,7 @@ std::vector<std::uint8_t> MakeLevels(const Header& header) {
     const bool isIndex = header.depth == 1 && maximum <= 255;
     std::vector<std::uint8_t> levels(maximum + 1);
     for (unsigned value = 0; value <= maximum; ++value)
-        levels[value] =
-            static_cast<std::uint8_t>(isIndex ? value : (value * 255 + maximum / 2) / maximum);
+        levels[value] = isIndex ? static_cast<std::uint8_t>(value) : ScaleSample(value, maximum);
     return levels;
 }
 

@@ -3,6 +3,7 @@
 #include "CommentText.h"
 #include "MetadataAllowance.h"
 #include "Problem.h"
+#include "ScaleSample.h"
 #include "TiffFile.h"
 #include "TiffSamples.h"
 
@@ -158,7 +159,7 @@ void SetTable(const TiffFile& file, Picture& picture, int bits) {
         if (range == TableRange::highByte) return static_cast<std::uint8_t>(value >> 8);
         if (range == TableRange::lowByte) return static_cast<std::uint8_t>(value);
         if (value % 257 != 0) picture.notes.rounded = true;
-        return static_cast<std::uint8_t>((value * 255 + 32767) / 65535);
+        return ScaleSample(value, 65535U);
     };
     for (int index = 0; index < picture.colors; ++index)
         SetTableEntry(

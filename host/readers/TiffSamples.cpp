@@ -1,5 +1,7 @@
 #include "TiffSamples.h"
 
+#include "ScaleSample.h"
+
 #include <algorithm>
 #include <span>
 #include <string>
@@ -12,7 +14,7 @@ namespace {
 /// A sample of the range 0..top, scaled to 0..whole and rounded.
 std::uint8_t Scale(unsigned sample, unsigned whole, unsigned top) {
     if (whole == 0) return 0;
-    return static_cast<std::uint8_t>(std::min((sample * top + whole / 2) / whole, top));
+    return ScaleSample(std::min(sample, whole), whole, top);
 }
 
 } // namespace
