@@ -18,6 +18,8 @@
 #include "PlainGif.h"
 #include "PlainInverseMap.h"
 #include "PlainLzw.h"
+#include "PlainReduce.h"
+#include "Reduce.h"
 #include "TemporaryFolder.h"
 #include "WriteGIF89.h"
 
@@ -178,6 +180,32 @@ void WriteGifPlain(const BenchPicture& picture) {
     WritePlainFile(image);
 }
 
+// ---- reduce, reduce_diffuse
+
+gif89::Pixels PixelsOf(const BenchPicture& picture) {
+    return {picture.rgb.data(), kBenchRows, kBenchColumns};
+}
+gif89::Palette PaletteOf(const BenchPicture& picture) {
+    gif89::Palette palette;
+    for (const PackedColor color : TableColors(picture.palette, 256))
+        palette.push_back(gif89::Color::Unpack(color));
+    return palette;
+}
+
+// All of it; only its mapping has a plain version.
+void ReduceStage(const BenchPicture& picture) {
+    benchmark::DoNotOptimize(gif89::Reduce(PixelsOf(picture), {}).indices.get());
+}
+void ReduceDiffuseStage(const BenchPicture& picture) {
+    const gif89::Palette palette = PaletteOf(picture);
+    gif89::DiffusePixels(PixelsOf(picture), {palette}, 100, Indices().data());
+    benchmark::ClobberMemory();
+}
+void ReduceDiffusePlain(const BenchPicture& picture) {
+    const gif89::Palette palette = PaletteOf(picture);
+    benchmark::DoNotOptimize(PlainDiffusePixels(PixelsOf(picture), {palette}, 100));
+}
+
 // ---- export_rgb
 
 /// Saves as bench.gif, replacing the one before.
@@ -223,7 +251,7 @@ void ExportPlain(const BenchPicture& picture) {
 
 constexpr struct {
     const char* name;
-    Stage stage, plain;
+    Stage stage, plain; ///< plain may be left out
 } kStages[] = {
     {"exact_count", ExactCountStage, ExactCountPlain},
     {"histogram", HistogramStage, HistogramPlain},
@@ -233,6 +261,8 @@ constexpr struct {
     {"diffuse_alpha", DiffuseAlphaStage, DiffuseAlphaPlain},
     {"lzw", LzwStage, LzwPlain},
     {"write_gif", WriteGifStage, WriteGifPlain},
+    {"reduce", ReduceStage, nullptr},
+    {"reduce_diffuse", ReduceDiffuseStage, ReduceDiffusePlain},
     {"export_rgb", ExportStage, ExportPlain},
 };
 
@@ -254,10 +284,12 @@ void RegisterStages() {
             if (!MakesSense(entry.name, picture.kind)) continue;
             const std::string name = entry.name;
             for (const auto& [stageName, stage] :
-                 {std::pair{name, entry.stage}, {name + "_plain", entry.plain}})
+                 {std::pair{name, entry.stage}, {name + "_plain", entry.plain}}) {
+                if (stage == nullptr) continue;
                 benchmark::RegisterBenchmark((stageName + "/" + picture.name).c_str(), Measure,
                                              stage, &picture)
                     ->Unit(benchmark::kMillisecond);
+            }
         }
 }
 

@@ -43,7 +43,8 @@ struct InputNotes {
     std::string profileName;  ///< its description, UTF-8; empty when it has none
     int orientation = 1;      ///< as the file states it, 1..8 (EXIF); 1 is upright
     bool oriented = false;    ///< the picture was turned upright accordingly
-    bool madeIndexed = false; ///< its table was made of the few colours of a picture without one
+    bool madeIndexed = false; ///< its table was made for a picture without one
+    bool reduced = false;     ///< that table does not have all of its colours
     /// Sentences about damage behind the pixels of the first picture, see NoteDamage.
     std::vector<std::string> warnings;
 };
