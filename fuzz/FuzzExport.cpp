@@ -61,7 +61,7 @@ void TakePalette(FuzzInput& input, Wishes& wishes) {
 }
 
 Wishes TakeWishes(FuzzInput& input, const Picture& picture) {
-    Wishes wishes;
+    Wishes wishes = {.leavesToModule = true};
     wishes.mode = static_cast<Mode>(input.Number(0, 2));
     wishes.interlace = TakeSwitch(input);
     wishes.comment = TakeSwitch(input);

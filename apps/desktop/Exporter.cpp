@@ -5,6 +5,7 @@
 #include "ExportModule.h"
 #include "OpenDisplay.h"
 #include "Problem.h"
+#include "ReducePicture.h"
 #include "StatusText.h"
 
 #include <filesystem>
@@ -33,6 +34,7 @@ Prepared Prepare(const ExportTask& task, Wishes wishes) {
         throw Problem(RefusalText(*refusal).toStdString(), ProblemKind::usage);
     Plan plan = std::get<Plan>(std::move(planned));
     BringIntoShape(picture, plan);
+    if (plan.way == Way::reduced) picture = ReducePicture(picture, plan.reduction);
     return {std::move(picture), std::move(plan)};
 }
 
@@ -55,7 +57,7 @@ void CheckWishes(const ExportTask& task, const Wishes& wishes) {
 }
 
 std::optional<Exported> ExportWithDialogs(const ExportTask& task) {
-    const Prepared prepared = Prepare(task, {});
+    const Prepared prepared = Prepare(task, {.leavesToModule = true});
     const DisplayParts display = OpenDisplay();
     ChoicesWatch watch(*display.events, display.files, prepared.picture);
     try {

@@ -112,6 +112,9 @@ QString RefusalText(const Refusal& refusal) {
         return QStringLiteral("an exact palette has the picture's own number of colours");
     case Refusal::Kind::tooManyForExact:
         return QStringLiteral("the picture has too many colours for an exact palette");
+    case Refusal::Kind::notTheModules:
+    case Refusal::Kind::tooManyKept:
+        return QStringLiteral("the module has no such palette");
     case Refusal::Kind::nothingToCut:
         return QStringLiteral("only a fixed or loaded palette can be cut");
     }

@@ -5,6 +5,7 @@
 #include "OpenDisplay.h"
 #include "Preset.h"
 #include "ReadPicture.h"
+#include "ReducePicture.h"
 #include "RefusalText.h"
 
 #include <unistd.h>
@@ -147,6 +148,11 @@ void Converter::Work(std::size_t number, InputOutcome& outcome) {
     std::optional<Picture> original;
     if (ChangesPixels(picture, options.wishes)) original = CopyPicture(picture);
     const Plan plan = Prepare(picture);
+    if (plan.way == Way::reduced) {
+        Picture reduced = ReducePicture(picture, plan.reduction);
+        if (!original) original = std::move(picture);
+        picture = std::move(reduced);
+    }
 
     terminal.ShowProgress(number, input, "exporting");
     SaveChecks checks;

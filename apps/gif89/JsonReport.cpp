@@ -34,7 +34,7 @@ Json InputJson(const InputNotes& notes) {
 }
 
 const char* PaletteName(const ExportReport& report) {
-    if (report.way == Way::module) return NameOf(report.palette);
+    if (report.way == Way::module || report.way == Way::reduced) return NameOf(report.palette);
     return report.way == Way::ownTable ? "own" : "found";
 }
 

@@ -81,13 +81,35 @@ void SetMode(Options& options, const char* value) {
 void SetPalette(Options& options, const char* value) {
     using enum PaletteKind;
     const std::string palette = NotEmpty("-p", value);
-    const std::pair<const char*, PaletteKind> kinds[] = {
-        {"exact", exact}, {"adaptive", adaptive}, {"fixed", fixed}};
+    const std::pair<const char*, PaletteKind> kinds[] = {{"best", best},         {"web", web},
+                                                         {"grey", grey},         {"exact", exact},
+                                                         {"adaptive", adaptive}, {"fixed", fixed}};
     const auto* const known = std::find_if(std::begin(kinds), std::end(kinds),
                                            [&](const auto& kind) { return palette == kind.first; });
     const bool isFile = known == std::end(kinds);
     options.wishes.palette = isFile ? PaletteKind::file : known->second;
     options.wishes.paletteFile = isFile ? palette : std::string();
+}
+
+void SetDithering(Options& options, const char* value) {
+    using enum Dithering;
+    constexpr std::pair<const char*, Dithering> kKinds[] = {
+        {"diffusion", diffusion}, {"ordered", ordered}, {"blue-noise", blueNoise}, {"none", none}};
+    const auto* const known =
+        std::find_if(std::begin(kKinds), std::end(kKinds),
+                     [value](const auto& kind) { return std::strcmp(value, kind.first) == 0; });
+    if (known == std::end(kKinds))
+        throw Problem(std::string("--dither ") + value +
+                          " is not known; expected diffusion, ordered, blue-noise or none",
+                      ProblemKind::usage);
+    options.wishes.dithering = known->second;
+}
+
+void AddKeptColors(Options& options, const char* value) {
+    for (const std::string& name : SplitList(value)) {
+        const RGBtuple color = ParseColor(name);
+        options.wishes.keptColors.push_back({color.red, color.green, color.blue});
+    }
 }
 
 void AddEntries(Options& options, const char* value) {
@@ -149,14 +171,25 @@ constexpr Option kOutputOptions[] = {
 
 constexpr Option kWayOptions[] = {
     {0, "mode", "MODE", choice, "rgb indexed",
-     "rgb: reduce the colours; indexed: keep the picture's own. Without it a picture is indexed "
-     "whenever that loses nothing",
+     "rgb: let the module reduce the colours; indexed: keep the picture's own. Without it a "
+     "picture keeps its colours where they fit, and is reduced to the best ones else",
      SetMode},
     {'n', "colors", "N", text, nullptr,
      "at most N colours, 2 to 256; with transparency its entry is among 256",
      [](Options& o, const char* value) { o.wishes.colors = ParseInRange("-n", value, 2, 256); }},
+    {0, "dither", "KIND", choice, "diffusion ordered blue-noise none",
+     "how colours between those of the palette are mixed; diffusion is the usual way",
+     SetDithering},
+    {0, "dither-amount", "N", text, nullptr, "strength of the mixing, 0 to 100 (the usual one)",
+     [](Options& o, const char* value) {
+         o.wishes.ditherAmount = ParseInRange("--dither-amount", value, 0, 100);
+     }},
+    {0, "keep-color", "LIST", text, nullptr,
+     "colours that the palette has in any case: #rrggbb with commas between", AddKeptColors},
     {'p', "palette", "PALETTE", file, nullptr,
-     "reduce to a palette: exact, adaptive, fixed, or a palette file", SetPalette},
+     "best (the usual one), web or grey; or let the module reduce to exact, adaptive, fixed or a "
+     "palette file",
+     SetPalette},
     {0, "resize", nullptr, none, nullptr, "cut a fixed or loaded palette to -n colours",
      [](Options& o, const char*) { o.wishes.resize = true; }},
     {0, "no-orient", nullptr, none, nullptr, "leave a picture as it is stored, turned or not",
@@ -215,7 +248,7 @@ constexpr Option kReportOptions[] = {
 constexpr Option kOtherOptions[] = {
     {0, "window", nullptr, none, nullptr,
      "ask in a window, with a preview; it opens with the options given here",
-     [](Options& o, const char*) { o.window = true; }},
+     [](Options& o, const char*) { o.window = o.wishes.leavesToModule = true; }},
     {'h', "help", nullptr, none, nullptr, "show this help",
      [](Options& o, const char*) { o.help = true; }},
     {0, "version", nullptr, none, nullptr, "show the version",

@@ -43,6 +43,11 @@ std::string TextOf(const Refusal& refusal) {
         return "the picture has too many colours for an exact palette";
     case Refusal::Kind::nothingToCut:
         return "only a fixed or loaded palette can be cut; --resize needs a palette, named with -p";
+    case Refusal::Kind::notTheModules:
+        return "the palettes best, web and grey, and --keep-color, are not for --mode rgb or "
+               "--window";
+    case Refusal::Kind::tooManyKept:
+        return "--keep-color names more colours than there may be entries";
     }
     return {};
 }

@@ -23,7 +23,8 @@ short EntryOf(PaletteKind palette) {
 } // namespace
 
 Answers::Answers(const Plan& thePlan, End how)
-    : plan(thePlan), end(how), script([this](DialogPtr dialog) { return NextAct(dialog); }) {}
+    : plan(thePlan), end(how), script([this](DialogPtr dialog) { return NextAct(dialog); }),
+      palette(plan.way == Way::reduced ? plan.palette : PaletteKind::open) {}
 
 void Answers::ThrowFailure() const {
     if (problem) throw *problem;

@@ -86,7 +86,7 @@ ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {
 // What was chosen
 
 Wishes ChoicesWatch::Choices(const DecodedGif& gif, Marks marks) const {
-    Wishes choices;
+    Wishes choices = {.leavesToModule = true};
     const bool indexed = picture.kind == Picture::Kind::indexed;
     const short interlace = indexed ? kIndexedInterlaceItem : kRGBInterlaceItem;
     const short comment = indexed ? kIndexedCommentItem : kRGBCommentItem;

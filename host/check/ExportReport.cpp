@@ -78,6 +78,8 @@ std::string WayText(const ExportReport& report) {
         return "indexed, the picture's own table";
     case Way::fewColors:
         return "indexed, a table made of the picture's colours";
+    case Way::reduced:
+        return "reduced to " + Counted(report.shownColors, "colour");
     case Way::module:
         break;
     }
@@ -152,7 +154,7 @@ std::vector<ReportLine> ReportLines(const ExportReport& report) {
 }
 
 const char* NameOf(PaletteKind palette) {
-    constexpr const char* kNames[] = {"", "exact", "adaptive", "fixed", "loaded"};
+    constexpr const char* kNames[] = {"", "exact", "adaptive", "fixed", "loaded", "best", "web", "grey"};
     return kNames[static_cast<int>(palette)];
 }
 

@@ -148,6 +148,7 @@ ExportReport GifComparison::Report(const Picture& exported, std::int64_t sourceC
     report.transparentIndex = gif.transparentIndex;
     report.tableEntries = gif.colors;
     report.way = exported.kind != Picture::Kind::indexed ? Way::module
+                 : exported.notes.reduced                ? Way::reduced
                  : exported.notes.madeIndexed            ? Way::fewColors
                                                          : Way::ownTable;
     report.palette = palette;

@@ -10,6 +10,8 @@
 namespace gif89 {
 namespace {
 
+// Opacity from here on is opaque; with a matte, all that can be seen at all.
+constexpr int kHalfOpaque = 128, kFaint = 1;
 constexpr RGBtuple kWhite = {0, 255, 255, 255};
 
 using Kind = Refusal::Kind;
@@ -46,6 +48,8 @@ class Planner {
         if (!picture.comment.empty()) plan.comment = wishes.comment;
         if (plan.way == Way::module)
             PlanRGB();
+        else if (plan.way == Way::reduced)
+            PlanReduced();
         else
             PlanIndexed();
         return std::move(plan);
@@ -54,14 +58,22 @@ class Planner {
   private:
     [[noreturn]] static void Refuse(Kind kind) { throw Refusal{kind}; }
 
-    bool ChoosesPalette() const { return wishes.palette != PaletteKind::open || wishes.resize; }
+    bool ChoosesModulePalette() const {
+        const bool own = wishes.palette == PaletteKind::open || wishes.palette >= PaletteKind::best;
+        return !own || wishes.resize;
+    }
+    bool ChoosesOwnPalette() const {
+        return wishes.palette > PaletteKind::best || !wishes.keptColors.empty();
+    }
 
     Way FindWay() {
         const bool automatic = wishes.mode == Mode::automatic;
-        if (wishes.mode == Mode::rgb || (automatic && ChoosesPalette())) return Way::module;
+        if (wishes.mode == Mode::rgb || (automatic && ChoosesModulePalette())) return Way::module;
+        const Way lossy = wishes.leavesToModule ? Way::module : Way::reduced;
+        if (automatic && ChoosesOwnPalette()) return lossy;
         const std::optional<Way> lossless = IsIndexed(picture) ? Way::ownTable : FindTable();
         if (!lossless && wishes.mode == Mode::indexed) Refuse(Kind::noTable);
-        return lossless && !(automatic && HasTooManyEntries(*lossless)) ? *lossless : Way::module;
+        return lossless && !(automatic && HasTooManyEntries(*lossless)) ? *lossless : lossy;
     }
 
     std::optional<Way> FindTable() {
@@ -84,7 +96,8 @@ class Planner {
 
     // A picture that is to keep its table.
     void PlanIndexed() {
-        if (wishes.mode == Mode::indexed && (ChoosesPalette() || HasTooManyEntries(plan.way)))
+        if (wishes.mode == Mode::indexed &&
+            (ChoosesModulePalette() || ChoosesOwnPalette() || HasTooManyEntries(plan.way)))
             Refuse(Kind::keepsTable);
         for (const EntryName& name : wishes.transparent) AddEntries(name);
         plan.channel = FindChannel();
@@ -134,11 +147,32 @@ class Planner {
         throw Refusal{.kind = Kind::noChannel, .name = name, .names = std::move(names)};
     }
 
-    void PlanRGB() {
-        using enum PaletteKind;
+    void CheckNeedsNoTable() const {
         if (!wishes.channels.empty()) Refuse(Kind::channelsNeedTable);
         if (!wishes.transparent.empty() || !wishes.alpha.empty() || wishes.invert)
             Refuse(Kind::entriesNeedTable);
+    }
+
+    void PlanReduced() {
+        CheckNeedsNoTable();
+        Reduction& how = plan.reduction;
+        how.entries = wishes.colors.value_or(kMostColors);
+        how.kept = wishes.keptColors;
+        how.dithering = wishes.dithering;
+        how.amount = wishes.ditherAmount;
+        if (wishes.palette == PaletteKind::web) how.given = WebPalette();
+        if (wishes.palette == PaletteKind::grey) how.given = GreyPalette(how.entries);
+        plan.palette = wishes.palette == PaletteKind::open ? PaletteKind::best : wishes.palette;
+        plan.channel = HasTransparent(picture) ? 1 : 0;
+        if (plan.channel > 0) plan.matte = wishes.matte;
+        if (static_cast<int>(how.kept.size()) > how.entries - plan.channel)
+            Refuse(Kind::tooManyKept);
+    }
+
+    void PlanRGB() {
+        using enum PaletteKind;
+        CheckNeedsNoTable();
+        if (wishes.palette >= best || !wishes.keptColors.empty()) Refuse(Kind::notTheModules);
         const bool own =
             wishes.palette == open || wishes.palette == exact || wishes.palette == adaptive;
         if (wishes.palette == exact && wishes.colors) Refuse(Kind::exactIsCounted);
@@ -164,14 +198,25 @@ class Planner {
 } // namespace
 
 bool ChangesPixels(const Picture& picture, const Wishes& wishes) {
-    return !wishes.transparent.empty() ||
-           (HasOpacity(picture) && (wishes.alphaThreshold > 0 || wishes.opaque));
+    if (!wishes.transparent.empty()) return true;
+    if (!HasOpacity(picture)) return false;
+    return wishes.opaque || wishes.alphaThreshold > 0 ||
+           (!wishes.leavesToModule && HasPartlyOpaque(picture));
 }
 
 void ApplyWishes(Picture& picture, const Wishes& wishes) {
     if (wishes.commentText) picture.comment = *wishes.commentText;
-    if (wishes.alphaThreshold > 0) CutOpacity(picture, wishes.alphaThreshold);
-    if (wishes.opaque) LayOver(picture, wishes.matte.value_or(kWhite));
+    const int threshold = wishes.alphaThreshold;
+    if (wishes.opaque) {
+        if (threshold > 0) CutOpacity(picture, threshold);
+        LayOver(picture, wishes.matte.value_or(kWhite));
+    } else if (wishes.leavesToModule) {
+        if (threshold > 0) CutOpacity(picture, threshold);
+    } else if (wishes.matte) {
+        BlendOver(picture, *wishes.matte, threshold > 0 ? threshold : kFaint);
+    } else {
+        CutOpacity(picture, threshold > 0 ? threshold : kHalfOpaque);
+    }
 }
 
 std::variant<Plan, Refusal> MakePlan(const Picture& picture, const Wishes& wishes) {
@@ -183,6 +228,7 @@ std::variant<Plan, Refusal> MakePlan(const Picture& picture, const Wishes& wishe
 }
 
 void BringIntoShape(Picture& picture, const Plan& plan) {
+    if (plan.way == Way::reduced) return;
     if (plan.way == Way::module) return ExpandToRGB(picture);
     if (plan.way == Way::fewColors)
         MakeIndexed(picture, {plan.table, plan.opaqueEntries, plan.hidesEntry});

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Picture.h"
+#include "Reduction.h"
 
 #include <optional>
 #include <string>
@@ -14,12 +15,16 @@ namespace gif89 {
 /// What the user asks for. Automatic keeps every pixel where the colours fit a table.
 enum class Mode : std::uint8_t { automatic, rgb, indexed };
 
+/// The module has those up to `file`, our own reduction those behind it.
 enum class PaletteKind : std::uint8_t {
-    open, ///< left to the module: exact where that is possible, else adaptive
+    open, ///< the best one; left to the module, exact where that is possible, else adaptive
     exact,
     adaptive,
     fixed,
     file,
+    best,
+    web,
+    grey,
 };
 
 /// Entries of a colour table: one by its number, or all of a colour.
@@ -33,9 +38,15 @@ struct Wishes {
     PaletteKind palette = PaletteKind::open;
     std::string paletteFile = {}; ///< with PaletteKind::file
     bool resize = false;          ///< a fixed or loaded palette is cut to `colors`
+    Palette keptColors = {};      ///< the palette has these in any case; fewer than `colors`
+    Dithering dithering = Dithering::diffusion;
+    int ditherAmount = 100; ///< 0..100
+    /// What does not fit, and what is partly opaque, is left to the module, whose dialogs a person
+    /// answers.
+    bool leavesToModule = false;
     // Transparency
     std::optional<RGBtuple> matte = {};
-    int alphaThreshold = 0; ///< 1..255: opacity below it becomes 0, all other 255
+    int alphaThreshold = 0; ///< 1..255: opacity below it becomes 0; 0 is half, with a matte 1
     bool opaque = false;    ///< what is transparent is laid over the matte, or white
     bool dropOwn = false;   ///< the picture's own transparency hides nothing
     std::vector<EntryName> transparent = {}; ///< to hide, beside the picture's own transparency
@@ -53,6 +64,7 @@ enum class Way : std::uint8_t {
     ownTable,  ///< the picture keeps its table and indices
     fewColors, ///< the picture gets a table of its colours
     module,    ///< the module reduces the colours
+    reduced,   ///< we reduce them, to a table
 };
 
 /// The way of one picture, and what the module's dialogs are told.
@@ -68,6 +80,8 @@ struct Plan {
     std::vector<int> transparent; ///< entries to mark; with a channel, to be hidden in that
     int channel = 0;              ///< its number from 1; 0 for none
     bool inverted = false;
+    // Way::reduced
+    Reduction reduction = {};
     // The RGB dialog
     PaletteKind palette = PaletteKind::open;
     std::string paletteFile;
@@ -89,6 +103,8 @@ struct Refusal {
         exactIsCounted,    ///< an exact palette has the picture's own number of colours
         tooManyForExact,   ///< for an exact palette
         nothingToCut,      ///< only a fixed or loaded palette can be cut
+        notTheModules,     ///< the module has no such palette, and keeps no colours
+        tooManyKept,       ///< more colours are to be kept than there may be
     };
     Kind kind;
     int number = 0, entries = 0;
@@ -101,15 +117,16 @@ struct Refusal {
 /// made before.
 bool ChangesPixels(const Picture& picture, const Wishes& wishes);
 
-/// First step, before channels are added: cuts the opacity at the threshold, lays the picture over
-/// the matte, and sets the comment, as far as that is wished.
+/// First step, before channels are added: makes every pixel transparent or opaque, by the threshold
+/// and the matte, unless that is left to the module, and sets the comment.
 void ApplyWishes(Picture& picture, const Wishes& wishes);
 
 /// Second step: decides. The picture is as ApplyWishes left it, with `wishes.channels` behind its
 /// own; those of an RGB picture count for the table that it may get.
 std::variant<Plan, Refusal> MakePlan(const Picture& picture, const Wishes& wishes);
 
-/// Third step: brings the picture into the planned shape. Throws Problem without memory.
+/// Third step: brings the picture into the planned shape, unless it is to be reduced. Throws
+/// Problem without memory.
 void BringIntoShape(Picture& picture, const Plan& plan);
 
 } // namespace gif89

@@ -7,7 +7,7 @@ namespace gif89 {
 namespace {
 
 /// Calls `apply` with a reference to each opacity; the rest of the picture is left alone.
-template <typename Apply> void ForEachOpacity(Picture& picture, Apply apply) {
+template <typename Apply> void ForEachOpacity(const Picture& picture, Apply apply) {
     if (picture.kind == Picture::Kind::rgb) return;
     const bool indexed = picture.kind == Picture::Kind::indexed;
     std::uint8_t* opacity =
@@ -16,7 +16,17 @@ template <typename Apply> void ForEachOpacity(Picture& picture, Apply apply) {
     const std::ptrdiff_t step = indexed ? 1 : 4;
     for (std::size_t left = picture.PixelCount(); left > 0; --left, opacity += step)
         apply(*opacity);
-    picture.visibleColors.reset();
+}
+
+// The colour is rounded to the nearest level, the opacity left alone.
+void BlendPixel(std::uint8_t* pixel, RGBtuple below) {
+    const int opacity = pixel[3];
+    const auto blend = [opacity](std::uint8_t& level, int under) {
+        level = static_cast<std::uint8_t>((level * opacity + under * (255 - opacity) + 127) / 255);
+    };
+    blend(pixel[0], below.red);
+    blend(pixel[1], below.green);
+    blend(pixel[2], below.blue);
 }
 
 } // namespace
@@ -32,10 +42,35 @@ int OwnTransparency(const Picture& picture) {
     return static_cast<int>(found - picture.channels.begin()) + 1;
 }
 
+bool HasTransparent(const Picture& picture) {
+    bool found = false;
+    ForEachOpacity(picture, [&found](std::uint8_t opacity) { found |= opacity == 0; });
+    return found;
+}
+
+bool HasPartlyOpaque(const Picture& picture) {
+    bool found = false;
+    ForEachOpacity(picture,
+                   [&found](std::uint8_t opacity) { found |= opacity != 0 && opacity != 255; });
+    return found;
+}
+
 void CutOpacity(Picture& picture, int threshold) {
+    if (!HasOpacity(picture)) return;
     ForEachOpacity(picture,
                    [threshold](std::uint8_t& opacity) { opacity = opacity < threshold ? 0 : 255; });
+    picture.visibleColors.reset();
     DropOpaqueAlpha(picture);
+}
+
+void BlendOver(Picture& picture, RGBtuple below, int threshold) {
+    if (OpacityOf(picture) && HasPartlyOpaque(picture)) ExpandToRGB(picture);
+    if (picture.kind == Picture::Kind::rgbAlpha) {
+        const std::uint8_t* const end = picture.pixels.get() + picture.PixelBytes();
+        for (std::uint8_t* pixel = picture.pixels.get(); pixel < end; pixel += 4)
+            if (pixel[3] >= threshold) BlendPixel(pixel, below);
+    }
+    CutOpacity(picture, threshold);
 }
 
 // Opacities of a table's pixels may give more colours than the table has.

@@ -49,10 +49,12 @@ Picture Describe(const std::string& line) {
 }
 
 std::string Tell(const Plan& plan) {
-    constexpr const char* kWays[] = {"own table", "few colours", "module"};
-    constexpr const char* kPalettes[] = {"", ", exact", ", adaptive", ", fixed", ", file"};
+    constexpr const char* kWays[] = {"own table", "few colours", "module", "reduced"};
+    constexpr const char* kPalettes[] = {"",       ", exact", ", adaptive", ", fixed",
+                                         ", file", ", best",  ", web",      ", grey"};
     std::ostringstream text;
     text << kWays[int(plan.way)];
+    if (plan.way == Way::reduced) text << " to " << plan.reduction.entries;
     for (const int entry : plan.transparent) text << ", entry " << entry;
     if (plan.channel > 0) text << ", channel " << plan.channel;
     if (plan.inverted) text << " inverted";
@@ -68,7 +70,8 @@ std::string Tell(const Refusal& refusal) {
     constexpr const char* kKinds[] = {
         "has no table",      "keeps its table",  "no entry",          "no colour",
         "no channel",        "nothing inverted", "entries, no table", "channels, no table",
-        "exact has a count", "exact is too few", "nothing to cut"};
+        "exact has a count", "exact is too few", "nothing to cut",    "not the module's",
+        "too many kept"};
     std::string text = kKinds[int(refusal.kind)];
     if (refusal.entries > 0)
         text += " " + std::to_string(refusal.number) + " of " + std::to_string(refusal.entries);
@@ -91,22 +94,24 @@ TEST(Plan, DecidesFromPictureAndWishes) {
         const char* expected;
     } cases[] = {
         {"rgb 256", {}, "few colours"},
-        {"rgb 257", {}, "module"},
+        {"rgb 257", {}, "reduced to 256, best"},
+        {"rgb 257", {.leavesToModule = true}, "module"},
         {"rgba 255 .", {}, "few colours, channel 1"},
-        {"rgba 256 .", {}, "module"},
-        {"rgba a~", {}, "module"},
+        {"rgba 256 .", {}, "reduced to 256, channel 1, best"},
+        {"rgba a~", {}, "few colours, channel 1"},
+        {"rgba a~", {.leavesToModule = true}, "module"},
         {"indexed ab", {}, "own table"},
         {"rgb 200", {.mode = Mode::rgb}, "module"},
         {"indexed ab", {.mode = Mode::rgb}, "module"},
         {"rgb 257", {.mode = Mode::indexed}, "has no table"},
-        {"rgba a~", {.mode = Mode::indexed}, "has no table"},
+        {"rgba a~", {.mode = Mode::indexed}, "few colours, channel 1"},
         // A number of colours reduces what has more, the entry of transparency among them.
         {"rgb 200", {.colors = 200}, "few colours"},
-        {"rgb 200", {.colors = 199}, "module, adaptive of 199"},
-        {"rgba 200 .", {.colors = 200}, "module, adaptive of 200"},
-        {"rgba 300 .", {.colors = 256}, "module, adaptive of 255"},
+        {"rgb 200", {.colors = 199}, "reduced to 199, best"},
+        {"rgba 200 .", {.colors = 200}, "reduced to 200, channel 1, best"},
+        {"rgba 300 .", {.mode = Mode::rgb, .colors = 256}, "module, adaptive of 255"},
         {"indexed fj", {.colors = 2}, "own table"},
-        {"indexed fjk", {.colors = 2}, "module, adaptive of 2"},
+        {"indexed fjk", {.colors = 2}, "reduced to 2, best"},
         {"indexed fjk", {.mode = Mode::indexed, .colors = 2}, "keeps its table"},
         {"rgb ab", {.mode = Mode::indexed, .palette = fixed}, "keeps its table"},
         // Palettes
@@ -115,6 +120,10 @@ TEST(Plan, DecidesFromPictureAndWishes) {
         {"rgb ab", {.colors = 9, .palette = fixed, .resize = true}, "module, fixed of 9 cut"},
         {"rgb ab", {.palette = adaptive, .resize = true}, "nothing to cut"},
         {"rgb ab", {.resize = true}, "nothing to cut"},
+        {"rgb ab", {.palette = best}, "few colours"},
+        {"indexed ab", {.colors = 9, .palette = grey}, "reduced to 9, grey"},
+        {"rgb ab", {.mode = Mode::rgb, .palette = web}, "not the module's"},
+        {"rgba a.", {.colors = 2, .keptColors = {{}, {}}}, "too many kept"},
         {"rgb 254", {.palette = exact}, "module, exact"},
         {"rgb 255", {.palette = exact}, "exact is too few"},
         {"rgba 254 .", {.palette = exact}, "exact is too few"},
@@ -122,7 +131,8 @@ TEST(Plan, DecidesFromPictureAndWishes) {
         // Transparency
         {"indexed ab +Transparency", {.matte = kMatte}, "own table, channel 1, matte"},
         {"indexed ab", {.matte = kMatte}, "own table"},
-        {"rgba a~", {.matte = kMatte}, "module, matte"},
+        {"rgba a~", {.matte = kMatte}, "few colours"},
+        {"rgba a~", {.leavesToModule = true, .matte = kMatte}, "module, matte"},
         {"rgba a~", {.matte = kMatte, .opaque = true}, "few colours"},
         {"rgba a~", {.alphaThreshold = 64}, "few colours"},
         {"rgba a~", {.alphaThreshold = 65}, "few colours, channel 1"},
@@ -149,7 +159,7 @@ TEST(Plan, DecidesFromPictureAndWishes) {
         EXPECT_EQ(TellPlan(Describe(c.picture), c.wishes), c.expected) << c.picture;
     Picture counted = Describe("rgb 2");
     counted.visibleColors = 257; // is not counted once more
-    EXPECT_EQ(TellPlan(std::move(counted), {}), "module");
+    EXPECT_EQ(TellPlan(std::move(counted), {}), "reduced to 256, best");
 }
 
 /// What the module gets: entries, "." for hidden pixels.
@@ -179,6 +189,35 @@ TEST(Plan, BringsPicturesIntoTheShape) {
     EXPECT_EQ(
         Shaped("rgba c~", {.matte = RGBtuple{0, 1, 2, 3}, .alphaThreshold = 65, .opaque = true}),
         "01: 20007 10203");
+}
+
+TEST(Wishes, CutOpacityOrBlendOverTheMatte) {
+    constexpr RGBtuple kRed = {0, 110, 0, 0};
+    const struct {
+        Wishes wishes;
+        std::vector<int> opacities, reds;
+    } cases[] = {
+        {{}, {0, 0, 255, 255}, {10, 10, 10, 10}},
+        {{.alphaThreshold = 200}, {0, 0, 0, 255}, {10, 10, 10, 10}},
+        {{.matte = kRed}, {0, 255, 255, 255}, {10, 60, 60, 10}},
+        {{.matte = kRed, .alphaThreshold = 128}, {0, 0, 255, 255}, {10, 10, 60, 10}},
+        {{.opaque = true}, {}, {255, 133, 132, 10}},
+    };
+    for (const auto& c : cases) {
+        Picture picture = MakePicture(Picture::Kind::rgbAlpha, 1, 4);
+        std::uint8_t* to = picture.pixels.get();
+        for (const std::uint8_t opacity : std::to_array<std::uint8_t>({0, 127, 128, 255}))
+            to = std::copy_n(std::array<std::uint8_t, 4>{10, 20, 30, opacity}.begin(), 4, to);
+        ApplyWishes(picture, c.wishes);
+        std::vector<int> opacities, reds;
+        for (int n = 0; n < 4; ++n) {
+            const std::uint8_t* const pixel = picture.pixels.get() + n * picture.BytesPerPixel();
+            reds.push_back(pixel[0]);
+            if (picture.kind == Picture::Kind::rgbAlpha) opacities.push_back(pixel[3]);
+        }
+        EXPECT_EQ(opacities, c.opacities);
+        EXPECT_EQ(reds, c.reds);
+    }
 }
 
 } // namespace
