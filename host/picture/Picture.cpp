@@ -105,6 +105,15 @@ void SetGreyRamp(Picture& picture, int colors) {
     }
 }
 
+Palette TableOf(const Picture& picture) {
+    Palette palette;
+    for (int i = 0; i < picture.colors; ++i) {
+        const RGBtuple color = TableEntry(picture.table, i);
+        palette.push_back({color.red, color.green, color.blue});
+    }
+    return palette;
+}
+
 void DropOpaqueAlpha(Picture& picture) {
     DropOpaqueChannel(picture);
     if (picture.kind != Picture::Kind::rgbAlpha) return;

@@ -1,6 +1,7 @@
 // A picture in memory, in the two shapes that the module exports.
 #pragma once
 
+#include "Color.h"
 #include "ColorTable.h"
 
 #include <cstddef>
@@ -103,6 +104,9 @@ std::uint8_t* AddChannel(Picture& picture, std::string name);
 
 /// Gives an indexed picture a table of `colors` greys, 2..256, evenly from black to white.
 void SetGreyRamp(Picture& picture, int colors);
+
+/// The entries in use of an indexed picture's table.
+Palette TableOf(const Picture& picture);
 
 /// Turns an rgbAlpha picture whose every pixel is opaque into an rgb one, in place, and drops the
 /// opacity of an indexed one likewise; leaves any other picture alone.

@@ -49,16 +49,26 @@ bool Matches(const Format& format, std::string_view start) {
            (!start.empty() && format.followedBy.find(start[0]) != std::string_view::npos);
 }
 
-Picture ReadStored(InputFile& input) {
+const Format* FindFormat(InputFile& input) {
     const auto bytes = input.Peek();
     const std::string_view start(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (start.empty()) throw Problem("is empty");
-    for (const Format& format : kFormats)
-        if (Matches(format, start)) return format.read(input);
+    const auto* const found =
+        std::find_if(std::begin(kFormats), std::end(kFormats),
+                     [start](const Format& format) { return Matches(format, start); });
+    return found == std::end(kFormats) ? nullptr : found;
+}
+
+Picture ReadStored(InputFile& input) {
+    if (const Format* const format = FindFormat(input)) return format->read(input);
+    if (input.Peek().empty()) throw Problem("is empty");
     throw Problem("is not a PNG, JPEG, WebP, TIFF, GIF, BMP, PGM, PPM or PAM picture");
 }
 
 } // namespace
+
+bool IsPicture(InputFile& input) {
+    return FindFormat(input) != nullptr;
+}
 
 Picture ReadPicture(InputFile& input, Orientation orientation) {
     Picture picture = ReadStored(input);
