@@ -4,9 +4,11 @@
 #include "InputFile.h"
 #include "OpenDisplay.h"
 #include "Preset.h"
+#include "ReadPalette.h"
 #include "ReadPicture.h"
 #include "ReducePicture.h"
 #include "RefusalText.h"
+#include "Streams.h"
 
 #include <unistd.h>
 
@@ -58,14 +60,20 @@ std::string TargetOf(const std::string& input, const Destination& destination) {
     return std::filesystem::path(destination.folder) / (DocumentNameOf(input) + ".gif");
 }
 
-// The module keeps quiet about a palette file that it cannot open.
-void CheckPaletteFile(const std::string& palette) {
-    if (palette.empty()) return;
+// Reads the palette file, unless that is left to the module.
+Wishes WishesOf(const Options& options) {
+    Wishes wishes = options.wishes;
+    if (wishes.palette != PaletteKind::file) return wishes;
+    const bool isModules = wishes.mode != Mode::automatic || wishes.resize || wishes.leavesToModule;
     try {
-        InputFile::Open(palette);
+        if (isModules)
+            InputFile::Open(wishes.paletteFile); // the module keeps quiet about a missing file
+        else
+            wishes.given = ReadPaletteFile(wishes.paletteFile);
     } catch (const Problem& problem) {
-        throw Problem("the palette file " + palette + " " + problem.what());
+        throw Problem("the palette file " + wishes.paletteFile + " " + problem.what());
     }
+    return wishes;
 }
 
 std::optional<FileId> IdOfInput(const std::string& input) {
@@ -103,9 +111,8 @@ std::string SummaryOf(const InputOutcome& outcome) {
 } // namespace
 
 Converter::Converter(const Options& theOptions)
-    : options(theOptions), module(ExportModule::DefaultPath()), terminal(theOptions.inputs.size()),
-      inputs(InputsOf(theOptions)) {
-    CheckPaletteFile(options.wishes.paletteFile);
+    : options(theOptions), wishes(WishesOf(theOptions)), module(ExportModule::DefaultPath()),
+      terminal(theOptions.inputs.size()), inputs(InputsOf(theOptions)) {
     if (options.window) display = OpenDisplay();
     if (options.json) OpenReport();
 }
@@ -142,11 +149,12 @@ InputOutcome Converter::Convert(std::size_t number) {
 
 void Converter::Work(std::size_t number, InputOutcome& outcome) {
     const std::string& input = outcome.input;
+    if (options.printedPalette) return PrintPalette(input);
     const Destination destination = DestinationOf(input);
     terminal.ShowProgress(number, input, "reading");
     Picture picture = ReadInput(input);
     std::optional<Picture> original;
-    if (ChangesPixels(picture, options.wishes)) original = CopyPicture(picture);
+    if (ChangesPixels(picture, wishes)) original = CopyPicture(picture);
     const Plan plan = Prepare(picture);
     if (plan.way == Way::reduced) {
         Picture reduced = ReducePicture(picture, plan.reduction);
@@ -200,11 +208,27 @@ Destination Converter::DestinationOf(const std::string& input) const {
     return destination;
 }
 
+void Converter::PrintPalette(const std::string& input) const {
+    const PaletteFormat format = *options.printedPalette;
+    if (format == PaletteFormat::act && isatty(STDOUT_FILENO))
+        throw Problem("a colour table is not written to a terminal; redirect it",
+                      ProblemKind::usage);
+    Picture picture = ReadInput(input);
+    const Plan plan = Prepare(picture);
+    if (plan.way == Way::reduced) picture = ReducePicture(picture, plan.reduction);
+    Palette palette = TableOf(picture);
+    // The entry that was added for transparent pixels is no colour of the picture.
+    if (picture.notes.madeIndexed && OpacityOf(picture)) palette.pop_back();
+    if (palette.empty()) throw Problem("has no colours, as no pixel can be seen");
+    if (!WriteAll(STDOUT_FILENO, PaletteText(format, palette, DocumentNameOf(input))))
+        throw OutputProblem("cannot be written: " + SystemReason()).About("standard output");
+}
+
 // Brings the picture into the shape in which it is exported.
 Plan Converter::Prepare(Picture& picture) const {
-    ApplyWishes(picture, options.wishes);
+    ApplyWishes(picture, wishes);
     for (const ChannelFile& channel : options.channels) AddChannel(picture, channel);
-    auto planned = MakePlan(picture, options.wishes);
+    auto planned = MakePlan(picture, wishes);
     if (const auto* const refusal = std::get_if<Refusal>(&planned))
         throw Problem(TextOf(*refusal), ProblemKind::usage);
     Plan plan = std::get<Plan>(std::move(planned));
@@ -278,7 +302,7 @@ void Converter::Tell(const InputOutcome& outcome) {
         terminal.Error(outcome.errorFile, outcome.error);
         return;
     }
-    if (options.quiet) return;
+    if (options.quiet || !outcome.report) return;
     terminal.Say(SummaryOf(outcome));
     if (options.verbose)
         for (const ReportLine& line : ReportLines(*outcome.report)) terminal.Say(LineText(line));

@@ -32,6 +32,7 @@ class Converter {
     void Work(std::size_t number, InputOutcome& outcome);
     Picture ReadInput(const std::string& input) const;
     Destination DestinationOf(const std::string& input) const;
+    void PrintPalette(const std::string& input) const;
     Plan Prepare(Picture& picture) const;
     void AddChannel(Picture& picture, const ChannelFile& source) const;
     SavedGif Save(const Picture& picture, const Plan& plan, const std::string& input,
@@ -44,6 +45,7 @@ class Converter {
     void RefuseToReplaceByReport() const;
 
     const Options& options;
+    const Wishes wishes; ///< the options', with the palette that was loaded
     const ExportModule module;
     Terminal terminal;
     DisplayParts display;

@@ -91,18 +91,30 @@ void SetPalette(Options& options, const char* value) {
     options.wishes.paletteFile = isFile ? palette : std::string();
 }
 
+/// The one of `choices`, pairs of a name and a value, that is named.
+template <typename Choices>
+auto Choose(const char* option, const char* name, const Choices& choices) {
+    std::string expected;
+    for (const auto& [known, value] : choices) {
+        if (std::strcmp(name, known) == 0) return value;
+        expected += (expected.empty() ? "" : ", ") + std::string(known);
+    }
+    throw Problem(std::string(option) + " " + name + " is not known; expected " + expected,
+                  ProblemKind::usage);
+}
+
 void SetDithering(Options& options, const char* value) {
     using enum Dithering;
     constexpr std::pair<const char*, Dithering> kKinds[] = {
         {"diffusion", diffusion}, {"ordered", ordered}, {"blue-noise", blueNoise}, {"none", none}};
-    const auto* const known =
-        std::find_if(std::begin(kKinds), std::end(kKinds),
-                     [value](const auto& kind) { return std::strcmp(value, kind.first) == 0; });
-    if (known == std::end(kKinds))
-        throw Problem(std::string("--dither ") + value +
-                          " is not known; expected diffusion, ordered, blue-noise or none",
-                      ProblemKind::usage);
-    options.wishes.dithering = known->second;
+    options.wishes.dithering = Choose("--dither", value, kKinds);
+}
+
+void SetPrintedPalette(Options& options, const char* value) {
+    using enum PaletteFormat;
+    constexpr std::pair<const char*, PaletteFormat> kFormats[] = {
+        {"gpl", gpl}, {"hex", hex}, {"jasc", jasc}, {"act", act}};
+    options.printedPalette = Choose("--print-palette", value, kFormats);
 }
 
 void AddKeptColors(Options& options, const char* value) {
@@ -187,10 +199,16 @@ constexpr Option kWayOptions[] = {
     {0, "keep-color", "LIST", text, nullptr,
      "colours that the palette has in any case: #rrggbb with commas between", AddKeptColors},
     {'p', "palette", "PALETTE", file, nullptr,
-     "best (the usual one), web or grey; or let the module reduce to exact, adaptive, fixed or a "
-     "palette file",
+     "best (the usual one), fixed, web, grey, a palette file of any known kind, or the colours of "
+     "a picture; of more than N entries with -n the N that suit best. With --mode rgb exact, "
+     "adaptive, fixed, or a file .zco, .zct or .pal",
      SetPalette},
-    {0, "resize", nullptr, none, nullptr, "cut a fixed or loaded palette to -n colours",
+    {0, "print-palette", "FORMAT", choice, "gpl hex jasc act",
+     "export nothing; print the palette that the picture would be exported with, as a GIMP "
+     "palette, a list of hexadecimal colours, a JASC palette or an Adobe colour table",
+     SetPrintedPalette},
+    {0, "resize", nullptr, none, nullptr,
+     "with --mode rgb: cut a fixed or loaded palette to -n colours",
      [](Options& o, const char*) { o.wishes.resize = true; }},
     {0, "no-orient", nullptr, none, nullptr, "leave a picture as it is stored, turned or not",
      [](Options& o, const char*) { o.orient = false; }},
@@ -336,6 +354,10 @@ void CheckTogether(const Options& options) {
         {!options.output.empty() && !options.outputFolder.empty(), "-o and -O exclude each other"},
         {!options.output.empty() && options.inputs.size() > 1,
          "-o takes one input; -O DIR takes many"},
+        {options.printedPalette && (wishes.mode == Mode::rgb || options.window || options.json ||
+                                    !options.output.empty() || !options.outputFolder.empty() ||
+                                    options.inputs.size() > 1),
+         "--print-palette takes one input and excludes --mode rgb, --window, --report, -o and -O"},
         {std::count(options.inputs.begin(), options.inputs.end(), "-") > 1,
          "standard input can be read once only"},
     };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Plan.h"
+#include "WritePalette.h"
 
 #include <optional>
 #include <span>
@@ -31,6 +32,7 @@ struct Options {
     std::vector<ChannelFile> channels; ///< --channel; the wishes have their names
     Wishes wishes;
     Requirement required;
+    std::optional<PaletteFormat> printedPalette; ///< --print-palette, instead of an export
     bool quiet = false;
     bool verbose = false;
     bool json = false;      ///< --report json

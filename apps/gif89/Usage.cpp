@@ -29,6 +29,8 @@ constexpr struct {
     {"gif89 photo.jpg", "write photo.gif, 256 colours"},
     {"gif89 -O web *.png", "many pictures into a folder"},
     {"gif89 -v -n 32 photo.jpg -o small.gif", "32 colours, and a report"},
+    {"gif89 -p brand.gpl photo.jpg", "the colours of a palette file, or of a picture"},
+    {"gif89 --print-palette gpl photo.jpg > photo.gpl", "keep a palette for others"},
     {"gif89 --transparent '#ff00ff' sprite.png", "hide a colour"},
     {"gif89 --alpha-threshold 64 logo.webp", "keep faint edges"},
     {"gif89 --opaque --matte '#336699' logo.webp -o flat.gif", "lay it over a colour"},

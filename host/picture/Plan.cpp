@@ -59,11 +59,27 @@ class Planner {
     [[noreturn]] static void Refuse(Kind kind) { throw Refusal{kind}; }
 
     bool ChoosesModulePalette() const {
-        const bool own = wishes.palette == PaletteKind::open || wishes.palette >= PaletteKind::best;
-        return !own || wishes.resize;
+        using enum PaletteKind;
+        if (wishes.resize || wishes.palette == exact || wishes.palette == adaptive) return true;
+        const bool fixedOrFile = wishes.palette == fixed || wishes.palette == file;
+        return fixedOrFile && !GivenPalette();
     }
-    bool ChoosesOwnPalette() const {
-        return wishes.palette > PaletteKind::best || !wishes.keptColors.empty();
+    bool ChoosesOwnPalette() const { return GivenPalette() || !wishes.keptColors.empty(); }
+
+    /// What our own reduction is to map to, if it does not look for the best palette.
+    std::optional<Palette> GivenPalette() const {
+        switch (wishes.palette) {
+        case PaletteKind::file:
+            return wishes.given;
+        case PaletteKind::fixed:
+            return wishes.leavesToModule ? std::nullopt : std::optional(FixedPalette());
+        case PaletteKind::web:
+            return WebPalette();
+        case PaletteKind::grey:
+            return GreyPalette(wishes.colors.value_or(kMostColors));
+        default:
+            return std::nullopt;
+        }
     }
 
     Way FindWay() {
@@ -160,8 +176,7 @@ class Planner {
         how.kept = wishes.keptColors;
         how.dithering = wishes.dithering;
         how.amount = wishes.ditherAmount;
-        if (wishes.palette == PaletteKind::web) how.given = WebPalette();
-        if (wishes.palette == PaletteKind::grey) how.given = GreyPalette(how.entries);
+        how.given = GivenPalette();
         plan.palette = wishes.palette == PaletteKind::open ? PaletteKind::best : wishes.palette;
         plan.channel = HasTransparent(picture) ? 1 : 0;
         if (plan.channel > 0) plan.matte = wishes.matte;

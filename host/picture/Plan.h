@@ -37,8 +37,10 @@ struct Wishes {
     std::optional<int> colors = {}; ///< at most so many, 2..256
     PaletteKind palette = PaletteKind::open;
     std::string paletteFile = {}; ///< with PaletteKind::file
-    bool resize = false;          ///< a fixed or loaded palette is cut to `colors`
-    Palette keptColors = {};      ///< the palette has these in any case; fewer than `colors`
+    /// What that file holds, where our own reduction is to map to it and not the module.
+    std::optional<Palette> given = {};
+    bool resize = false;     ///< the module cuts a fixed or loaded palette to `colors`
+    Palette keptColors = {}; ///< the palette has these in any case; fewer than `colors`
     Dithering dithering = Dithering::diffusion;
     int ditherAmount = 100; ///< 0..100
     /// What does not fit, and what is partly opaque, is left to the module, whose dialogs a person

@@ -1,5 +1,7 @@
 #include "Reduction.h"
 
+#include <algorithm>
+
 namespace gif89 {
 
 Palette WebPalette() {
@@ -10,6 +12,15 @@ Palette WebPalette() {
                 palette.push_back({static_cast<std::uint8_t>(red * 51),
                                    static_cast<std::uint8_t>(green * 51),
                                    static_cast<std::uint8_t>(blue * 51)});
+    return palette;
+}
+
+Palette FixedPalette() {
+    Palette palette = WebPalette();
+    std::reverse(palette.begin() + 1, palette.end()); // black stays first
+    for (const unsigned ramp : {0x110000U, 0x001100U, 0x000011U, 0x111111U})
+        for (const unsigned step : {14U, 13U, 11U, 10U, 8U, 7U, 5U, 4U, 2U, 1U})
+            palette.push_back(Color::Unpack(ramp * step));
     return palette;
 }
 

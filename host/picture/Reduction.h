@@ -24,6 +24,9 @@ struct Reduction {
 
 /// An evenly spaced palette: six levels of each channel, blue fastest (216 entries).
 Palette WebPalette();
+/// The module's fixed palette: black, six levels of each channel from white down, and ramps of the
+/// levels between them in red, green, blue and grey (256 entries).
+Palette FixedPalette();
 /// Greys from black to white, 2..256 entries.
 Palette GreyPalette(int entries);
 

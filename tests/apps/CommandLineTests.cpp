@@ -286,10 +286,12 @@ TEST_F(CommandLine, RefusesWhatMakesNoSenseInOneSentence) {
         {{"--channel", "cut=rgb.ppm", "grey.pgm"}, 1, "gif89: rgb.ppm: channel cut is 3 x 1"},
         {{"--channel", "cut=absent", "grey.pgm"}, 1, "gif89: absent: cannot be opened"},
         {{"-p", "absent.pal", "rgb.ppm"}, 1, "absent.pal cannot be opened"},
-        {{"-p", "grey.pgm", "rgb.ppm"}, 1, "should end in .zco, .zct or .pal"},
-        {{"-p", "none.zco", "rgb.ppm"}, 1, "none.zco holds no colours"},
-        {{"-p", "none.pal", "rgb.ppm"}, 1, "none.pal holds no colours"},
-        {{"-p", "bad.pal", "rgb.ppm"}, 1, "palette"}};
+        {{"--mode", "rgb", "-p", "grey.pgm", "rgb.ppm"}, 1, "should end in .zco, .zct or .pal"},
+        {{"--print-palette", "gpl", "-o", "x", "rgb.ppm"}, 2, "takes one input and excludes"},
+        {{"--print-palette", "png", "rgb.ppm"}, 2, "expected gpl, hex, jasc, act"},
+        {{"--mode", "rgb", "-p", "none.zco", "rgb.ppm"}, 1, "none.zco holds no colours"},
+        {{"--mode", "rgb", "-p", "none.pal", "rgb.ppm"}, 1, "none.pal holds no colours"},
+        {{"-p", "bad.pal", "rgb.ppm"}, 1, "the palette file bad.pal cannot be read as a hex"}};
     const Names before = folder.Names();
     for (const auto& [arguments, code, reason] : cases) {
         const ProgramRun run = Run(arguments);
@@ -313,8 +315,9 @@ TEST_F(CommandLine, ReducesToThePaletteAskedFor) {
     const std::tuple<Names, int, PackedColor, PackedColor, PackedColor> cases[] = {
         {{"-p", "adaptive", "-n", "16"}, 16, 0, 0, 0},
         {{"-n", "8", "--matte", "1,2,3"}, 8, 0, 0, 0},
-        {{"-p", "fixed", "-n", "255"}, 256, 0xFFFFFF, 0x000000, 0xFFFFFF},
+        {{"--mode", "rgb", "-p", "fixed", "-n", "255"}, 256, 0xFFFFFF, 0x000000, 0xFFFFFF},
         {{"-p", "own.zct"}, 256, 0xFFFFFF, 0x00FF07, 0x01FE07},
+        {{"-p", "own.zct", "-n", "4"}, 4, 0xFF, 0x07, 0x07},
         {{"-p", "own.zct", "-n", "4", "--resize"}, 4, 0xFF, 0x07, 0x07}};
     for (const auto& [choices, entries, bits, first, second] : cases) {
         const DecodedGif gif = Convert(Join({"-f", "noise.ppm"}, choices), "noise.gif");
@@ -322,6 +325,13 @@ TEST_F(CommandLine, ReducesToThePaletteAskedFor) {
         EXPECT_EQ(PackColor(TableEntry(gif.table, 0)) & bits, first) << choices.back();
         EXPECT_EQ(PackColor(TableEntry(gif.table, 1)) & bits, second) << choices.back();
     }
+    // The fixed palette is the module's: file head, screen and 256 entries are the same.
+    EXPECT_EQ(Run({"-p", "fixed", "noise.ppm", "-o", "-"}).output.substr(0, 781),
+              Run({"-p", "fixed", "--mode", "rgb", "noise.ppm", "-o", "-"}).output.substr(0, 781));
+    // The palette that is printed is the one that the picture is exported with.
+    folder.Write("eight.gpl", Run({"--print-palette", "gpl", "-n", "8", "noise.ppm"}).output);
+    EXPECT_EQ(Run({"-n", "8", "noise.ppm", "-o", "-"}).output,
+              Run({"-p", "eight.gpl", "noise.ppm", "-o", "-"}).output);
     // The entry of transparency is one of the 256.
     folder.Write("soft.pam", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nENDHDR\nabc\x10");
     EXPECT_EQ(Convert({"-n", "256", "--mode", "rgb", "soft.pam"}, "soft.gif").colors, 256);
@@ -416,6 +426,7 @@ TEST_F(CommandLine, DoesWhatItsHelpShows) {
         place.Write("photo.jpg", NoisePicture(40));
         place.Write("sprite.png", "P6 2 1 255\n\xFF\0\xFFZZZ"s);
         place.Write("logo.webp", alpha);
+        place.Write("brand.gpl", "GIMP Palette\n9 8 7\n255 255 255\n");
         std::filesystem::create_directories(place.Path("icons"));
         std::filesystem::create_directories(place.Path("web"));
         place.Write("icons/a.png", kPicture);

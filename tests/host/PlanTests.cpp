@@ -115,8 +115,10 @@ TEST(Plan, DecidesFromPictureAndWishes) {
         {"indexed fjk", {.mode = Mode::indexed, .colors = 2}, "keeps its table"},
         {"rgb ab", {.mode = Mode::indexed, .palette = fixed}, "keeps its table"},
         // Palettes
-        {"rgb ab", {.palette = fixed}, "module, fixed"},
+        {"rgb ab", {.palette = fixed}, "reduced to 256, fixed"},
+        {"rgb ab", {.palette = fixed, .leavesToModule = true}, "module, fixed"},
         {"indexed ab", {.palette = file, .paletteFile = "x.pal"}, "module, filex.pal"},
+        {"indexed ab", {.palette = file, .given = Palette(3)}, "reduced to 256, file"},
         {"rgb ab", {.colors = 9, .palette = fixed, .resize = true}, "module, fixed of 9 cut"},
         {"rgb ab", {.palette = adaptive, .resize = true}, "nothing to cut"},
         {"rgb ab", {.resize = true}, "nothing to cut"},
