@@ -46,7 +46,7 @@ class Answers {
     ScriptSource script;
     std::deque<Act> acts;
     bool begun = false, done = false;
-    PaletteKind palette; ///< that was used, as far as it is known
+    PaletteKind palette;                      ///< that was used, as far as it is known
     ProblemKind refusal = ProblemKind::usage; ///< of an alert that answers the latest act
     std::optional<Problem> problem;
 };

@@ -154,7 +154,8 @@ std::vector<ReportLine> ReportLines(const ExportReport& report) {
 }
 
 const char* NameOf(PaletteKind palette) {
-    constexpr const char* kNames[] = {"", "exact", "adaptive", "fixed", "loaded", "best", "web", "grey"};
+    constexpr const char* kNames[] = {"",       "exact", "adaptive", "fixed",
+                                      "loaded", "best",  "web",      "grey"};
     return kNames[static_cast<int>(palette)];
 }
 

@@ -42,8 +42,8 @@ struct SaveChecks {
 
 /// Exports the picture under the document's name through the dialogs that `user` answers (the save
 /// dialog is answered here), decodes the file, compares it with the picture and saves it. Throws
-/// Problem, or OutputProblem when it is about the file. After a failure the target is as it was, and
-/// nothing else is left in its folder.
+/// Problem, or OutputProblem when it is about the file. After a failure the target is as it was,
+/// and nothing else is left in its folder.
 SavedGif SavePicture(const ExportModule& module, const Picture& picture,
                      const std::string& documentName, const Destination& destination,
                      const DialogUser& user, const SaveChecks& checks = {});
