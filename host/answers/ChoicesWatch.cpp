@@ -1,9 +1,7 @@
 #include "ChoicesWatch.h"
 
 #include "ControlManager.h"
-#include "FileManager.h"
 #include "ModuleResources.h"
-#include "PaletteFile.h"
 #include "SourceCalls.h"
 #include "Transparency.h"
 
@@ -11,6 +9,7 @@
 #include <bitset>
 #include <charconv>
 #include <filesystem>
+#include <utility>
 
 namespace gif89 {
 namespace {
@@ -58,15 +57,8 @@ void ChoicesWatch::PutFile(ConstStr255Param prompt, ConstStr255Param defaultName
 
 void ChoicesWatch::GetFile(FileFilterProc filter, StandardFileReply* reply) {
     if (!files) return;
-    std::string path;
-    for (;;) {
-        files->GetFile(filter, reply);
-        if (!reply->sfGood || FSSpecToPath(&reply->sfFile, &path) != noErr) return;
-        if (!HoldsNoColors(path)) break;
-        *reply = StandardFileReply();
-        Alert(AlertKind::caution, "The palette file " + path + " holds no colours.");
-    }
-    pickedFiles.push_back(path);
+    std::string path = PickPaletteFile(*files, *this, filter, reply);
+    if (!path.empty()) pickedFiles.push_back(std::move(path));
 }
 
 ChoicesWatch::Items ChoicesWatch::ReadItems(DialogPtr dialog) {

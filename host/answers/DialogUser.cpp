@@ -1,7 +1,9 @@
 #include "DialogUser.h"
 
 #include "ControlManager.h"
+#include "FileManager.h"
 #include "ModuleResources.h"
+#include "PaletteFile.h"
 
 namespace gif89 {
 
@@ -19,6 +21,19 @@ void KeepPaletteShown(DialogPtr dialog, PaletteKind& palette) {
         break;
     default:
         palette = PaletteKind::file;
+    }
+}
+
+std::string PickPaletteFile(StandardFileResponder& files, EventSource& display,
+                            FileFilterProc filter, StandardFileReply* reply) {
+    for (;;) {
+        std::string path;
+        files.GetFile(filter, reply);
+        if (!reply->sfGood || FSSpecToPath(&reply->sfFile, &path) != noErr) return {};
+        if (!HoldsNoColors(path)) return path;
+        *reply = StandardFileReply();
+        display.Alert(EventSource::AlertKind::caution,
+                      "The palette file " + path + " holds no colours.");
     }
 }
 

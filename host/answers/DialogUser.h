@@ -5,6 +5,8 @@
 #include "Plan.h"
 #include "StandardFile.h"
 
+#include <string>
+
 namespace gif89 {
 
 /// For one export; whoever is named here outlives it.
@@ -17,5 +19,10 @@ struct DialogUser {
 
 /// Keeps the palette that an RGB options dialog shows; other dialogs leave it alone.
 void KeepPaletteShown(DialogPtr dialog, PaletteKind& palette);
+
+/// Has a person pick a palette file, and once more while that holds no colours, which an alert of
+/// the display says. Returns the file's path, empty when none was picked.
+std::string PickPaletteFile(StandardFileResponder& files, EventSource& display,
+                            FileFilterProc filter, StandardFileReply* reply);
 
 } // namespace gif89

@@ -75,7 +75,7 @@ void Preset::GetFile(FileFilterProc filter, StandardFileReply* reply) {
     if (!answers.IsDone())
         user.files->GetFile(filter, reply);
     else if (files)
-        files->GetFile(filter, reply);
+        PickPaletteFile(*files, *this, filter, reply);
 }
 
 } // namespace gif89
