@@ -108,7 +108,6 @@ void GifReader::Fail(int error) const {
     if (std::find(std::begin(kEarlyEnds), std::end(kEarlyEnds), error) != std::end(kEarlyEnds))
         throw DamageProblem(isFirstRead ? "its end is missing"
                                         : "the file ends before the picture does");
-    if (error == D_GIF_ERR_NOT_ENOUGH_MEM) throw std::bad_alloc();
     const char* const text = GifErrorString(error);
     throw DamageProblem(text ? text : "its pixels are not stored as a GIF's");
 }
