@@ -354,6 +354,9 @@ void CheckTogether(const Options& options) {
         {!options.output.empty() && !options.outputFolder.empty(), "-o and -O exclude each other"},
         {!options.output.empty() && options.inputs.size() > 1,
          "-o takes one input; -O DIR takes many"},
+        {!wishes.keptColors.empty() && wishes.palette != PaletteKind::open &&
+             wishes.palette != PaletteKind::best,
+         "--keep-color is for the best palette; others have the colours that they have"},
         {options.printedPalette && (wishes.mode == Mode::rgb || options.window || options.json ||
                                     !options.output.empty() || !options.outputFolder.empty() ||
                                     options.inputs.size() > 1),

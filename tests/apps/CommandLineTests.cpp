@@ -288,6 +288,7 @@ TEST_F(CommandLine, RefusesWhatMakesNoSenseInOneSentence) {
         {{"-p", "absent.pal", "rgb.ppm"}, 1, "absent.pal cannot be opened"},
         {{"--mode", "rgb", "-p", "grey.pgm", "rgb.ppm"}, 1, "should end in .zco, .zct or .pal"},
         {{"--print-palette", "gpl", "-o", "x", "rgb.ppm"}, 2, "takes one input and excludes"},
+        {{"-p", "web", "--keep-color", "#123456", "noise.ppm"}, 2, "is for the best palette"},
         {{"--print-palette", "png", "rgb.ppm"}, 2, "expected gpl, hex, jasc, act"},
         {{"--mode", "rgb", "-p", "none.zco", "rgb.ppm"}, 1, "none.zco holds no colours"},
         {{"--mode", "rgb", "-p", "none.pal", "rgb.ppm"}, 1, "none.pal holds no colours"},
